@@ -1,0 +1,73 @@
+// Accounts: login, logout and the services of an account that is logged in.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "imsdk/biz/single_chat.h"
+#include "imsdk/biz/user_id.h"
+#include "kexbase/event.h"
+#include "kexcom/ref_counted.h"
+
+namespace imsdk::biz {
+
+// The outcome of a login.
+struct IMLoginResult {
+  ResultCode result;
+  IMUserID user;
+  std::wstring token;        // logs the account in again without its password
+  std::int64_t expires = 0;  // end of the token's life, milliseconds since the Unix epoch, UTC
+};
+
+// Called once, on an engine thread or before the operation returns.
+using IMLoginCallback = std::function<void(const IMLoginResult&)>;
+using IMResultCallback = std::function<void(const ResultCode&)>;
+
+// One account that is logged in. Any thread. It may be kept after logout; its operations then
+// fail with `kEngineNotLoggedIn`.
+class IIMAccount : public IKexCOMRefCounted {
+ public:
+  virtual const IMUserID& GetSelfID() const = 0;
+  // Whether the account has a link to its server now.
+  virtual bool IsOnline() const = 0;
+  // The account's one-to-one chats. Never null; counted.
+  virtual RefPtr<IIMSingleChatMgr> GetIMSingleChatMgr() = 0;
+
+ protected:
+  ~IIMAccount() = default;
+};
+
+// What happens to accounts; each event names its account. Raised on engine threads.
+struct IMAccountEvents {
+  base::event<void(IMUserID)> on_login_ok;
+  base::event<void(IMUserID, ResultCode)> on_login_failed;
+  base::event<void(IMUserID)> on_logouted;
+  base::event<void(IMUserID)> on_net_reconnect_ok;
+  base::event<void(IMUserID, ResultCode)> on_net_reconnect_failed;
+};
+
+// The engine's accounts, found in the component registry. Many accounts are logged in at once;
+// logging one in again while it is logged in succeeds. Any thread.
+class IIMAccountMgr : public IKexCOMRefCounted {
+ public:
+  static constexpr char kServiceId[] = "imsdk.biz.IIMAccountMgr";
+
+  virtual void LoginByPassword(const IMUserID& user, const std::wstring& password,
+                               IMLoginCallback done) = 0;
+  virtual void LoginByToken(const IMUserID& user, const std::wstring& token,
+                            IMLoginCallback done) = 0;
+  // Ends the account's session; its token stays good until it expires.
+  virtual void Logout(const IMUserID& user, IMResultCallback done) = 0;
+  // Drops and renews the account's link to its server.
+  virtual void NetReConnect(const IMUserID& user, IMResultCallback done) = 0;
+  // The account, or null when it is not logged in. Cheap.
+  virtual RefPtr<IIMAccount> GetAccount(const IMUserID& user) = 0;
+  // Lives as long as the manager.
+  virtual IMAccountEvents& Events() = 0;
+
+ protected:
+  ~IIMAccountMgr() = default;
+};
+
+}  // namespace imsdk::biz

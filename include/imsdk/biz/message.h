@@ -1,0 +1,83 @@
+// Single-chat messages.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "imsdk/biz/user_id.h"
+#include "kexbase/file_path.h"
+
+namespace imsdk::biz {
+
+// Kinds of message, and of body item.
+enum IMMsgType : std::int32_t {
+  kMsgText = 0,
+  kMsgPicture = 1,
+  kMsgAudio = 2,
+  kMsgFile = 3,
+  kMsgEmotion = 4,
+};
+
+enum IMMsgStatus : std::int32_t {
+  kMsgSending = 0,
+  kMsgSent = 1,      // the server has it on its disk
+  kMsgFailed = 2,    // may be sent again
+  kMsgReceived = 3,  // a message from the peer
+};
+
+enum IMReadFlag : std::int32_t { kMsgUnread = 0, kMsgRead = 1 };
+
+// Extra information of a message.
+struct IMMessageExt {
+  std::wstring others;           // free data carried with the message
+  std::int32_t fixmsgread = 0;   // the read state is fixed: not to be reported read again
+  std::int32_t autochatmsg = 0;  // an automatic reply
+  std::int32_t syschatmsg = 0;   // a system chat message
+};
+
+// One message of a one-to-one conversation as one account sees it. Times are milliseconds since
+// the Unix epoch, UTC.
+struct IMMessage {
+  std::int64_t msgid = 0;    // unique; a later message has a greater one
+  std::int64_t msgtime = 0;  // by the sender's clock
+  IMUserID cid;              // the conversation: the peer of the account that sees the message
+  IMUserID fromid;
+  IMUserID toid;
+  std::int32_t msgtype = kMsgText;
+  std::int32_t msgstatus = kMsgSending;
+  std::wstring msgbody;      // text, with pictures and emotions as tokens
+  std::int64_t svrtime = 0;  // by the server's clock; 0 until the server has the message
+  std::int32_t readflag = kMsgUnread;
+  IMMessageExt extinfo;
+};
+
+// One element of a message to send.
+struct IMBodyItem {
+  std::int32_t type = kMsgText;  // an `IMMsgType`
+  std::wstring jvale;            // extra JSON text, carried as it stands
+  std::wstring value;            // text or token
+  base::FilePath filepath;       // a local file, where the element carries one
+  std::string filecontent;       // binary content, where the element carries it inside
+};
+
+// Where a page of messages starts and how it goes on. The position is (msgtime, msgid), both 0
+// for the newest end of the conversation; the message at the position is not part of the page.
+struct IMPageRequest {
+  std::int64_t msgtime = 0;
+  std::int64_t msgid = 0;
+  std::int32_t count = 0;       // at most this many; 0 or less lets the engine choose
+  bool gohistory = false;       // towards older messages
+  bool ignoreboundary = false;  // do not stop at the boundary of what was roamed
+  bool autoroam = false;        // fetch from the server what the store lacks
+};
+
+// A page of messages, oldest first.
+struct IMMessagePage {
+  std::vector<IMMessage> msgs;
+  // The cache or store holds nothing further in the direction that was asked for, or dropped
+  // messages that the request wanted.
+  bool outofcache = false;
+};
+
+}  // namespace imsdk::biz
