@@ -1,0 +1,17 @@
+// The module table: routing path to business module.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "source/bridge/bridgebase.h"
+
+namespace imsdk::bridge {
+
+using ModuleTable = std::map<std::wstring, std::shared_ptr<CBridgeBase>>;
+
+// Makes the eight modules of one bridge.
+ModuleTable MakeBridgeModules(const ModuleContext& context);
+
+}  // namespace imsdk::bridge

@@ -1,0 +1,26 @@
+// The bridge manager: starts and stops the business layer.
+#pragma once
+
+#include "bridge/imbridgemgr.h"
+#include "kexcom/factory.h"
+
+namespace imsdk::bridge {
+
+class CIMBridgeMgr : public IIMBridgeMgr {
+ public:
+  using Interface = IIMBridgeMgr;
+  static constexpr const char* kClassName = kClassIMBridgeMgr;
+  static constexpr const char* kClassId = kCLSID_IMBridgeMgr;
+  static constexpr const char* kInterfaceId = kIID_IIMBridgeMgr;
+
+  std::int32_t Init() override;
+  void Uninit() override;
+
+  // Whether the business layer runs. Any thread.
+  static bool Started();
+
+ protected:
+  ~CIMBridgeMgr() = default;
+};
+
+}  // namespace imsdk::bridge

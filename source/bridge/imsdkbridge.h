@@ -1,0 +1,62 @@
+// The bridge object: entry of every script call, routing, answers and notifications of one view.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "bridge/imsdkbridge.h"
+#include "kexcom/factory.h"
+#include "source/bridge/answercallback.h"
+#include "source/bridge/bridgemodules.h"
+#include "source/bridge/pagechannel.h"
+#include "source/bridge/pendingcalls.h"
+
+namespace imsdk::bridge {
+
+// The pending-call table has no lock: everything but the counts runs on the view's thread.
+class CIMSDKBridge : public IIMSDKBridge {
+ public:
+  using Interface = IIMSDKBridge;
+  static constexpr const char* kClassName = kClassIMSDKBridge;
+  static constexpr const char* kClassId = kCLSID_IMSDKBridge;
+  static constexpr const char* kInterfaceId = kIID_IIMSDKBridge;
+
+  std::int32_t BindPage(const PageBinding& binding) override;
+  void JsInvoke(const SdkParam& sdkParam) override;
+  void UnbindPage() override;
+
+  // Answers one call. View's thread; called through `AnswerCallback`.
+  void JSResponse(const std::wstring& strSeqID, const AnswerResult& result);
+
+ protected:
+  CIMSDKBridge() = default;
+  virtual ~CIMSDKBridge();
+  // Milliseconds of the monotonic clock.
+  virtual std::int64_t NowMs() const;
+  // The modules by routing path; an entry may be empty.
+  virtual ModuleTable MakeModules(const ModuleContext& context) const;
+
+ private:
+  struct Invocation;
+
+  void Dispatch(const SdkParam& sdkParam);
+  void CallModule(const std::wstring& scRoutingPath, const Invocation& call);
+  void EventNotify(const Invocation& call);
+  void EventRegister(const Invocation& call);
+  biz::ResultCode ChangeRegistration(const Invocation& call);
+  bool KnowsNotification(std::wstring_view name) const;
+  void AnswerEvent(const std::wstring& strSeqID, const biz::ResultCode& result);
+  AnswerCallback MakeAnswer(const std::wstring& strSeqID);
+  void DropOverdue();
+  void SetAccount(const biz::IMUserID& account);
+
+  std::wstring browser_id_;
+  std::shared_ptr<PageChannel> channel_;  // null until bound
+  ModuleTable modules_;
+  PendingCalls pending_;
+  // What `ModuleContext::set_account` looks at to see that the bridge is still bound.
+  std::shared_ptr<CIMSDKBridge*> self_;
+};
+
+}  // namespace imsdk::bridge

@@ -1,0 +1,36 @@
+#include "source/bridge/sendercheck.h"
+
+#include <string>
+
+#include "kexbase/guid.h"
+#include "kexcom/result.h"
+#include "source/bridge/jsparams/idtext.h"
+
+namespace imsdk::bridge {
+namespace {
+
+bool SameMainAccount(const biz::IMUserID& a, const biz::IMUserID& b) {
+  return a.appkey == b.appkey && MainNick(a.nick) == MainNick(b.nick);
+}
+
+}  // namespace
+
+std::wstring_view MainNick(std::wstring_view nick) {
+  const std::size_t colon = nick.find(L':');
+  return colon == 0 ? nick : nick.substr(0, colon);
+}
+
+void CheckSender(const biz::IMMessage& msg, const ns_log::TraceSite& site, std::wstring_view text,
+                 const char* brief) {
+  if (SameMainAccount(msg.cid, msg.fromid) || SameMainAccount(msg.cid, msg.toid)) return;
+  using ns_log::MakeTraceItem;
+  ns_log::CTraceProxy(ns_log::kError, site, text)
+      .Brief(brief, IdText(msg.cid), IdText(msg.toid), IdText(msg.fromid), msg.msgtime)
+      .Item(MakeTraceItem("node_name", "imsdk_bc_msg_fromid_check"))
+      .Item(MakeTraceItem("unique_id", base::GenerateGUID()))
+      .Item(MakeTraceItem("result_code", E_INVALIDARG))
+      .Item(MakeTraceItem("session_id", IdText(msg.cid)))
+      .Item(MakeTraceItem("imsdk_msgid", msg.msgid));
+}
+
+}  // namespace imsdk::bridge

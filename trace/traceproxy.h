@@ -1,0 +1,97 @@
+// Puts trace lines together and hands them to the host's logger.
+//
+//   CTraceProxy(ns_log::kError, site, L"unexpected json!!! too large.")
+//       .Brief("_brief_,scRoutingPath,bizmethod", path, method);
+//
+// The line is written at the end of the statement. With no logger, or one that does not want the
+// level, nothing is put together.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "kexcore/logger.h"
+#include "trace/safelexicalcast.h"
+
+namespace ns_log {
+
+// Where a trace line comes from. Both texts are static.
+struct TraceSite {
+  const char* function = "";  // qualified name, for instance "CIMSDKBridge::JsInvoke"
+  const char* source = "";    // for instance "source\bridge\imsdkbridge"
+};
+
+struct TraceItem {
+  std::string name;
+  std::wstring value;
+};
+
+// A named value for `CTraceProxy::Item`.
+template <class V>
+TraceItem MakeTraceItem(std::string_view name, V&& value) {
+  return {std::string(name), ns_smart_format::SafeLexicalCast(std::forward<V>(value))};
+}
+
+// One trace line in the making. Lives within one statement, on one thread.
+class CTraceProxy final : private ITraceLine {
+ public:
+  // `text` must live until the end of the statement.
+  CTraceProxy(int level, const TraceSite& site, std::wstring_view text,
+              int line = __builtin_LINE());
+  ~CTraceProxy();
+  CTraceProxy(const CTraceProxy&) = delete;
+  CTraceProxy& operator=(const CTraceProxy&) = delete;
+
+  // The brief list and its values, one for each name behind "_brief_," in order. Wide text must
+  // live until the end of the statement; everything else is converted.
+  template <class... V>
+  CTraceProxy& Brief(const char* list, const V&... values) {
+    brief_ = list;
+    if (logger_) {
+      std::size_t position = 0;
+      ((AddBrief(NextName(&position), values)), ...);
+    }
+    return *this;
+  }
+  CTraceProxy& Item(TraceItem item);
+
+ private:
+  struct Value {
+    std::string_view name;  // into the brief list
+    std::wstring owned;     // used when `text` views nothing
+    std::wstring_view text;
+  };
+
+  template <class V>
+  void AddBrief(std::string_view name, const V& value) {
+    if constexpr (std::is_convertible_v<const V&, std::wstring_view>) {
+      briefs_.push_back({name, {}, value});
+    } else {
+      briefs_.push_back({name, ns_smart_format::SafeLexicalCast(value), {}});
+    }
+  }
+  std::string_view NextName(std::size_t* position) const;
+
+  int Level() const override { return level_; }
+  std::wstring_view Text() const override { return text_; }
+  std::string_view Function() const override { return site_.function; }
+  std::string_view Source() const override { return site_.source; }
+  int Line() const override { return line_; }
+  std::string_view Brief() const override { return brief_; }
+  std::size_t ItemCount() const override { return items_.size() + briefs_.size(); }
+  TraceItemView Item(std::size_t index) const override;
+  std::wstring Record() const override;
+
+  RefPtr<ILogger> logger_;  // null when nobody wants the line
+  int level_;
+  TraceSite site_;
+  std::wstring_view text_;
+  int line_;
+  std::string_view brief_ = "_brief_,";
+  std::vector<TraceItem> items_;
+  std::vector<Value> briefs_;
+};
+
+}  // namespace ns_log
