@@ -1,0 +1,88 @@
+// Records and JSON text: field rules, escaping, broken Unicode.
+
+#include <gtest/gtest.h>
+
+#include "kexbase/json_reader.h"
+#include "source/bridge/jsparams/messagerecords.h"
+
+namespace imsdk::bridge {
+namespace {
+
+template <class R>
+R Read(std::string_view json) {
+  R record;
+  ReadValue(*base::JSONReader::Read(json), &record);
+  return record;
+}
+
+TEST(Reader, SkipsWrongTypesFieldByField) {
+  const auto request = Read<HisMsgRequest>(
+      R"({"cid":{"appkey":1,"nick":"n"},"count":"5","msgid":5,"msgtime":"7","gohistory":1.0,)"
+      R"("ignoreboundary":4294967296,"autoroam":-3,"unknown":[]})");
+  EXPECT_EQ(request.cid, (biz::IMUserID{L"", L"n"}));
+  EXPECT_EQ(request.count, 0);
+  EXPECT_EQ(request.msgid, L"");
+  EXPECT_EQ(request.msgtime, L"7");
+  EXPECT_EQ(request.gohistory, 0);
+  EXPECT_EQ(request.ignoreboundary, 0);
+  EXPECT_EQ(request.autoroam, -3);
+  for (const char* json : {"[]", "\"x\"", "null", R"({"cid":[]})"}) {
+    EXPECT_TRUE(Read<HisMsgRequest>(json).cid.empty()) << json;
+  }
+}
+
+TEST(Reader, KeepsOnlyElementsOfTheRightType) {
+  const auto request = Read<CidsRequest>(R"({"cids":[{"nick":"a"},null,7,{},"x",{"nick":"b"}]})");
+  ASSERT_EQ(request.cids.size(), 3u);
+  EXPECT_EQ(request.cids[0].nick, L"a");
+  EXPECT_EQ(request.cids[2].nick, L"b");
+  EXPECT_TRUE(Read<CidsRequest>(R"({"cids":{"0":{}}})").cids.empty());
+}
+
+TEST(Reader, TimesAndIdentifiersThatAreNoNumbersAreZero) {
+  for (const char* text : {"", "x", "9223372036854775808", " 1", "1 ", "1.0"}) {
+    const auto request = Read<HisMsgRequest>(std::string(R"({"msgid":")") + text + "\"}");
+    EXPECT_EQ(request.ToPage().msgid, 0) << text;
+  }
+  EXPECT_EQ(Read<HisMsgRequest>(R"({"msgid":"-9223372036854775808"})").ToPage().msgid,
+            std::numeric_limits<std::int64_t>::min());
+}
+
+TEST(JsonText, EscapesSoThatAReaderGetsTheTextBack) {
+  const std::wstring faces =
+      base::UTF8ToWide("\xF0\x9F\x98\x80\xE4\xBD\xA0\xE2\x80\xA8\xEE\x80\x80");
+  std::wstring controls;
+  for (wchar_t c = 0; c < 0x21; ++c) controls += c;
+  for (const std::wstring& text : {faces, controls, std::wstring(L"\"\\/<>\x7F"), std::wstring()}) {
+    JsonText json;
+    json.String(text);
+    const auto value = base::JSONReader::Read(base::WideToUTF8(json.Take()));
+    ASSERT_TRUE(value && value->GetIfString());
+    EXPECT_EQ(base::UTF8ToWide(*value->GetIfString()), text);
+  }
+}
+
+TEST(JsonText, BrokenUnicodeBecomesReplacementCharacters) {
+  const wchar_t high = 0xD83D;
+  const wchar_t low = static_cast<wchar_t>(0xDE00);
+  for (const std::wstring& text :
+       {std::wstring{high}, std::wstring{low}, std::wstring{low, high}, std::wstring{high, L'x'}}) {
+    JsonText json;
+    json.String(text);
+    std::wstring expected = text;
+    for (wchar_t& c : expected) {
+      if (c != L'x') c = L'\xFFFD';
+    }
+    EXPECT_EQ(json.Take(), L'"' + expected + L'"');
+  }
+}
+
+TEST(Answer, BeginsWithTheEnvelope) {
+  EXPECT_EQ(AnswerText({}, NoKeys{}), LR"({"code":0,"subcode":0,"result":"success"})");
+  EXPECT_EQ(AnswerText({-3, 9, {}}, CountAnswer{4}),
+            LR"({"code":-3,"subcode":9,"result":"failed","count":4})");
+  EXPECT_EQ(AnswerText({-3, 0, L"why"}, NoKeys{}), LR"({"code":-3,"subcode":0,"result":"why"})");
+}
+
+}  // namespace
+}  // namespace imsdk::bridge

@@ -1,0 +1,118 @@
+// Answers and events from many engine threads at once.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "kexbase/thread.h"
+#include "tests/support/memory_engine.h"
+#include "tests/support/test_host.h"
+#include "trace/tracetarget.h"
+
+namespace imsdk {
+namespace {
+
+using test::kHarbor;
+using test::kLighthouse;
+
+constexpr int kThreads = 8;
+constexpr wchar_t kCid[] = LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})";
+
+// Engine threads that answer history requests, each in turn.
+class Answering {
+ public:
+  explicit Answering(test::MemoryConversation& chat) : chat_(chat) {
+    for (int i = 0; i < kThreads; ++i) {
+      threads_.push_back(std::make_unique<base::Thread>("engine"));
+      threads_.back()->Start();
+    }
+    chat_.on_history = [this](biz::IMPageCallback done) {
+      threads_[next_++ % kThreads]->task_runner()->PostTask(
+          FROM_HERE, [done = std::move(done)] { done({}, {}); });
+    };
+  }
+  ~Answering() {
+    chat_.on_history = nullptr;
+    for (auto& thread : threads_) thread->Stop();
+  }
+
+ private:
+  test::MemoryConversation& chat_;
+  std::vector<std::unique_ptr<base::Thread>> threads_;
+  std::size_t next_ = 0;
+};
+
+TEST(Threads, EveryAnswerArrivesOnceOnTheViewsThread) {
+  constexpr std::size_t kCalls = 100'000;
+  test::MemoryEngine engine;
+  test::TestHost host;
+  // A hundred thousand kept trace lines would measure the test, not the bridge.
+  GetKexCOM()->UnregisterService(ns_log::ILogService::kServiceId);
+  ns_log::TraceTarget::Attach();
+  host.Bind(kHarbor);
+  host.page.answers.reserve(kCalls);
+  {
+    Answering answering(engine.Chats().Chat(kLighthouse));
+    for (std::size_t i = 0; i < kCalls; ++i) {
+      host.bridge->JsInvoke(
+          {L"view-1",
+           L"workbench.im.singlemsg.invoke",
+           {std::to_wstring(i), std::wstring(L"GetLocalHisMsg"), std::wstring(kCid)}});
+      if (i % 64 == 0) host.RunLoop();
+    }
+  }
+  host.RunLoop();
+  ASSERT_EQ(host.page.answers.size(), kCalls);
+  std::vector<int> seen(kCalls);
+  for (const auto& answer : host.page.answers) {
+    ++seen[static_cast<std::size_t>(std::stol(answer.seq))];
+    ASSERT_TRUE(answer.on_view_thread);
+    ASSERT_FALSE(answer.failed);
+  }
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), 1), static_cast<std::ptrdiff_t>(kCalls));
+}
+
+TEST(Threads, ViewsComeAndGoWhileTheEngineRaisesEvents) {
+  test::MemoryEngine engine;
+  auto& chats = engine.Chats();
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> raising;
+  for (int i = 0; i < 3; ++i) {
+    raising.emplace_back([&, i] {
+      const auto msg = test::MakeMessage(i, kLighthouse, kHarbor, L"text");
+      while (!stop) {
+        chats.events.on_receive_new_msg({kLighthouse}, {msg});
+        engine.accounts->events.on_net_reconnect_ok(kHarbor);
+        std::this_thread::sleep_for(std::chrono::microseconds(200));  // a loop must get idle
+      }
+    });
+  }
+  std::size_t notified = 0;
+  {
+    Answering answering(chats.Chat(kLighthouse));
+    for (int view = 0; view < 200; ++view) {
+      test::TestHost host;
+      GetKexCOM()->UnregisterService(ns_log::ILogService::kServiceId);
+      ns_log::TraceTarget::Attach();
+      host.Bind(kHarbor);
+      host.Invoke(L"workbench.im.event_register", L"r", L"register_all");
+      for (int i = 0; i < 20; ++i) {
+        host.Invoke(L"workbench.im.singlemsg.invoke", std::to_wstring(i), L"GetLocalHisMsg", kCid);
+      }
+      const std::size_t before = host.page.answers.size();
+      notified += host.page.notifications.size();
+      host.bridge->UnbindPage();
+      host.RunLoop();
+      EXPECT_EQ(host.page.answers.size(), before);  // nothing reaches a page that is gone
+      EXPECT_EQ(host.page.refs, 0);
+    }
+  }
+  stop = true;
+  for (auto& thread : raising) thread.join();
+  EXPECT_GT(notified, 0u);
+}
+
+}  // namespace
+}  // namespace imsdk
