@@ -1,0 +1,58 @@
+#include "kexbase/json_reader.h"
+
+#include "kexbase/rapidjson_config.h"
+
+#include <rapidjson/error/en.h>
+#include <rapidjson/reader.h>
+
+#include <limits>
+
+#include "kexbase/json_text.h"
+#include "kexbase/utf.h"
+#include "kexbase/value_builder.h"
+
+namespace base {
+
+namespace {
+
+namespace rapidjson = internal::rapidjson;
+
+// The parser reads ahead of the end in blocks of this size.
+constexpr size_t kReadAhead = 16;
+
+std::nullopt_t Fail(size_t offset, const char* message, JSONError* error) {
+  if (error) *error = {offset, message};
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Value> JSONReader::Read(std::string_view utf8, JSONError* error) {
+  // Lengths are 32-bit in the parser.
+  if (utf8.size() >= std::numeric_limits<rapidjson::SizeType>::max()) {
+    return Fail(0, "The text is too long.", error);
+  }
+  const size_t valid = internal::ValidUTF8Prefix(utf8);
+  if (valid != utf8.size()) return Fail(valid, "Invalid UTF-8.", error);
+  // The parser takes a zero byte for the end of the text.
+  const size_t zero = utf8.find('\0');
+  if (zero != std::string_view::npos) return Fail(zero, "Invalid character.", error);
+
+  // Strings are unescaped in place, in a copy.
+  std::string text;
+  text.reserve(utf8.size() + kReadAhead);
+  text.append(utf8).append(kReadAhead, '\0');
+  internal::ReplaceLoneSurrogates(&text);
+  rapidjson::InsituStringStream stream(text.data());
+  rapidjson::Reader reader;
+  internal::ValueBuilder builder(kMaxDepth);
+  constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag |
+                              rapidjson::kParseFullPrecisionFlag;
+  const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
+  if (result) return builder.TakeRoot();
+  const bool too_deep = result.Code() == rapidjson::kParseErrorTermination;
+  return Fail(result.Offset(),
+              too_deep ? "Nested too deep." : rapidjson::GetParseError_En(result.Code()), error);
+}
+
+}  // namespace base

@@ -1,0 +1,96 @@
+#include "kexbase/json_writer.h"
+
+#include "kexbase/rapidjson_config.h"
+
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include "kexbase/strings.h"
+#include "kexbase/utf.h"
+
+namespace base {
+
+namespace {
+
+namespace rapidjson = internal::rapidjson;
+
+template <class Writer>
+bool WriteText(const std::string& text, Writer* writer) {
+  return writer->String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+template <class Writer>
+bool WriteValue(const Value& value, Writer* writer);
+
+template <class Writer>
+bool WriteObject(const DictionaryValue& object, Writer* writer) {
+  writer->StartObject();
+  for (const auto& [key, value] : object) {
+    if (!WriteText(key, writer) || !WriteValue(value, writer)) return false;
+  }
+  return writer->EndObject();
+}
+
+template <class Writer>
+bool WriteArray(const ListValue& list, Writer* writer) {
+  writer->StartArray();
+  for (const Value& value : list) {
+    if (!WriteValue(value, writer)) return false;
+  }
+  return writer->EndArray();
+}
+
+template <class Writer>
+bool WriteValue(const Value& value, Writer* writer) {
+  switch (value.type()) {
+    case Value::Type::kNull:
+      return writer->Null();
+    case Value::Type::kBool:
+      return writer->Bool(*value.GetIfBool());
+    case Value::Type::kInt64:
+      return writer->Int64(*value.GetIfInt64());
+    case Value::Type::kUint64:
+      return writer->Uint64(*value.GetIfUint64());
+    case Value::Type::kDouble:
+      return writer->Double(*value.GetIfDouble());
+    case Value::Type::kString:
+      return WriteText(*value.GetIfString(), writer);
+    case Value::Type::kDictionary:
+      return WriteObject(*value.GetIfDict(), writer);
+    case Value::Type::kList:
+      return WriteArray(*value.GetIfList(), writer);
+  }
+  return false;
+}
+
+template <class Writer>
+bool WriteTo(const Value& value, rapidjson::StringBuffer* buffer) {
+  Writer writer(*buffer);
+  return WriteValue(value, &writer);
+}
+
+}  // namespace
+
+bool JSONWriter::Write(const Value& value, std::string* out) {
+  return WriteWithOptions(value, 0, out);
+}
+
+bool JSONWriter::WriteWithOptions(const Value& value, int options, std::string* out) {
+  using Compact = rapidjson::Writer<rapidjson::StringBuffer>;
+  using Pretty = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
+  rapidjson::StringBuffer buffer;
+  const bool pretty = (options & OPTIONS_PRETTY_PRINT) != 0;
+  out->clear();
+  if (!(pretty ? WriteTo<Pretty>(value, &buffer) : WriteTo<Compact>(value, &buffer))) return false;
+  const std::string_view text(buffer.GetString(), buffer.GetSize());
+  // What is ill-formed stands inside strings, between ASCII characters, which stay.
+  if (IsValidUTF8(text)) {
+    out->assign(text);
+  } else {
+    *out = internal::ReplaceInvalidUTF8(text);
+  }
+  return true;
+}
+
+}  // namespace base
