@@ -146,9 +146,10 @@ void CBridgeSingleMsg::MarkSeen(const Conversation& chat, const CallBase& call) 
   if (!seen) return;
   CTraceProxy(kRoutine, call.site(), L"SetNewMsgReaded req");
   const std::int64_t start = base::TimeTicks::Now().ToMilliseconds();
-  chat->SetNewMsgReaded([site = call.site(), start](const biz::ResultCode& result) {
+  chat->SetNewMsgReaded([start](const biz::ResultCode& result) {
     const std::int64_t timeOperate = base::TimeTicks::Now().ToMilliseconds() - start;
-    CTraceProxy(kRoutine, site, L"SetNewMsgReaded rsp")
+    CTraceProxy(kRoutine, {"CBridgeSingleMsg::GetNewMsg::SetNewMsgReaded", kSource},
+                L"SetNewMsgReaded rsp")
         .Brief("_brief_,result,timeOperate", result.code, timeOperate);
   });
 }
@@ -203,23 +204,23 @@ void CBridgeSingleMsg::ReSendChatMsg(const MsgRequest& request, Conversation cha
 
 void CBridgeSingleMsg::OnReceiveNewMsg(const std::vector<biz::IMUserID>&,
                                        const std::vector<biz::IMMessage>& msgs) {
-  Notify(kOnReceiveNewMsg, MsgsNotify{&msgs});
   CheckSenders(msgs, {"CBridgeSingleMsg::OnReceiveNewMsg", kSource},
                L"on receive msg. fromid is invalid!!", kEventBrief);
+  Notify(kOnReceiveNewMsg, MsgsNotify{&msgs});
 }
 
 void CBridgeSingleMsg::OnReceiveOfflineMsg(bool, const std::vector<biz::IMUserID>&,
                                            const std::vector<biz::IMMessage>& msgs) {
-  Notify(kOnReceiveOfflineMsg, MsgsNotify{&msgs});
   CheckSenders(msgs, {"CBridgeSingleMsg::OnReceiveOfflineMsg", kSource},
                L"on offline msg. fromid is invalid!!", kEventBrief);
+  Notify(kOnReceiveOfflineMsg, MsgsNotify{&msgs});
 }
 
 void CBridgeSingleMsg::OnSendNewMsg(const std::vector<biz::IMUserID>&,
                                     const std::vector<biz::IMMessage>& msgs) {
-  Notify(kOnSendNewMsg, MsgsNotify{&msgs});
   CheckSenders(msgs, {"CBridgeSingleMsg::OnSendNewMsg", kSource},
                L"on send msg. fromid is invalid!!", kEventBrief);
+  Notify(kOnSendNewMsg, MsgsNotify{&msgs});
 }
 
 void CBridgeSingleMsg::OnSendMsgStatus(const biz::IMUserID&, biz::IMMsgType type,
