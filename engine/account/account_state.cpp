@@ -1,0 +1,21 @@
+#include "account/account_state.h"
+
+#include "kexbase/callback.h"
+
+namespace imsdk::account {
+
+AccountState::AccountState(std::shared_ptr<const Environment> env, const biz::IMUserID& user,
+                           const Worker& worker)
+    : environment(std::move(env)),
+      self(user),
+      runner(worker.runner),
+      store(environment->folder.MessageStore(user), user, worker.stores),
+      commit([this]() -> sqlite::Database& { return store.database(); },
+             [this] {
+               runner->PostTask(FROM_HERE,
+                                base::BindWeak(weak_from_this(),
+                                               [](AccountState& state) { state.commit.Flush(); }));
+             }),
+      files(environment->folder.root(), environment->folder.FilesFolder(user)) {}
+
+}  // namespace imsdk::account

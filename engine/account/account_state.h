@@ -1,0 +1,60 @@
+// What the parts of one logged-in account share.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+
+#include "account/chat_state.h"
+#include "account/data_folder.h"
+#include "account/file_box.h"
+#include "account/message_ids.h"
+#include "account/message_store.h"
+#include "account/worker_pool.h"
+#include "imsdk/biz/single_chat.h"
+#include "link/server_link.h"
+#include "sqlite/group_commit.h"
+
+namespace imsdk::account {
+
+// How long the server may take, and how soon a lost link is tried again (the pause doubles with
+// each failure up to `longest_retry`).
+struct Timeouts {
+  std::chrono::milliseconds login{30'000};
+  std::chrono::milliseconds send{20'000};
+  std::chrono::milliseconds logout{5'000};
+  std::chrono::milliseconds first_retry{1'000};
+  std::chrono::milliseconds longest_retry{60'000};
+};
+
+// What all accounts of an engine share.
+struct Environment {
+  std::shared_ptr<link::ServerLink> link;
+  std::shared_ptr<MessageIds> ids;
+  DataFolder folder;
+  Timeouts timeouts;
+};
+
+// Store, commit and the raising of events belong to the account's worker; the rest to any thread.
+struct AccountState : std::enable_shared_from_this<AccountState> {
+  AccountState(std::shared_ptr<const Environment> env, const biz::IMUserID& user,
+               const Worker& worker);
+
+  const std::shared_ptr<const Environment> environment;
+  const biz::IMUserID self;
+  const std::shared_ptr<base::TaskRunner> runner;
+  std::atomic<bool> closed{false};  // logged out: operations fail from now on
+  std::atomic<bool> online{false};
+  bool ended = false;  // on the worker: the store is closed for good
+  MessageStore store;
+  sqlite::GroupCommit commit;
+  FileBox files;
+  ChatState chat;
+  biz::IMSingleChatEvents events;
+};
+
+inline biz::ResultCode NotLoggedIn() {
+  return {biz::kEngineNotLoggedIn, 0, L"the account is not logged in"};
+}
+
+}  // namespace imsdk::account

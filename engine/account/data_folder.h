@@ -1,0 +1,49 @@
+// Where an account's stores and files lie inside the data folder.
+//
+//   server/server.db             the embedded server
+//   client/ids.db                message numbering
+//   accounts/ACCOUNT/messages.db one account's own store
+//   files/ACCOUNT/MD5.EXT        pictures and files that the account sent
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "imsdk/biz/user_id.h"
+#include "kexbase/file_path.h"
+
+namespace imsdk::account {
+
+std::filesystem::path ToPath(const base::FilePath& path);
+base::FilePath FromPath(const std::filesystem::path& path);
+
+// The user as stores and links keep it: parts that are no well-formed text have U+FFFD in them.
+biz::IMUserID WellFormed(const biz::IMUserID& user);
+
+// A folder name for any account name: something readable of the nick, and a digest that tells
+// apart what letters, case or length would not. Lower-case ASCII letters, digits, "_" and "-".
+std::string AccountFolderName(const biz::IMUserID& user);
+
+class DataFolder {
+ public:
+  explicit DataFolder(std::filesystem::path root) : root_(std::move(root)) {}
+
+  const std::filesystem::path& root() const { return root_; }
+  std::filesystem::path ServerStore() const { return root_ / "server" / "server.db"; }
+  std::filesystem::path MessageIds() const { return root_ / "client" / "ids.db"; }
+  std::filesystem::path AccountFolder(const biz::IMUserID& user) const {
+    return root_ / "accounts" / AccountFolderName(user);
+  }
+  std::filesystem::path MessageStore(const biz::IMUserID& user) const {
+    return AccountFolder(user) / "messages.db";
+  }
+  // The folder of an account's files, relative to the data folder.
+  std::string FilesFolder(const biz::IMUserID& user) const {
+    return "files/" + AccountFolderName(user);
+  }
+
+ private:
+  std::filesystem::path root_;
+};
+
+}  // namespace imsdk::account

@@ -1,0 +1,45 @@
+// The files that an account sends, kept in the data folder under their content's digest.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "imsdk/biz/user_id.h"
+#include "kexbase/file_path.h"
+
+namespace imsdk::account {
+
+// Largest content of a file that is sent, in bytes.
+inline constexpr std::size_t kMaxFileBytes = 32 * 1024 * 1024;
+
+struct KeptFile {
+  std::wstring path;  // relative to the data folder, with "/", so that the folder may move
+  std::wstring md5;   // lower-case hexadecimal digits
+  std::wstring type;  // ending without the dot; empty when there is none
+};
+
+// Any thread; files are written aside and renamed, so that a name always has its whole content.
+class FileBox {
+ public:
+  // `root` is the data folder, `folder` the account's place in it.
+  FileBox(std::filesystem::path root, std::string folder)
+      : root_(std::move(root)), folder_(std::move(folder)) {}
+
+  // Keeps `content` under an ending of `type`; when that is empty, under one told by the content.
+  biz::ResultCode Keep(std::string_view content, std::string type, KeptFile* kept) const;
+  // Keeps a copy of a local file. A relative path starts at the data folder.
+  biz::ResultCode KeepCopy(const base::FilePath& file, KeptFile* kept) const;
+
+ private:
+  const std::filesystem::path root_;
+  const std::string folder_;
+};
+
+// The ending that a file of this name has, without the dot: lower-case, empty for an odd one.
+std::string TypeOfName(const base::FilePath& name);
+// The usual ending for content that begins like this; empty when it is not known.
+std::string TypeOfContent(std::string_view content);
+
+}  // namespace imsdk::account

@@ -1,0 +1,163 @@
+// What becomes of body items.
+#include "account/body_composer.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "account/data_folder.h"
+#include "engine_fixture.h"
+#include "kexbase/md5.h"
+#include "kexbase/strings.h"
+
+namespace imsdk::test {
+namespace {
+
+using account::ComposeBody;
+using account::FileBox;
+
+biz::IMBodyItem Item(biz::IMMsgType type, const std::wstring& value,
+                     const std::string& content = {}, const std::wstring& path = {},
+                     const std::wstring& jvale = {}) {
+  return {type, jvale, value, base::FilePath(path), content};
+}
+
+const std::string kPng = "\x89PNG\r\n\x1a\n....";
+
+TEST(Body, ItemsAndTheirTokens) {
+  TempFolder folder;
+  const FileBox files(folder.path(), "files/harbor");
+  const std::wstring md5 = base::UTF8ToWide(base::MD5String(kPng));
+  const std::wstring picture = L"pic:impicture|" + md5 + L"?filepath=files%2Fharbor%2F" + md5 +
+                               L".png&fileMD5=" + md5 + L"&filetype=png";
+  const std::wstring hello_md5 = base::UTF8ToWide(base::MD5String("hello"));
+  const std::wstring emotion = L"pic:imemotion|ID?filepath=a.gif&shortcut=%2F%3A%29";
+  const struct {
+    const char* what;
+    std::vector<biz::IMBodyItem> items;
+    std::wstring body;
+    std::int32_t type;
+    std::wstring others;
+  } cases[] = {
+      {"text", {Text(L"a\n\u4E2D")}, L"a\n\u4E2D", biz::kMsgText, L""},
+      {"texts join as they are", {Text(L"a"), Text(L"b")}, L"ab", biz::kMsgText, L""},
+      {"picture", {Item(biz::kMsgPicture, L"", kPng)}, picture, biz::kMsgPicture, L""},
+      {"picture that is a token already",
+       {Item(biz::kMsgPicture, picture)},
+       picture,
+       biz::kMsgPicture,
+       L""},
+      {"emotion", {Item(biz::kMsgEmotion, emotion)}, emotion, biz::kMsgEmotion, L""},
+      {"mixed",
+       {Text(L"see"), Item(biz::kMsgPicture, L"", kPng), Text(L"\nthere")},
+       L"see " + picture + L"\nthere",
+       biz::kMsgText,
+       L""},
+      {"file",
+       {Item(biz::kMsgFile, L"", "hello", L"/no/where/My | notes.TXT")},
+       L"file:My _ notes.TXT|filepath=files%2Fharbor%2F" + hello_md5 + L".txt",
+       biz::kMsgFile,
+       L""},
+      {"audio named by its value",
+       {Item(biz::kMsgAudio, L"note", "hello")},
+       L"file:note|filepath=files%2Fharbor%2F" + hello_md5,
+       biz::kMsgAudio,
+       L""},
+      {"extra of the only item that has one",
+       {Text(L"a"), Item(biz::kMsgText, L"b", "", L"", L"{\"k\":1}")},
+       L"ab",
+       biz::kMsgText,
+       L"{\"k\":1}"},
+      {"extras of two items",
+       {Item(biz::kMsgText, L"a", "", L"", L"1"), Item(biz::kMsgText, L"b", "", L"", L"2")},
+       L"ab",
+       biz::kMsgText,
+       L""},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.what);
+    const auto composed = ComposeBody(one.items, files);
+    EXPECT_TRUE(composed.result.ok());
+    EXPECT_EQ(composed.body, one.body);
+    EXPECT_EQ(composed.msgtype, one.type);
+    EXPECT_EQ(composed.others, one.others);
+  }
+  std::ifstream kept(folder.path() / base::WideToUTF8(L"files/harbor/" + md5 + L".png"),
+                     std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), kPng);
+}
+
+TEST(Body, FilesAreCopiedIntoTheDataFolder) {
+  TempFolder folder;
+  TempFolder elsewhere;
+  const FileBox files(folder.path(), "files/harbor");
+  const auto source = elsewhere.path() / std::u8string(u8"b\u00FCro \u6E2F.PNG");
+  std::ofstream(source, std::ios::binary) << kPng;
+  const std::wstring path = account::FromPath(source).value();
+  const auto composed = ComposeBody({Item(biz::kMsgPicture, L"", "", path)}, files);
+  ASSERT_TRUE(composed.result.ok());
+  std::filesystem::remove(source);
+  const std::wstring md5 = base::UTF8ToWide(base::MD5String(kPng));
+  // What a message names lies in the data folder and may be sent on under that name.
+  const std::wstring relative = L"files/harbor/" + md5 + L".png";
+  EXPECT_EQ(ComposeBody({Item(biz::kMsgPicture, L"", "", relative)}, files).body, composed.body);
+
+  EXPECT_EQ(ComposeBody({Item(biz::kMsgFile, L"", "", path)}, files).result.code,
+            biz::kEngineNotFound);
+  EXPECT_EQ(ComposeBody({Item(biz::kMsgFile, L"", "", L"files")}, files).result.code,
+            biz::kEngineNotFound)
+      << "a folder";
+}
+
+TEST(Body, Limits) {
+  const struct {
+    const char* what;
+    std::vector<biz::IMBodyItem> items;
+    biz::EngineCode code;
+  } cases[] = {
+      {"no items", {}, biz::kEngineEmpty},
+      {"empty items", {Text(L""), Item(biz::kMsgPicture, L"")}, biz::kEngineEmpty},
+      {"white space", {Text(L" ")}, biz::kEngineOk},
+      {"1 MiB", {Text(std::wstring(1024 * 1024, L'x'))}, biz::kEngineOk},
+      {"more", {Text(std::wstring(1024 * 1024, L'x')), Text(L"x")}, biz::kEngineTooLarge},
+      {"in bytes", {Text(std::wstring(400 * 1024, L'\u6E2F'))}, biz::kEngineTooLarge},
+      {"32 MiB", {Item(biz::kMsgFile, L"", std::string(32 << 20, 'x'))}, biz::kEngineOk},
+      {"more", {Item(biz::kMsgFile, L"", std::string((32 << 20) + 1, 'x'))}, biz::kEngineTooLarge},
+  };
+  for (const auto& one : cases) {
+    std::size_t content = 0;
+    EXPECT_EQ(account::CheckBody(one.items, &content), one.code) << one.what;
+  }
+}
+
+// Refusals as the caller of a conversation sees them.
+TEST(Body, ThroughTheEngine) {
+  TempFolder folder;
+  const auto engine = Start(QuickSetup(folder.path()));
+  engine->CreateAccount(User(L"harbor"), L"pass");
+  engine->CreateAccount(User(L"mariner"), L"pass");
+  Login(User(L"harbor"));
+  Login(User(L"mariner"));
+  Witness harbor(User(L"harbor"));
+  Witness mariner(User(L"mariner"));
+  const auto chat = Chat(User(L"harbor"), User(L"mariner"));
+  EXPECT_EQ(chat->SendMsg({}, {}), biz::kEngineEmpty);
+  EXPECT_EQ(chat->SendMsg({Text(std::wstring(2 << 20, L'x'))}, {}), biz::kEngineTooLarge);
+  EXPECT_TRUE(History(User(L"harbor"), User(L"mariner")).msgs.empty()) << "nothing is stored";
+
+  const std::wstring large(100 * 1024, L'\u6E2F');
+  EXPECT_EQ(chat->SendMsg({Text(large)}, {}), 0);
+  ASSERT_TRUE(mariner.AwaitReceived(1));
+  EXPECT_EQ(mariner.received[0].msgbody, large);
+
+  ASSERT_TRUE(harbor.AwaitStatuses(1));
+  EXPECT_EQ(chat->SendMsg({Item(biz::kMsgPicture, L"", "", L"/no/such.png")}, {}), 0);
+  ASSERT_TRUE(harbor.AwaitStatuses(2));
+  EXPECT_EQ(harbor.statuses[1].code, biz::kEngineNotFound);
+  EXPECT_EQ(harbor.sent[1].msgstatus, biz::kMsgFailed);
+  EXPECT_EQ(chat->ReSendMsg(harbor.sent[1].msgid), 0);
+  ASSERT_TRUE(harbor.AwaitStatuses(3));
+  EXPECT_EQ(harbor.statuses[2].code, biz::kEngineNotFound) << "its file is still not there";
+}
+
+}  // namespace
+}  // namespace imsdk::test

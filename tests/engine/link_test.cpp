@@ -1,0 +1,202 @@
+// A link that loses, forgets and breaks, and a store that refuses.
+#include <chrono>
+#include <thread>
+
+#include "account/data_folder.h"
+#include "engine_fixture.h"
+#include "faulty_link.h"
+#include "sqlite/database.h"
+
+namespace imsdk::test {
+namespace {
+
+const biz::IMUserID kHarbor = User(L"harbor");
+const biz::IMUserID kMariner = User(L"mariner");
+
+class LinkTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    setup_.wrap_link = [this](auto real) { return link_ = std::make_shared<FaultyLink>(real); };
+    engine_ = Start(setup_);
+    engine_->CreateAccount(kHarbor, L"pass");
+    engine_->CreateAccount(kMariner, L"pass");
+    ASSERT_TRUE(Login(kHarbor).result.ok());
+    ASSERT_TRUE(Login(kMariner).result.ok());
+  }
+
+  void ExpectOnce(Witness& mariner, const std::wstring& text) {
+    Send(kHarbor, kMariner, L"after");
+    mariner.Await([](const Witness& witness) {
+      return !witness.received.empty() && witness.received.back().msgbody == L"after";
+    });
+    EXPECT_EQ(Bodies(mariner.received), (std::vector<std::wstring>{text, L"after"}));
+    EXPECT_EQ(Bodies(History(kMariner, kHarbor).msgs), (std::vector<std::wstring>{text, L"after"}));
+  }
+
+  TempFolder folder_;
+  EngineSetup setup_ = QuickSetup(folder_.path());
+  std::shared_ptr<FaultyLink> link_;
+  std::unique_ptr<Engine> engine_;
+};
+
+TEST_F(LinkTest, AForgottenDeliveryFailsAndMayBeSentAgain) {
+  for (const Fault fault : {Fault::kDropRequest, Fault::kDropAnswer}) {
+    SCOPED_TRACE(fault == Fault::kDropRequest ? "request" : "answer");
+    const auto peer = User(fault == Fault::kDropRequest ? L"first" : L"second");
+    engine_->CreateAccount(peer, L"pass");
+    Login(peer);
+    Witness harbor(kHarbor);
+    Witness theirs(peer);
+    link_->FailNextDelivery(fault);
+    Send(kHarbor, peer, L"text");
+    ASSERT_TRUE(harbor.AwaitStatuses(1));
+    EXPECT_EQ(harbor.statuses[0].code, biz::kEngineTimeout);
+    const std::int64_t msgid = harbor.statuses[0].msgid;
+    EXPECT_EQ(History(kHarbor, peer).msgs[0].msgstatus, biz::kMsgFailed);
+
+    EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(msgid), biz::kEngineNotFound) << "not there";
+    ASSERT_EQ(Chat(kHarbor, peer)->ReSendMsg(msgid), 0);
+    ASSERT_TRUE(harbor.AwaitStatuses(2));
+    EXPECT_EQ(harbor.statuses[1].code, 0);
+    EXPECT_EQ(harbor.statuses[1].msgid, msgid);
+    EXPECT_EQ(Chat(kHarbor, peer)->ReSendMsg(msgid), biz::kEngineNotFound) << "it did not fail";
+    Send(kHarbor, peer, L"after");
+    ASSERT_TRUE(theirs.AwaitReceived(2));
+    EXPECT_EQ(Bodies(theirs.received), (std::vector<std::wstring>{L"text", L"after"}));
+    EXPECT_EQ(harbor.sent.size(), 2U) << "sending again announces nothing";
+  }
+}
+
+TEST_F(LinkTest, ABreakInTheMiddleOfADeliveryIsMended) {
+  Witness harbor(kHarbor);
+  Witness mariner(kMariner);
+  int reconnected = 0;
+  Accounts()->Events().on_net_reconnect_ok.connect([&](const auto&) { ++reconnected; });
+  link_->FailNextDelivery(Fault::kBreak);
+  Send(kHarbor, kMariner, L"text");
+  ASSERT_TRUE(harbor.AwaitStatuses(1));
+  EXPECT_EQ(harbor.statuses[0].code, 0);
+  EXPECT_EQ(reconnected, 1);
+  ExpectOnce(mariner, L"text");
+}
+
+TEST_F(LinkTest, ALostBatchIsFetchedAgain) {
+  Witness mariner(kMariner);
+  link_->LoseNextBatch();
+  Send(kHarbor, kMariner, L"text");
+  Witness harbor(kHarbor);
+  ASSERT_TRUE(harbor.AwaitStatuses(1));
+  ExpectOnce(mariner, L"text");
+}
+
+TEST_F(LinkTest, WithoutALinkThingsFailUntilItIsBack) {
+  Witness harbor(kHarbor);
+  std::mutex lock;
+  std::vector<std::string> told;
+  const auto tell = [&](const char* what) {
+    std::lock_guard hold(lock);
+    told.emplace_back(what);
+  };
+  Accounts()->Events().on_net_reconnect_ok.connect([&](const auto&) { tell("ok"); });
+  Accounts()->Events().on_net_reconnect_failed.connect(
+      [&](const auto&, const auto&) { tell("failed"); });
+  const auto reconnect = [] {
+    return Wait<biz::ResultCode>([](auto done) { Accounts()->NetReConnect(kHarbor, done); });
+  };
+  EXPECT_TRUE(reconnect().ok());
+  link_->Shut(true);
+  EXPECT_EQ(reconnect().code, biz::kEngineNoLink);
+  EXPECT_FALSE(Accounts()->GetAccount(kHarbor)->IsOnline());
+  Send(kHarbor, kMariner, L"text");
+  ASSERT_TRUE(harbor.AwaitStatuses(1));
+  EXPECT_EQ(harbor.statuses[0].code, biz::kEngineNoLink);
+
+  link_->Shut(false);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!Accounts()->GetAccount(kHarbor)->IsOnline()) {
+    ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the link is renewed by itself";
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(harbor.statuses[0].msgid), 0);
+  ASSERT_TRUE(harbor.AwaitStatuses(2));
+  EXPECT_EQ(harbor.statuses[1].code, 0);
+  engine_.reset();
+  EXPECT_EQ(told, (std::vector<std::string>{"ok", "failed", "ok"}));
+}
+
+TEST_F(LinkTest, ASessionThatTheServerEndsIsALogout) {
+  std::promise<biz::IMUserID> out;
+  Accounts()->Events().on_logouted.connect([&](const auto& user) { out.set_value(user); });
+  Logout(kMariner);
+  auto logged_out = std::move(out);
+  out = {};
+  link_->EndAll(biz::kEngineRefused);
+  EXPECT_EQ(out.get_future().get(), kHarbor);
+  EXPECT_FALSE(Accounts()->GetAccount(kHarbor));
+}
+
+TEST_F(LinkTest, ALoginWithoutAnAnswerTimesOut) {
+  Logout(kHarbor);
+  link_->Shut(true, biz::kEngineRefused);
+  EXPECT_EQ(Login(kHarbor).result.code, biz::kEngineTimeout);
+  EXPECT_EQ(LoginByToken(kHarbor, engine_->IssueToken(kHarbor)).result.code, biz::kEngineRefused);
+  link_->Shut(false);
+  EXPECT_TRUE(Login(kHarbor).result.ok());
+}
+
+TEST_F(LinkTest, ALockedStoreFailsAndLosesNothing) {
+  const account::DataFolder data(folder_.path());
+  sqlite::Database intruder(data.MessageStore(kHarbor));
+  Witness harbor(kHarbor);
+  Witness mariner(kMariner);
+  {
+    sqlite::Transaction transaction(intruder);
+    Send(kHarbor, kMariner, L"refused");
+    Send(kMariner, kHarbor, L"waits");
+    ASSERT_TRUE(harbor.AwaitStatuses(1));
+    EXPECT_EQ(harbor.statuses[0].code, biz::kEngineStorage);
+    EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(harbor.statuses[0].msgid), biz::kEngineNotFound);
+  }
+  ASSERT_TRUE(harbor.AwaitReceived(1)) << "the server sends it again";
+  EXPECT_EQ(Bodies(harbor.received), std::vector<std::wstring>{L"waits"});
+  EXPECT_EQ(Bodies(History(kHarbor, kMariner).msgs), std::vector<std::wstring>{L"waits"});
+}
+
+TEST_F(LinkTest, StoppingWithOpenOperationsIsPrompt) {
+  setup_.timeouts.send = std::chrono::minutes(10);
+  setup_.timeouts.logout = std::chrono::minutes(10);
+  engine_.reset();
+  engine_ = Start(setup_);
+  Login(kHarbor);
+  for (int i = 0; i < 5; ++i) {
+    link_->FailNextDelivery(Fault::kDropRequest);
+    Send(kHarbor, kMariner, std::to_wstring(i));
+  }
+  std::atomic<int> answers{0};
+  for (int i = 0; i < 5; ++i) {
+    Chat(kHarbor, kMariner)->GetLocalHisMsg({}, [&](const auto&, auto) { ++answers; });
+    Accounts()->LoginByPassword(kMariner, L"pass", [&](const auto&) { ++answers; });
+  }
+  const auto kept = Chat(kHarbor, kMariner);
+  const auto manager = Accounts();
+  const auto start = std::chrono::steady_clock::now();
+  engine_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_LE(answers, 10);
+  EXPECT_FALSE(Accounts());
+  EXPECT_EQ(kept->SendMsg({Text(L"late")}, {}), biz::kEngineNotLoggedIn);
+  EXPECT_FALSE(manager->GetAccount(kHarbor));
+
+  // What was taken is sent at the next login, and was not before.
+  engine_ = Start(setup_);
+  Witness harbor(kHarbor);
+  Witness mariner(kMariner);
+  Login(kMariner);
+  Login(kHarbor);
+  ASSERT_TRUE(mariner.AwaitReceived(5));
+  ASSERT_TRUE(harbor.AwaitStatuses(5));
+  EXPECT_EQ(Bodies(mariner.received), (std::vector<std::wstring>{L"0", L"1", L"2", L"3", L"4"}));
+}
+
+}  // namespace
+}  // namespace imsdk::test

@@ -1,0 +1,93 @@
+// Data folders that cannot be used, and numbers that must never repeat.
+#include <fstream>
+
+#include "account/data_folder.h"
+#include "account/message_ids.h"
+#include "engine_fixture.h"
+#include "kexbase/thread.h"
+#include "sqlite/database.h"
+
+namespace imsdk::test {
+namespace {
+
+void Write(const std::filesystem::path& file, const std::string& content) {
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << content;
+}
+
+TEST(StartEngine, SaysWhyAFolderCannotBeUsed) {
+  const std::string garbage(8192, '#');
+  const struct {
+    const char* what;
+    std::function<void(const account::DataFolder&)> spoil;
+  } cases[] = {
+      {"the folder is a file", [](const auto& data) { Write(data.root(), "not a folder"); }},
+      {"the server's store is garbage",
+       [&](const auto& data) { Write(data.ServerStore(), garbage); }},
+      {"the server's store is a folder",
+       [](const auto& data) { std::filesystem::create_directories(data.ServerStore()); }},
+      {"the numbers are garbage", [&](const auto& data) { Write(data.MessageIds(), garbage); }},
+      {"a later version made it",
+       [](const auto& data) {
+         std::filesystem::create_directories(data.ServerStore().parent_path());
+         sqlite::Database(data.ServerStore()).Execute("PRAGMA user_version=1000");
+       }},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.what);
+    TempFolder folder;
+    const auto root = folder.path() / "data";
+    one.spoil(account::DataFolder(root));
+    std::string error;
+    EXPECT_FALSE(StartEngine(QuickSetup(root), &error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_FALSE(Accounts());
+  }
+}
+
+TEST(StartEngine, OneEngineAtATimeHasTheFolder) {
+  TempFolder folder;
+  const auto engine = Start(QuickSetup(folder.path()));
+  std::string error;
+  EXPECT_FALSE(StartEngine(QuickSetup(folder.path()), &error));
+  EXPECT_TRUE(Accounts()) << "the first one goes on";
+}
+
+TEST(StartEngine, AnAccountWithASpoiltStoreFailsAlone) {
+  TempFolder folder;
+  const account::DataFolder data(folder.path());
+  const auto engine = Start(QuickSetup(folder.path()));
+  for (const auto* nick : {L"harbor", L"mariner"}) engine->CreateAccount(User(nick), L"pass");
+  Write(data.MessageStore(User(L"harbor")), std::string(8192, '#'));
+  EXPECT_EQ(Login(User(L"harbor")).result.code, biz::kEngineStorage);
+  EXPECT_TRUE(Login(User(L"mariner")).result.ok());
+  std::filesystem::remove(data.MessageStore(User(L"harbor")));
+  EXPECT_TRUE(Login(User(L"harbor")).result.ok());
+}
+
+TEST(MessageIds, GrowOverRestartsAndClocksSetBack) {
+  TempFolder folder;
+  base::Thread thread("ids");
+  thread.Start();
+  std::int64_t now = 1'700'000'000'000;
+  std::int64_t last = 0;
+  for (const std::int64_t step : {0LL, 1LL, -3'600'000LL, 50'000LL, -86'400'000LL}) {
+    now += step;
+    const auto ids = std::make_shared<account::MessageIds>(
+        folder.path() / "ids.db", [&now] { return now; }, thread.task_runner());
+    // More than a millisecond has numbers for.
+    for (int i = 0; i < 3000; ++i) {
+      const std::int64_t id = ids->Next();
+      ASSERT_GT(id, last);
+      last = id;
+    }
+    now -= 10'000;
+    ASSERT_GT(ids->Next(), last);
+    last = ids->Next();
+  }
+  EXPECT_LT(last >> 20, now + 100'000'000) << "numbers stay near the clock";
+  thread.Stop();
+}
+
+}  // namespace
+}  // namespace imsdk::test
