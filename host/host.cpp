@@ -1,0 +1,145 @@
+#include "host.h"
+
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "bridge_library.h"
+#include "chat_windows.h"
+#include "data_folder.h"
+#include "host_trace.h"
+#include "imsdk/biz/account.h"
+#include "kexbase/strings.h"
+#include "kexbase/time.h"
+#include "kexcore/kexcom.h"
+#include "run_token.h"
+#include "server/server.h"
+#include "trace_log.h"
+
+namespace imsdk::host {
+namespace {
+
+constexpr wchar_t kAppKey[] = L"cnbazaro";
+
+// A service that is in the component registry as long as this lives.
+template <class I>
+class Registered {
+ public:
+  explicit Registered(const RefPtr<I>& service) {
+    GetKexCOM()->RegisterService(I::kServiceId, service.get());
+  }
+  ~Registered() { GetKexCOM()->UnregisterService(I::kServiceId); }
+  Registered(const Registered&) = delete;
+  Registered& operator=(const Registered&) = delete;
+};
+
+}  // namespace
+
+class Host::Impl final : public Backend {
+ public:
+  bool Start(const HostOptions& options, std::string* error) {
+    folder_ = DataFolder::Open(options.data, error);
+    if (!folder_) return false;
+    log_ = TraceLog::Open({folder_->path() / "logs", options.trace_file}, error);
+    if (!log_) return false;
+    log_service_.emplace(log_->Service());
+    windows_service_.emplace(RefPtr<client::IChatWindowService>(windows_));
+    EngineOptions engine;
+    engine.data = base::FilePath::FromUTF8(folder_->path().string());
+    engine.demo = options.demo;
+    engine_ = StartEngine(engine, error);
+    if (!engine_) return false;
+    library_ = BridgeLibrary::Load(options.library, error);
+    if (!library_) return false;
+    token_ = RunToken::Open(folder_->path() / "run-token", options.token,
+                            base::Time::Now().ToMilliseconds());
+    if (!token_) {
+      *error = "the system gives no randomness";
+      return false;
+    }
+    ServerOptions server;
+    server.port = options.port;
+    server.web = options.web;
+    server.data = folder_->path();
+    server_ = Server::Start(server, {*this, *token_, windows_, log_->Logger()}, error);
+    if (!server_) return false;
+    if (!token_->Save()) {
+      WriteTrace(*log_->Logger(), ns_log::kWarning, {"Host::Start", "host\\host"},
+                 L"the token cannot be kept: pages will not survive a crash of the host");
+    }
+    WriteTrace(*log_->Logger(), ns_log::kRoutine, {"Host::Start", "host\\host"}, L"listening",
+               "_brief_,port", {base::NumberToString(server_->port())});
+    return true;
+  }
+
+  // The server's threads end first, then the library's business layer, then the engine whose
+  // threads call into it. Also after a start that failed halfway.
+  void Stop() {
+    if (server_) {
+      server_->Stop();
+      token_->Retire();
+    }
+    library_.reset();
+    const std::lock_guard hold(engine_lock_);
+    engine_.reset();
+  }
+
+  RefPtr<bridge::IIMSDKBridge> NewBridge() override { return library_->NewBridge(); }
+
+  void LogIn(const std::string& nick, std::function<void(LoginOutcome)> done) override {
+    const biz::IMUserID user{kAppKey, base::UTF8ToWide(nick)};
+    const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
+    if (accounts->GetAccount(user)) return done({200, {}, user});
+    std::wstring token;
+    {
+      const std::lock_guard hold(engine_lock_);
+      token = engine_->IssueToken(user);
+    }
+    if (token.empty()) return done({404, "unknown account", user});
+    accounts->LoginByToken(user, token, [done = std::move(done)](const biz::IMLoginResult& result) {
+      if (result.result.ok()) return done({200, {}, result.user});
+      done({503, "the account cannot be logged in: " + base::WideToUTF8(result.result.text),
+            result.user});
+    });
+  }
+
+  const Server& server() const { return *server_; }
+  const RunToken& token() const { return *token_; }
+  Engine& engine() { return *engine_; }
+
+ private:
+  std::unique_ptr<DataFolder> folder_;
+  std::unique_ptr<TraceLog> log_;
+  RefPtr<ChatWindows> windows_{new ChatWindows};
+  std::optional<Registered<ns_log::ILogService>> log_service_;
+  std::optional<Registered<client::IChatWindowService>> windows_service_;
+  std::unique_ptr<RunToken> token_;
+  // The server object outlives the engine: an open login holds its connection.
+  std::unique_ptr<Server> server_;
+  std::mutex engine_lock_;
+  std::unique_ptr<Engine> engine_;
+  std::unique_ptr<BridgeLibrary> library_;
+};
+
+std::unique_ptr<Host> Host::Start(const HostOptions& options, std::string* error) {
+  auto impl = std::make_unique<Impl>();
+  if (!impl->Start(options, error)) {
+    impl->Stop();
+    return nullptr;
+  }
+  return std::unique_ptr<Host>(new Host(std::move(impl)));
+}
+
+Host::Host(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+Host::~Host() { Stop(); }
+
+std::uint16_t Host::port() const { return impl_->server().port(); }
+const std::string& Host::token() const { return impl_->token().text(); }
+std::string Host::Address() const {
+  return "http://127.0.0.1:" + base::NumberToString(port()) + "/?token=" + token();
+}
+std::size_t Host::ViewCount() const { return impl_->server().ViewCount(); }
+Engine& Host::engine() { return impl_->engine(); }
+void Host::Stop() { impl_->Stop(); }
+
+}  // namespace imsdk::host

@@ -1,0 +1,71 @@
+#include "host_trace.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "kexbase/strings.h"
+
+namespace imsdk::host {
+namespace {
+
+constexpr std::string_view kBriefStart = "_brief_,";
+
+class HostTraceLine final : public ns_log::ITraceLine {
+ public:
+  HostTraceLine(int level, const HostTraceSite& site, std::wstring_view text,
+                std::string_view brief, const std::vector<std::string>& values, int line)
+      : level_(level), site_(site), text_(text), brief_(brief), line_(line) {
+    std::string_view names = brief.substr(std::min(kBriefStart.size(), brief.size()));
+    for (const std::string& value : values) {
+      const std::size_t end = std::min(names.find(','), names.size());
+      items_.push_back({names.substr(0, end), base::UTF8ToWide(value)});
+      names.remove_prefix(std::min(end + 1, names.size()));
+    }
+  }
+
+  int Level() const override { return level_; }
+  std::wstring_view Text() const override { return text_; }
+  std::string_view Function() const override { return site_.function; }
+  std::string_view Source() const override { return site_.source; }
+  int Line() const override { return line_; }
+  std::string_view Brief() const override { return brief_; }
+  std::size_t ItemCount() const override { return items_.size(); }
+  ns_log::TraceItemView Item(std::size_t index) const override {
+    return {items_[index].name, items_[index].value};
+  }
+
+  // The host has no trace points: both groups are empty objects.
+  std::wstring Record() const override {
+    std::wstring briefs;
+    for (const Named& item : items_) {
+      briefs += briefs.empty() ? L' ' : L',';
+      briefs += base::UTF8ToWide(item.name) + L'=' + item.value;
+    }
+    return L"2|2|" + base::NumberToWide(briefs.size()) + L"{}{}" + briefs;
+  }
+
+ private:
+  struct Named {
+    std::string_view name;
+    std::wstring value;
+  };
+
+  int level_;
+  HostTraceSite site_;
+  std::wstring_view text_;
+  std::string_view brief_;
+  int line_;
+  std::vector<Named> items_;
+};
+
+}  // namespace
+
+void WriteTrace(ns_log::ILogger& log, int level, const HostTraceSite& site, std::wstring_view text,
+                std::string_view brief, std::vector<std::string> values, int line) {
+  try {
+    if (log.IsEnabled(level)) log.Write(HostTraceLine(level, site, text, brief, values, line));
+  } catch (...) {  // a logger in trouble must not end a view
+  }
+}
+
+}  // namespace imsdk::host

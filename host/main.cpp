@@ -1,0 +1,65 @@
+// bridgehost: serves chat pages on the loopback address.
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "options.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kBadUsage = 2;
+
+// Signals that ask for a clean stop, blocked from before the first thread until one arrives.
+sigset_t BlockStopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGHUP);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  return signals;
+}
+
+int Run(const std::vector<std::string>& arguments) {
+  using imsdk::host::Host;
+  if (arguments.size() == 1 && arguments[0] == "--help") {
+    std::printf("%s", imsdk::host::kUsage.data());
+    return 0;
+  }
+  imsdk::host::HostOptions options;
+  std::string error;
+  if (!imsdk::host::ReadOptions(arguments, &options, &error)) {
+    std::fprintf(stderr, "bridgehost: %s\n%s", error.c_str(), imsdk::host::kUsage.data());
+    return kBadUsage;
+  }
+  const sigset_t stop_signals = BlockStopSignals();
+  std::signal(SIGPIPE, SIG_IGN);
+  const std::unique_ptr<Host> host = Host::Start(options, &error);
+  if (!host) {
+    std::fprintf(stderr, "bridgehost: %s\n", error.c_str());
+    return kFailed;
+  }
+  std::printf("listening on %s\n", host->Address().c_str());
+  std::fflush(stdout);
+  int signal = 0;
+  sigwait(&stop_signals, &signal);
+  // A second signal ends the process at once, should stopping hang.
+  pthread_sigmask(SIG_UNBLOCK, &stop_signals, nullptr);
+  host->Stop();
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run({argv + 1, argv + argc});
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "bridgehost: %s\n", error.what());
+    return kFailed;
+  }
+}

@@ -1,0 +1,59 @@
+#include "options.h"
+
+#include "data_folder.h"
+#include "kexbase/strings.h"
+#include "run_token.h"
+
+namespace imsdk::host {
+
+const std::string_view kUsage =
+    "usage: bridgehost [--port N] [--data DIR] [--demo] [--token T] [--trace FILE]\n"
+    "  --port N      listen on port N of the loopback address; 0 picks a free one (8787)\n"
+    "  --data DIR    keep everything in DIR (the demo set in the user's data home)\n"
+    "  --demo        fill an empty data folder with the demo set\n"
+    "  --token T     what pages must show (a fresh random text)\n"
+    "  --trace FILE  also write trace lines to FILE, as JSON Lines\n";
+
+bool ReadOptions(const std::vector<std::string>& arguments, HostOptions* options,
+                 std::string* error) {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& flag = arguments[i];
+    if (flag == "--demo") {
+      options->demo = true;
+      continue;
+    }
+    if (flag != "--port" && flag != "--data" && flag != "--token" && flag != "--trace") {
+      *error = "unknown flag " + flag;
+      return false;
+    }
+    if (i + 1 == arguments.size() || arguments[i + 1].empty()) {
+      *error = flag + " needs a value";
+      return false;
+    }
+    const std::string& value = arguments[++i];
+    if (flag == "--port") {
+      unsigned port = 0;
+      if (!base::StringToUint(value, &port) || port > 65535) {
+        *error = "not a port: " + value;
+        return false;
+      }
+      options->port = static_cast<std::uint16_t>(port);
+    } else if (flag == "--token") {
+      if (!IsTokenText(value)) {
+        *error = "a token is 1 to 256 letters, digits, \"-\", \".\", \"_\" and \"~\"";
+        return false;
+      }
+      options->token = value;
+    } else {
+      (flag == "--data" ? options->data : options->trace_file) = value;
+    }
+  }
+  if (options->data.empty()) {
+    options->data = DefaultDataFolder();
+    options->demo = true;
+  }
+  if (options->data.empty()) *error = "no home folder is known: name a folder with --data";
+  return !options->data.empty();
+}
+
+}  // namespace imsdk::host

@@ -1,0 +1,125 @@
+// bridgehost as a program: its flags, its one line, its ends.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <vector>
+
+#include "program_files.h"
+#include "temp_folder.h"
+#include "test_client.h"
+
+namespace imsdk::host {
+namespace {
+
+// A running bridgehost; killed when the test is done with it.
+class Program {
+ public:
+  explicit Program(std::vector<std::string> arguments) {
+    int out[2];
+    if (::pipe2(out, O_CLOEXEC) != 0) return;
+    std::string program = (BridgeLibraryFile().parent_path() / "bridgehost").string();
+    std::vector<char*> argv{program.data()};
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    pid_ = ::fork();
+    if (pid_ == 0) {
+      ::dup2(out[1], STDOUT_FILENO);
+      ::execv(argv[0], argv.data());
+      ::_exit(127);
+    }
+    ::close(out[1]);
+    out_ = out[0];
+  }
+  ~Program() {
+    if (pid_ > 0) End(SIGKILL);
+    if (out_ >= 0) ::close(out_);
+  }
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  // The next line of its standard output.
+  std::string Line() const {
+    std::string line;
+    for (char c = 0; ::read(out_, &c, 1) == 1 && c != '\n';) line += c;
+    return line;
+  }
+
+  // Sends `signal`, if any, and gives the exit status: 128 and more for the signal it died of.
+  int End(int signal) {
+    if (signal != 0) ::kill(pid_, signal);
+    int status = 0;
+    ::waitpid(std::exchange(pid_, -1), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
+
+ private:
+  pid_t pid_ = -1;
+  int out_ = -1;
+};
+
+// "listening on http://127.0.0.1:PORT/?token=TOKEN"
+struct Address {
+  explicit Address(const std::string& line) {
+    const std::string head = "listening on http://127.0.0.1:";
+    const std::string middle = "/?token=";
+    const std::size_t token_at = line.find(middle);
+    if (!line.starts_with(head) || token_at == std::string::npos) return;
+    port = static_cast<std::uint16_t>(std::stoi(line.substr(head.size())));
+    token = line.substr(token_at + middle.size());
+  }
+  std::uint16_t port = 0;
+  std::string token;
+};
+
+TEST(ProgramTest, AKilledHostComesBackForOpenPagesAndACleanEndForgetsThem) {
+  const TempFolder folder;
+  const std::string data = (folder.path() / "data").string();
+  Program first({"--port", "0", "--data", data, "--demo"});
+  const Address before(first.Line());
+  ASSERT_NE(before.port, 0);
+  EXPECT_EQ(first.End(SIGKILL), 128 + SIGKILL);
+
+  Program second({"--port", std::to_string(before.port), "--data", data});
+  const Address after(second.Line());
+  EXPECT_EQ(after.port, before.port);
+  EXPECT_NE(after.token, before.token);
+  for (const std::string& token : {before.token, after.token}) {
+    TestPage page(after.port, "/channel?account=harbor&token=" + token);
+    EXPECT_EQ(page.status(), 101) << page.refusal();
+  }
+
+  TestPage page(after.port, "/channel?account=harbor&token=" + after.token);
+  ASSERT_TRUE(page.Receive());
+  const auto start = std::chrono::steady_clock::now();
+  std::thread reader([&page] { EXPECT_EQ(page.WaitClosed(), 1001); });
+  EXPECT_EQ(second.End(SIGINT), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  reader.join();
+
+  Program third({"--port", "0", "--data", data, "--token", "my-own"});
+  const Address last(third.Line());
+  EXPECT_EQ(last.token, "my-own");
+  for (const std::string& token : {before.token, after.token}) {
+    EXPECT_EQ(Request(last.port, "/health?token=" + token).status, 401);
+  }
+  EXPECT_EQ(Request(last.port, "/health?token=my-own").status, 200);
+  EXPECT_EQ(third.End(SIGTERM), 0);
+}
+
+TEST(ProgramTest, BadStartsEndWithAStatus) {
+  const TempFolder folder;
+  const std::string data = (folder.path() / "data").string();
+  EXPECT_EQ(Program({"--no-such-flag"}).End(0), 2);
+  EXPECT_EQ(Program({"--data", folder.Write("plain", "").string()}).End(0), 1);
+  Program first({"--port", "0", "--data", data});
+  const std::string port = std::to_string(Address(first.Line()).port);
+  EXPECT_EQ(Program({"--port", port, "--data", data + "2"}).End(0), 1);
+  EXPECT_EQ(Program({"--port", "0", "--data", data}).End(0), 1);
+}
+
+}  // namespace
+}  // namespace imsdk::host

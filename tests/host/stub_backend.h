@@ -1,0 +1,48 @@
+// Bridges without a library behind them, for tests of the server.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "backend.h"
+
+namespace imsdk::host {
+
+// Makes bridges that know four methods:
+//   "echo"    answers with the browser id it was called under and its arguments, as a list
+//   "keep"    answers when `AnswerKept` is called, from a thread of its own
+//   "notify"  raises the event args[1] with the payload args[2]
+//   "flood"   raises args[0] events of args[1] characters each
+class StubBackend final : public Backend {
+ public:
+  struct Kept {
+    std::shared_ptr<base::TaskRunner> runner;
+    std::function<void()> answer;
+  };
+
+  RefPtr<bridge::IIMSDKBridge> NewBridge() override;
+  // "harbor" is known, "absent" is not, "slow" is never answered.
+  void LogIn(const std::string& nick, std::function<void(LoginOutcome)> done) override;
+
+  // Answers every kept call from a thread that is not the view's.
+  void AnswerKept();
+  std::size_t KeptCount();
+  std::size_t SlowLogins();
+  void DropSlowLogins();
+  int bridges() const { return bridges_; }
+  int bound() const { return bound_; }
+
+ private:
+  class Bridge;
+
+  std::atomic<int> bridges_{0};
+  std::atomic<int> bound_{0};
+  std::mutex lock_;
+  std::vector<Kept> kept_;
+  std::vector<std::function<void(LoginOutcome)>> slow_;
+};
+
+}  // namespace imsdk::host
