@@ -1,0 +1,24 @@
+import { connect, type Calls } from "@imsdkbridge/client";
+import { effect } from "@preact/signals";
+import { render } from "preact";
+import { ChatStore } from "./store/chat_store.ts";
+import { documentFocus } from "./store/chat_window.ts";
+import { App } from "./views/app.tsx";
+import { StoreProvider } from "./views/context.ts";
+
+const client = connect({ onConnect: (direct: Calls): Promise<void> => store.restore(direct) });
+const store = new ChatStore(client, sessionStorage, documentFocus(document));
+
+effect(() => {
+  const unread = store.conversations.totalUnread.value;
+  const name = store.session.me.value?.nick;
+  const title = name ? `${name} – Chat` : "Chat";
+  document.title = unread > 0 ? `(${unread}) ${title}` : title;
+});
+
+render(
+  <StoreProvider value={store}>
+    <App />
+  </StoreProvider>,
+  document.getElementById("app")!,
+);

@@ -1,0 +1,126 @@
+import type { BridgeClient, Message, UserId } from "@imsdkbridge/client";
+import { computed, signal } from "@preact/signals";
+import { textOf } from "./session.ts";
+import { comparePositions, keyOf } from "./users.ts";
+
+/** One line of the conversation list. */
+export interface Conversation {
+  cid: UserId;
+  unread: number;
+  /** The newest message; none in a conversation that was only just started. */
+  last: Message | undefined;
+}
+
+/** How many conversations are asked for their newest message at the same time. */
+const lanes = 8;
+
+/** The account's conversations with their unread counts and newest messages. */
+export class Conversations {
+  readonly status = signal<"loading" | "ready" | "failed">("loading");
+  readonly problem = signal("");
+  readonly #all = signal<ReadonlyMap<string, Conversation>>(new Map());
+
+  /** Started ones without a message first, then by newest message. */
+  readonly sorted = computed(() =>
+    [...this.#all.value.values()].sort((a, b) => {
+      if (!a.last || !b.last) return Number(Boolean(a.last)) - Number(Boolean(b.last));
+      return comparePositions(b.last, a.last);
+    }),
+  );
+  readonly totalUnread = computed(() => this.sorted.value.reduce((sum, c) => sum + c.unread, 0));
+
+  readonly #client: BridgeClient;
+  /** Grows when the account changes, so that answers meant for the one before are dropped. */
+  #generation = 0;
+  /** Unread counts being asked for; true when asked for again meanwhile. */
+  readonly #asking = new Map<string, boolean>();
+
+  constructor(client: BridgeClient) {
+    this.#client = client;
+  }
+
+  /** Forgets everything; for a change of account. */
+  clear(): void {
+    this.#generation++;
+    this.#all.value = new Map();
+    this.status.value = "loading";
+  }
+
+  /** Loads the list; what is known already stays and is brought up to date. */
+  async load(): Promise<void> {
+    const generation = this.#generation;
+    try {
+      const { unreads } = await this.#client.singlemsg.GetUnreadCountInBulk({});
+      if (generation !== this.#generation) return;
+      for (const { cid, count } of unreads) this.#change(cid, { unread: count });
+      const queue = unreads.map(({ cid }) => cid);
+      const work = async () => {
+        for (let cid = queue.shift(); cid; cid = queue.shift()) {
+          const last = await this.#newest(cid);
+          if (generation !== this.#generation) return;
+          if (last) this.note(last);
+        }
+      };
+      await Promise.all(Array.from({ length: lanes }, work));
+      if (generation === this.#generation) this.status.value = "ready";
+    } catch (error) {
+      if (generation !== this.#generation) return;
+      this.problem.value = textOf(error);
+      if (this.status.value === "loading") this.status.value = "failed";
+    }
+  }
+
+  /** Tries again after `failed`. */
+  retry(): Promise<void> {
+    this.status.value = "loading";
+    return this.load();
+  }
+
+  /** Puts a conversation into the list, unless it is there. */
+  ensure(cid: UserId): void {
+    if (!this.#all.value.has(keyOf(cid))) this.#change(cid, {});
+  }
+
+  /** Takes a message into account as the possibly newest of its conversation. */
+  note(message: Message): void {
+    const last = this.#all.value.get(keyOf(message.cid))?.last;
+    if (!last || comparePositions(message, last) >= 0) this.#change(message.cid, { last: message });
+  }
+
+  /** Carries a new state of a message over to the list. */
+  update(message: Message): void {
+    const last = this.#all.value.get(keyOf(message.cid))?.last;
+    if (last?.msgid === message.msgid) this.#change(message.cid, { last: message });
+  }
+
+  /** Asks the host for the unread count; requests that overlap are joined. */
+  async refreshUnread(cid: UserId): Promise<void> {
+    const key = keyOf(cid);
+    const underWay = this.#asking.has(key);
+    this.#asking.set(key, underWay);
+    if (underWay) return;
+    try {
+      do {
+        this.#asking.set(key, false);
+        const { count } = await this.#client.singlemsg.GetUnreadCount({ cid });
+        this.#change(cid, { unread: count });
+      } while (this.#asking.get(key));
+    } catch {
+      // The count stays as it was; the next event or connection asks again.
+    } finally {
+      this.#asking.delete(key);
+    }
+  }
+
+  async #newest(cid: UserId): Promise<Message | undefined> {
+    const request = { cid, msgtime: "", msgid: "", count: 1, gohistory: 1 };
+    const { msgs } = await this.#client.singlemsg.GetLocalHisMsg(request);
+    return msgs.at(-1);
+  }
+
+  #change(cid: UserId, change: Partial<Conversation>): void {
+    const key = keyOf(cid);
+    const old = this.#all.value.get(key) ?? { cid, unread: 0, last: undefined };
+    this.#all.value = new Map(this.#all.value).set(key, { ...old, ...change });
+  }
+}

@@ -1,0 +1,168 @@
+import { BridgeError, type BridgeClient, type Message, type UserId } from "@imsdkbridge/client";
+import { signal } from "@preact/signals";
+import { textOf } from "./session.ts";
+import { comparePositions, keyOf, sameUser, type Position } from "./users.ts";
+
+/** A text on its way to becoming a message. */
+export interface Outgoing {
+  id: number;
+  cid: UserId;
+  text: string;
+  /** The newest message of the conversation when it was sent; it can only land after that. */
+  after: Position | undefined;
+  /**
+   * `open` until the host answers, `accepted` until the message is stored; `uncertain` when the
+   * connection broke before that, so that only history can tell.
+   */
+  state: "open" | "accepted" | "uncertain";
+}
+
+/** Milliseconds that a text waits for the connection and the host's answer. */
+const sendTimeout = 30_000;
+
+/**
+ * What the person has written: drafts by conversation, and texts on their way. A text leaves only
+ * when its message is stored; what could not be sent goes back into the draft with the reason.
+ * Everything is kept in the tab's storage, so a reload loses none of it.
+ */
+export class Outbox {
+  readonly drafts = signal<Readonly<Record<string, string>>>({});
+  readonly outgoing = signal<readonly Outgoing[]>([]);
+  /** By conversation: why its text came back. */
+  readonly notices = signal<Readonly<Record<string, string>>>({});
+
+  readonly #client: BridgeClient;
+  readonly #storage: Storage;
+  #owner = "";
+  #nextId = 1;
+  /** Messages that already stand for a text, so two equal texts need two messages. */
+  readonly #claimed = new Set<string>();
+  /** By conversation: what came back to the front of its draft. */
+  readonly #returned = new Map<string, string>();
+
+  constructor(client: BridgeClient, storage: Storage) {
+    this.#client = client;
+    this.#storage = storage;
+  }
+
+  /** Takes up what this account left in the tab; nothing changes for the account already here. */
+  enter(me: UserId): void {
+    const owner = `written ${keyOf(me)}`;
+    if (owner === this.#owner) return;
+    this.#owner = owner;
+    this.#claimed.clear();
+    const { drafts = {}, outgoing = [] } = JSON.parse(this.#storage.getItem(owner) ?? "{}") as {
+      drafts?: Record<string, string>;
+      outgoing?: Outgoing[];
+    };
+    this.drafts.value = drafts;
+    this.notices.value = {};
+    this.outgoing.value = outgoing.map((entry) => ({ ...entry, state: "uncertain" }));
+    this.#nextId = 1 + Math.max(0, ...outgoing.map((entry) => entry.id));
+  }
+
+  setDraft(cid: UserId, text: string): void {
+    this.drafts.value = { ...this.drafts.value, [keyOf(cid)]: text };
+    this.#notice(cid, "");
+    this.#save();
+  }
+
+  /** Sends the draft of a conversation; `after` is the newest message shown there. */
+  async send(cid: UserId, after: Position | undefined): Promise<void> {
+    const text = wellFormed(this.drafts.value[keyOf(cid)] ?? "");
+    if (!text.trim()) return;
+    const entry: Outgoing = { id: this.#nextId++, cid, text, after, state: "open" };
+    this.outgoing.value = [...this.outgoing.value, entry];
+    this.setDraft(cid, "");
+    try {
+      const item = { type: 0, value: text, jvale: "", filecontent: "", filepath: "" };
+      const request = { cid, autosend: 0, msgbody: [item] };
+      await this.#client.singlemsg.SendNormalChatMsg(request, { timeout: sendTimeout });
+      this.#mark("accepted", ({ id }) => id === entry.id);
+    } catch (error) {
+      const kind = error instanceof BridgeError ? error.kind : "failed";
+      if (kind === "disconnected" || kind === "closed") {
+        this.#mark("uncertain", ({ id }) => id === entry.id);
+      } else if (kind === "timeout")
+        this.#putBack(entry.id, "No answer came; this may not be sent.");
+      else this.#putBack(entry.id, `Not sent: ${textOf(error)}.`);
+    }
+  }
+
+  /** The connection is gone: what was accepted may not have been stored. */
+  connectionLost(): void {
+    this.#mark("uncertain", ({ state }) => state === "accepted");
+  }
+
+  /** A message of `me` is stored: the text it came from has landed. */
+  landed(message: Message, me: UserId | undefined): void {
+    if (!sameUser(message.fromid, me) || this.#claimed.has(message.msgid)) return;
+    const entry = this.outgoing.value.find(
+      ({ cid, text, after }) =>
+        text === message.msgbody &&
+        sameUser(cid, message.cid) &&
+        (!after || comparePositions(message, after) > 0),
+    );
+    if (!entry) return;
+    this.#claimed.add(message.msgid);
+    this.#remove(entry.id);
+  }
+
+  /** The newest messages of a conversation are known: uncertain texts not among them come back. */
+  reconcile(cid: UserId): void {
+    for (const entry of this.outgoing.value) {
+      if (entry.state !== "uncertain" || !sameUser(entry.cid, cid)) continue;
+      this.#putBack(entry.id, "The connection was lost before this was sent.");
+    }
+  }
+
+  #putBack(id: number, notice: string): void {
+    const entry = this.#remove(id);
+    if (!entry) return;
+    const key = keyOf(entry.cid);
+    const draft = this.drafts.value[key] ?? "";
+    // Texts that come back one after the other keep their order, before what was written since.
+    const returned = this.#returned.get(key);
+    const front = returned && `${draft}\n`.startsWith(`${returned}\n`) ? returned : "";
+    const rest = front ? draft.slice(front.length + 1) : draft;
+    this.#returned.set(key, joinLines(front, entry.text));
+    this.setDraft(entry.cid, joinLines(front, entry.text, rest));
+    this.#notice(entry.cid, notice);
+  }
+
+  #mark(state: Outgoing["state"], which: (entry: Outgoing) => boolean): void {
+    const mark = (entry: Outgoing) => (which(entry) ? { ...entry, state } : entry);
+    this.outgoing.value = this.outgoing.value.map(mark);
+    this.#save();
+  }
+
+  #remove(id: number): Outgoing | undefined {
+    const entry = this.outgoing.value.find((other) => other.id === id);
+    this.outgoing.value = this.outgoing.value.filter((other) => other.id !== id);
+    this.#save();
+    return entry;
+  }
+
+  #notice(cid: UserId, notice: string): void {
+    if ((this.notices.value[keyOf(cid)] ?? "") === notice) return;
+    this.notices.value = { ...this.notices.value, [keyOf(cid)]: notice };
+  }
+
+  #save(): void {
+    const state = { drafts: this.drafts.value, outgoing: this.outgoing.value };
+    try {
+      this.#storage.setItem(this.#owner, JSON.stringify(state));
+    } catch {
+      // The tab's storage is full; the texts are still in this page.
+    }
+  }
+}
+
+function joinLines(...texts: string[]): string {
+  return texts.filter(Boolean).join("\n");
+}
+
+/** Replaces halves of characters, as they would not come back as they are. */
+function wellFormed(text: string): string {
+  return new TextDecoder("utf-8", { ignoreBOM: true }).decode(new TextEncoder().encode(text));
+}

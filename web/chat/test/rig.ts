@@ -1,0 +1,100 @@
+import type { Message } from "@imsdkbridge/client";
+import { FakeSocket, rig, until, type SentCall } from "../../client/test/fake_socket.ts";
+import { ChatStore } from "../src/store/chat_store.ts";
+
+export { until };
+
+/** A user of the chat's application key. */
+export const user = (nick: string) => ({ appkey: "cnbazaro", nick });
+
+/** A message from `from` in the conversation with "peer". */
+export function message(fields: {
+  id: number;
+  from?: string;
+  time?: number;
+  body?: string;
+}): Message {
+  const { id, from = "peer", time = 1000 + id, body = `text ${id}` } = fields;
+  return {
+    msgid: String(id),
+    msgtime: String(time),
+    cid: user("peer"),
+    fromid: user(from),
+    toid: user(from === "peer" ? "me" : "peer"),
+    msgtype: 0,
+    msgstatus: from === "peer" ? 3 : 0,
+    msgbody: body,
+    svrtime: "",
+    readflag: 0,
+    extinfo: { others: "", fixmsgread: 0, autochatmsg: 0, syschatmsg: 0 },
+  };
+}
+
+/** Answers by method name; a list of messages is paged backwards as the host does. */
+export type Host = Record<string, (request: never, call: SentCall) => object | undefined>;
+
+/** A chat on fake connections, with a host played by `host`, signed in as "me". */
+export async function chat(host: Host) {
+  const stored = new Map<string, string>([
+    ["session", JSON.stringify({ userid: user("me"), token: "t" })],
+  ]);
+  const storage = {
+    getItem: (key: string) => stored.get(key) ?? null,
+    setItem: (key: string, value: string) => void stored.set(key, value),
+    removeItem: (key: string) => void stored.delete(key),
+  } as Storage;
+  const focus = { shown: true, changed: () => {} };
+  const respond = (call: SentCall) =>
+    (host[call.name] ?? defaults[call.name])?.(call.request as never, call);
+  const { client, sockets, socket } = rig({ onConnect: (direct) => store.restore(direct) });
+  const store = new ChatStore(client, storage, {
+    visible: () => focus.shown,
+    activated: () => focus.shown,
+    onChange: (changed) => void (focus.changed = changed),
+  });
+  const up = async (connection: FakeSocket) => {
+    connection.respond = respond;
+    connection.hello();
+    await until(() => client.state === "open");
+  };
+  await up(socket());
+  return {
+    client,
+    store,
+    socket,
+    stored,
+    /** Shows or hides the page. */
+    show(shown: boolean) {
+      focus.shown = shown;
+      focus.changed();
+    },
+    /** Drops the connection; the host is there again once `meanwhile` is done. */
+    async interrupt(meanwhile: () => void = () => {}) {
+      const count = sockets.length;
+      socket().close();
+      await until(() => sockets.length > count);
+      meanwhile();
+      await up(socket());
+    },
+  };
+}
+
+const defaults: Host = {
+  register: () => ({}),
+  chatWindowState: () => ({}),
+  DoLoginByToken: () => ({ userid: user("me"), token: "t2", expires: "0" }),
+  GetUnreadCountInBulk: () => ({ unreads: [{ cid: user("peer"), count: 0 }] }),
+  GetUnreadCount: () => ({ count: 0 }),
+  GetNewMsg: () => ({ outofcache: 1, msgs: [] }),
+  GetLocalHisMsg: () => ({ outofcache: 1, msgs: [] }),
+  SendNormalChatMsg: () => ({}),
+};
+
+/** Answers GetLocalHisMsg from `messages`, oldest first. */
+export function history(messages: Message[]) {
+  return ({ msgid, count }: { msgid: string; count: number }) => {
+    const end = msgid ? messages.findIndex((entry) => entry.msgid === msgid) : messages.length;
+    const start = Math.max(0, end - count);
+    return { outofcache: start === 0 ? 1 : 0, msgs: messages.slice(start, end) };
+  };
+}

@@ -1,0 +1,222 @@
+import { ResultCode } from "./errors.ts";
+import { encodeInvoke } from "./frames.ts";
+import { Link, type ConnectionState, type LinkOptions } from "./link.ts";
+import { moduleFaces, type ModuleFaces, type RoutingPath } from "./modules.ts";
+import { PendingCalls, type CallOptions } from "./pending_calls.ts";
+import type { Envelope, Methods, Notifications, PageEvents } from "./protocol.ts";
+import { Subscriptions } from "./subscriptions.ts";
+
+/** Typed calls; a path or method the types do not know is called with plain names. */
+export interface Calls extends ModuleFaces {
+  /**
+   * Calls a method of a module. Resolves with the answer, rejects with a `BridgeError`. A routing
+   * path that the host does not have is never answered, so such a call ends in its timeout.
+   */
+  invoke<P extends RoutingPath, M extends keyof Methods[P] & string>(
+    path: P,
+    method: M,
+    request: Methods[P][M] extends { request: infer R } ? R : never,
+    options?: CallOptions,
+  ): Promise<Methods[P][M] extends { answer: infer A } ? A : never>;
+  invoke(path: string, method: string, request: object, options?: CallOptions): Promise<Envelope>;
+}
+
+/** What `connect` has worked out for a client. */
+export interface ClientOptions extends LinkOptions {
+  /** Timeout of calls that name none, in milliseconds. */
+  timeout: number;
+  /**
+   * Runs after each connect, before the calls that wait for a connection go out; for logging in
+   * again. Only calls made through `direct` go out while it runs. A rejection is a problem like any
+   * other and does not hold the waiting calls back.
+   */
+  onConnect?: (direct: Calls) => Promise<void> | void;
+  /** Told about trouble that belongs to no call: a refused frame, a handler that threw. */
+  onProblem: (error: unknown) => void;
+}
+
+/** Told about each change of the connection; `reason` is set when the host refuses the page. */
+export type StateHandler = (state: ConnectionState, reason: string) => void;
+
+export interface BridgeClient extends ModuleFaces {}
+
+/** One page's connection to the host; make it with `connect`. */
+export class BridgeClient implements Calls {
+  readonly #options: ClientOptions;
+  readonly #link: Link;
+  readonly #calls = new PendingCalls();
+  readonly #subscriptions: Subscriptions;
+  readonly #direct: Calls;
+  readonly #stateHandlers = new Set<StateHandler>();
+  #state: ConnectionState = "connecting";
+  #reason = "";
+  #browserId = "";
+  /** Whether frames can be sent now. */
+  #up = false;
+  /** Grows with each connection and each loss, so that work for an earlier one notices. */
+  #connection = 0;
+
+  constructor(options: ClientOptions) {
+    this.#options = options;
+    this.#subscriptions = new Subscriptions(
+      (verb, events) => this.#register(verb, events),
+      options.onProblem,
+    );
+    this.#direct = this.#callsVia(true);
+    Object.assign(this, this.#callsVia(false));
+    this.#link = new Link(options, {
+      linkUp: (browserId) => void this.#linkUp(browserId),
+      linkDown: () => this.#linkDown(),
+      linkFrame: (frame) => {
+        if (frame.kind === "answer") this.#calls.settle(frame.seq, frame.failed, frame.payload);
+        else if (frame.kind === "notify") this.#subscriptions.dispatch(frame.event, frame.payload);
+        else options.onProblem(new Error(`the host refused a frame: ${frame.reason}`));
+      },
+      linkGarbage: () => options.onProblem(new Error("the host sent an unknown frame")),
+      linkState: (state, reason) => this.#linkState(state, reason),
+    });
+    this.#link.start();
+  }
+
+  /** See `Calls.invoke`. */
+  declare readonly invoke: Calls["invoke"];
+
+  /** State of the connection. */
+  get state(): ConnectionState {
+    return this.#state;
+  }
+
+  /** Why the host refuses this page; empty unless the state is `refused`. */
+  get reason(): string {
+    return this.#reason;
+  }
+
+  /** The view's name at the host; empty until the first connection. */
+  get browserId(): string {
+    return this.#browserId;
+  }
+
+  /** Calls `handler` for each such notification; the returned function ends that. */
+  on<E extends keyof Notifications>(
+    event: E,
+    handler: (payload: Notifications[E]) => void,
+  ): () => void;
+  on(event: string, handler: (payload: Record<string, unknown>) => void): () => void;
+  on(event: string, handler: (payload: never) => void): () => void {
+    return this.#subscriptions.add(event, handler);
+  }
+
+  /** Calls `handler` at each change of the connection; the returned function ends that. */
+  onState(handler: StateHandler): () => void {
+    this.#stateHandlers.add(handler);
+    return () => void this.#stateHandlers.delete(handler);
+  }
+
+  /** Raises an event of the page at the host; resolves when the host took it. */
+  raise<E extends keyof PageEvents>(
+    event: E,
+    payload: PageEvents[E],
+    options?: CallOptions,
+  ): Promise<Envelope> {
+    return this.#call("im.event_notify", event, payload, options, false);
+  }
+
+  /** Connects now instead of at the end of the current wait; also after `refused` and `close`. */
+  reconnect(): void {
+    this.#link.start();
+  }
+
+  /** Ends the connection and rejects every open call with kind `closed`. */
+  close(): void {
+    this.#link.stop();
+    this.#leave("closed", "");
+    this.#calls.rejectAll("closed", ResultCode.connectionLost, "the page closed its connection");
+  }
+
+  #callsVia(direct: boolean): Calls {
+    const invoke = (path: string, method: string, request: object, options?: CallOptions) =>
+      this.#call(`${path}.invoke`, method, request, options, direct);
+    return { ...moduleFaces(invoke), invoke } as Calls;
+  }
+
+  async #call(
+    route: string,
+    name: string,
+    request: object,
+    options: CallOptions | undefined,
+    direct: boolean,
+  ): Promise<Envelope> {
+    const json = JSON.stringify(request);
+    const encode = (seq: string) => encodeInvoke(`workbench.${route}`, seq, name, json);
+    const timeout = options?.timeout ?? this.#options.timeout;
+    const label = `${route.replace(/\.invoke$/, "")} ${name}`;
+    const { seq, answer } = this.#calls.open(label, encode, { ...options, timeout });
+    if (this.#state === "closed") {
+      this.#calls.rejectAll("closed", ResultCode.connectionLost, "the connection is closed");
+    } else if (this.#state === "refused") {
+      this.#calls.rejectAll("refused", ResultCode.accessDenied, this.#reason);
+    } else if (this.#state === "open" || (direct && this.#up)) {
+      this.#calls.send(seq, (frame) => this.#link.send(frame));
+    }
+    return answer;
+  }
+
+  async #register(verb: "register" | "unregister", events: string[]): Promise<void> {
+    try {
+      await this.#call("im.event_register", verb, { events }, undefined, true);
+    } catch (error) {
+      // The next connection registers everything anew.
+      if (!this.#up) return;
+      throw error;
+    }
+  }
+
+  async #linkUp(browserId: string): Promise<void> {
+    const connection = ++this.#connection;
+    this.#up = true;
+    this.#browserId = browserId;
+    this.#subscriptions.connected();
+    try {
+      await this.#options.onConnect?.(this.#direct);
+    } catch (error) {
+      this.#options.onProblem(error);
+    }
+    if (connection !== this.#connection) return;
+    this.#setState("open", "");
+    this.#calls.sendAll((frame) => this.#link.send(frame));
+  }
+
+  #linkDown(): void {
+    this.#leave("reconnecting", "");
+    this.#calls.rejectSent(
+      "disconnected",
+      ResultCode.connectionLost,
+      "the connection was lost before the answer",
+    );
+  }
+
+  #linkState(state: ConnectionState, reason: string): void {
+    this.#setState(state, reason);
+    if (state === "refused") this.#calls.rejectAll("refused", ResultCode.accessDenied, reason);
+  }
+
+  #leave(state: ConnectionState, reason: string): void {
+    this.#connection++;
+    this.#up = false;
+    this.#subscriptions.disconnected();
+    this.#setState(state, reason);
+  }
+
+  #setState(state: ConnectionState, reason: string): void {
+    if (state === this.#state && reason === this.#reason) return;
+    this.#state = state;
+    this.#reason = reason;
+    for (const handler of [...this.#stateHandlers]) {
+      try {
+        handler(state, reason);
+      } catch (error) {
+        this.#options.onProblem(error);
+      }
+    }
+  }
+}

@@ -1,0 +1,69 @@
+import type { BackoffOptions } from "./backoff.ts";
+import { BridgeClient, type ClientOptions } from "./client.ts";
+
+/** Options of `connect`; each has a default that fits a page which the host itself serves. */
+export interface ConnectOptions {
+  /** Address of the channel (`ws:` or `wss:`). Default: `/channel` on the page's own host. */
+  url?: string;
+  /** The host's token. Default: `token` of the page's own address. */
+  token?: string;
+  /** Account that the host logs in by itself; without one the page logs in. */
+  account?: string;
+  /** Milliseconds until a call without a timeout of its own is given up. Default: 15,000. */
+  timeout?: number;
+  /** Milliseconds an attempt to connect may take. Default: 10,000. */
+  connectTimeout?: number;
+  /** Waits between attempts to connect. Default: up to 250 ms, doubling up to 8 s. */
+  backoff?: Partial<BackoffOptions>;
+  /** See `ClientOptions`. */
+  onConnect?: ClientOptions["onConnect"];
+  /** See `ClientOptions`. Default: a warning on the console. */
+  onProblem?: ClientOptions["onProblem"];
+  /** WebSocket class. Default: the browser's. */
+  WebSocket?: typeof WebSocket;
+  /** Fetch function. Default: the browser's. */
+  fetch?: typeof fetch;
+}
+
+/**
+ * Connects a page to its host and keeps it connected. Calls may be made at once: they wait until
+ * the connection is there, within their timeout. When the page is unloaded, every open call rejects.
+ */
+export function connect(options: ConnectOptions = {}): BridgeClient {
+  const page = globalThis.location as Location | undefined;
+  const token = options.token ?? new URLSearchParams(page?.search).get("token") ?? "";
+  const url = new URL(options.url ?? "/channel", page?.href);
+  url.protocol = url.protocol.replace("http", "ws");
+  const health = new URL("/health", url);
+  health.protocol = url.protocol.replace("ws", "http");
+  url.searchParams.set("token", token);
+  health.searchParams.set("token", token);
+  if (options.account) url.searchParams.set("account", options.account);
+
+  const client = new BridgeClient({
+    channelUrl: url.href,
+    healthUrl: health.href,
+    timeout: options.timeout ?? 15_000,
+    helloTimeout: options.connectTimeout ?? 10_000,
+    backoff: { first: 250, longest: 8_000, ...options.backoff },
+    onConnect: options.onConnect,
+    onProblem: options.onProblem ?? ((error) => console.warn(error)),
+    WebSocket: options.WebSocket ?? WebSocket,
+    fetch: options.fetch ?? fetch.bind(globalThis),
+  });
+  closeWithPage(client);
+  return client;
+}
+
+/** A page that is put aside closes its connection, and takes it up again if it is shown again. */
+function closeWithPage(client: BridgeClient): void {
+  if (typeof addEventListener !== "function") return;
+  let connected = false;
+  addEventListener("pagehide", () => {
+    connected = client.state !== "closed";
+    client.close();
+  });
+  addEventListener("pageshow", (event) => {
+    if (event.persisted && connected) client.reconnect();
+  });
+}
