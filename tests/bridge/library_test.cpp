@@ -14,7 +14,9 @@
 #include "kexcom/factory.h"
 
 namespace imsdk {
-namespace {
+
+// Not in the anonymous namespace: there the compiler would see that nobody implements them.
+namespace shape {
 
 struct FactoryShape {
   virtual const char* Slot1() const = 0;
@@ -80,6 +82,12 @@ struct PageShape {
  protected:
   ~PageShape() = default;
 };
+
+}  // namespace shape
+
+namespace {
+
+using namespace shape;
 
 // A page handler that knows the table only.
 class Page final : public PageShape {

@@ -85,7 +85,7 @@ TEST(Threads, ViewsComeAndGoWhileTheEngineRaisesEvents) {
       while (!stop) {
         chats.events.on_receive_new_msg({kLighthouse}, {msg});
         engine.accounts->events.on_net_reconnect_ok(kHarbor);
-        std::this_thread::sleep_for(std::chrono::microseconds(200));  // a loop must get idle
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));  // a loop must get idle
       }
     });
   }
