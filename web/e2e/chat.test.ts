@@ -74,6 +74,19 @@ test("any text arrives unchanged in the other window and is shown as text", asyn
   await lighthouse.close();
 });
 
+test("a text that is too large is refused with the reason and stays in the composer", async () => {
+  const harbor = await ChatPage.signedIn(browser, host.url, "harbor");
+  await harbor.openConversation("lighthouse");
+  const text = "0123456789".repeat(120_000);
+  await harbor.send("lighthouse", text);
+  await harbor.page.getByRole("alert").getByText("too large").waitFor();
+  assert.equal(await harbor.composer("lighthouse").inputValue(), text);
+  await harbor.page.reload();
+  await harbor.openConversation("lighthouse");
+  assert.equal(await harbor.composer("lighthouse").inputValue(), text, "drafts survive a reload");
+  await harbor.close();
+});
+
 test("unread counts rise in a hidden window and fall when it is shown", async () => {
   const harbor = await ChatPage.signedIn(browser, host.url, "harbor");
   const lighthouse = await ChatPage.signedIn(browser, host.url, "lighthouse");

@@ -12,7 +12,7 @@ const entryPoints = folders.flatMap((folder) =>
     .filter((name) => name.endsWith(".test.ts"))
     .map((name) => join(root, folder, name)),
 );
-const outdir = join(root, ".tests", folders.join("-").replaceAll("/", "_"));
+const outdir = join(root, "node_modules/.tests", folders.join("-").replaceAll("/", "_"));
 
 rmSync(outdir, { recursive: true, force: true });
 await build({

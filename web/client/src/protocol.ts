@@ -55,6 +55,22 @@ export interface Message {
   extinfo: MessageExtra;
 }
 
+/** Values of an envelope's "code" below 0 that come from the messaging engine. */
+export const EngineCode = {
+  notLoggedIn: -1,
+  unknownUser: -2,
+  wrongPassword: -3,
+  tokenExpired: -4,
+  noLink: -5,
+  timeout: -6,
+  tooLarge: -7,
+  empty: -8,
+  notFound: -9,
+  storage: -10,
+  refused: -11,
+  busy: -12,
+} as const;
+
 /** Values of a message's "msgtype". */
 export const MessageType = { text: 0, picture: 1, audio: 2, file: 3, emotion: 4 } as const;
 

@@ -8,10 +8,11 @@ import {
 } from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
 import { preview } from "../text/body.ts";
+import { textOf } from "../text/reasons.ts";
 import { ChatWindow, type PageFocus } from "./chat_window.ts";
 import { Conversations } from "./conversations.ts";
 import { Outbox } from "./outbox.ts";
-import { Session, textOf } from "./session.ts";
+import { Session } from "./session.ts";
 import { Threads } from "./threads.ts";
 import { appkey, keyOf, sameUser } from "./users.ts";
 

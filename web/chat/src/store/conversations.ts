@@ -1,6 +1,6 @@
 import type { BridgeClient, Message, UserId } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
-import { textOf } from "./session.ts";
+import { textOf } from "../text/reasons.ts";
 import { comparePositions, keyOf } from "./users.ts";
 
 /** One line of the conversation list. */

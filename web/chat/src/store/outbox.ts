@@ -1,6 +1,6 @@
 import { BridgeError, type BridgeClient, type Message, type UserId } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
-import { textOf } from "./session.ts";
+import { textOf } from "../text/reasons.ts";
 import { comparePositions, keyOf, sameUser, type Position } from "./users.ts";
 
 /** A text on its way to becoming a message. */

@@ -1,5 +1,6 @@
 import { BridgeError, type BridgeClient, type Calls, type UserId } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
+import { textOf } from "../text/reasons.ts";
 import { appkey, sameUser } from "./users.ts";
 
 const storageKey = "session";
@@ -84,10 +85,4 @@ export class Session {
     const text = this.#storage.getItem(storageKey);
     return text ? (JSON.parse(text) as { userid: UserId; token: string }) : undefined;
   }
-}
-
-/** The words of an error for the person at the page. */
-export function textOf(error: unknown): string {
-  if (error instanceof BridgeError) return error.text;
-  return error instanceof Error ? error.message : String(error);
 }

@@ -7,7 +7,7 @@ import {
   type UserId,
 } from "@imsdkbridge/client";
 import { signal, type Signal } from "@preact/signals";
-import { textOf } from "./session.ts";
+import { textOf } from "../text/reasons.ts";
 import { comparePositions, keyOf, type Position } from "./users.ts";
 
 /** The loaded part of one conversation: its newest messages without a gap. */
