@@ -6,6 +6,7 @@
 #include "kexbase/location.h"
 #include "kexcom/result.h"
 #include "source/bridge/jsparams/idrecords.h"
+#include "source/bridge/jsparams/secretfree.h"
 
 namespace imsdk::bridge {
 namespace {
@@ -32,7 +33,8 @@ bool CBridgeBase::JsInvoke(const std::wstring& bizmethod, const std::wstring& js
 }
 
 void CBridgeBase::TraceInput(const MethodRow& row, const std::wstring& jsonStr) {
-  ns_log::CTraceProxy(ns_log::kRoutine, row.site, row.text).Brief("_brief_,jsonStr", jsonStr);
+  ns_log::CTraceProxy(ns_log::kRoutine, row.site, row.text)
+      .Brief("_brief_,jsonStr", SecretFree(jsonStr));
 }
 
 std::optional<base::Value> CBridgeBase::ReadRequest(const MethodRow& row,
@@ -40,7 +42,8 @@ std::optional<base::Value> CBridgeBase::ReadRequest(const MethodRow& row,
                                                     const AnswerCallback& answer) {
   auto json = base::JSONReader::Read(base::WideToUTF8(jsonStr));
   if (!json) {
-    ns_log::CTraceProxy(ns_log::kError, row.site, L"invalid!").Brief("_brief_,jsonStr", jsonStr);
+    ns_log::CTraceProxy(ns_log::kError, row.site, L"invalid!")
+        .Brief("_brief_,jsonStr", SecretFree(jsonStr));
     answer(E_INVALIDARG, AnswerText({E_INVALIDARG, 0, L"invalid!"}, NoKeys{}));
   }
   return json;

@@ -11,6 +11,7 @@
 #include "source/bridge/bridgemodules.h"
 #include "source/bridge/imbridgemgr.h"
 #include "source/bridge/jsparams/idrecords.h"
+#include "source/bridge/jsparams/secretfree.h"
 #include "source/bridge/scriptarg.h"
 #include "trace/traceproxy.h"
 
@@ -104,7 +105,7 @@ void CIMSDKBridge::Dispatch(const SdkParam& sdkParam) {
     JSResponse(strSeqID, {E_NOTIMPL, {}});
     CTraceProxy(ns_log::kError, kInvokeSite, L"browserId NOT match!!!")
         .Brief("_brief_,sdkParam.browserId,sdkParam.method,strSeqID,strParam2,strParam3",
-               sdkParam.browserId, sdkParam.method, strSeqID, strParam2, strParam3);
+               sdkParam.browserId, sdkParam.method, strSeqID, strParam2, SecretFree(strParam3));
     return;
   }
   if (!strSeqID.empty()) {
@@ -130,7 +131,8 @@ void CIMSDKBridge::CallModule(const std::wstring& scRoutingPath, const Invocatio
   if (strSeqID.empty()) CTraceProxy(ns_log::kWarning, kInvokeSite, L"invalid seqid");
   if (base::Utf16Length(jsonparam) > kJsonLimit) {
     CTraceProxy(ns_log::kError, kInvokeSite, L"unexpected json!!! too large.")
-        .Brief("_brief_,scRoutingPath,bizmethod,jsonparam", scRoutingPath, bizmethod, jsonparam);
+        .Brief("_brief_,scRoutingPath,bizmethod,jsonparam", scRoutingPath, bizmethod,
+               SecretFree(jsonparam));
   }
   const std::shared_ptr<CBridgeBase> module = found->second;
   if (!module) {
@@ -229,7 +231,7 @@ void CIMSDKBridge::JSResponse(const std::wstring& strSeqID, const AnswerResult& 
   if (timeDiff >= kSlowMs) {
     CTraceProxy(ns_log::kWarning, kResponseSite, L"js invoke take too much time!")
         .Brief("_brief_,strSeqID, timeDiff, method, params", strSeqID, timeDiff, call->method,
-               call->params);
+               SecretFree(call->params));
   } else {
     CTraceProxy(ns_log::kRoutine, kResponseSite, L"js invoke!")
         .Brief("_brief_,strSeqID, timeDiff, method", strSeqID, timeDiff, call->method);

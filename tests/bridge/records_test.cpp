@@ -4,6 +4,7 @@
 
 #include "kexbase/json_reader.h"
 #include "source/bridge/jsparams/messagerecords.h"
+#include "source/bridge/jsparams/secretfree.h"
 
 namespace imsdk::bridge {
 namespace {
@@ -75,6 +76,22 @@ TEST(JsonText, BrokenUnicodeBecomesReplacementCharacters) {
     }
     EXPECT_EQ(json.Take(), L'"' + expected + L'"');
   }
+}
+
+TEST(SecretFree, MasksPasswordsAndTokensAndNothingElse) {
+  const struct {
+    std::wstring json;
+    const wchar_t* shown;
+  } cases[] = {
+      {LR"({"userid":{"nick":"a"},"password" : "p\"q\\","token":"t"})",
+       LR"({"userid":{"nick":"a"},"password" : "***","token":"***"})"},
+      {LR"({"password":"unclosed)", LR"({"password":"***)"},
+      {LR"({"password":"unclosed\)", LR"({"password":"***)"},
+      {LR"({"password":7,"x":"password"})", LR"({"password":7,"x":"password"})"},
+      {LR"("token")", LR"("token")"},
+      {L"", L""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(std::wstring_view(SecretFree(c.json)), c.shown);
 }
 
 TEST(Answer, BeginsWithTheEnvelope) {
