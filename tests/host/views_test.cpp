@@ -2,7 +2,6 @@
 #include <deque>
 #include <thread>
 
-#include "process_memory.h"
 #include "server_fixture.h"
 
 namespace imsdk::host {
@@ -25,25 +24,6 @@ TEST_F(ViewsTest, AReloadInTheMiddleOfOpenCallsDeliversNoneOfTheirAnswers) {
   EXPECT_FALSE(after.Receive(std::chrono::milliseconds(100)));
   // The old page's bridge goes with the last of its calls.
   EXPECT_TRUE(Eventually([&] { return backend_.bridges() == 1; }));
-}
-
-TEST_F(ViewsTest, AThousandViewsLeaveNothingBehind) {
-  const auto open_and_close = [this](int views) {
-    for (int i = 0; i < views; ++i) {
-      TestPage page = Page("&account=harbor");
-      page.Send(Call("keep", R"(["s"])"));
-      page.Send(Call("echo", R"(["s"])"));
-      EXPECT_TRUE(page.Receive());
-      if (i % 2 == 0) page.Close();
-    }
-    ASSERT_TRUE(Eventually([&] { return server_->ViewCount() == 0; }));
-    backend_.AnswerKept();
-    ASSERT_TRUE(Eventually([&] { return backend_.bridges() == 0 && backend_.bound() == 0; }));
-  };
-  open_and_close(200);
-  const long before = ResidentKb();
-  open_and_close(1000);
-  EXPECT_LT(ResidentKb() - before, kFlatKb) << "kilobytes grown";
 }
 
 TEST_F(ViewsTest, StoppingEndsManyViewsCleanlyAndSoon) {
