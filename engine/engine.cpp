@@ -22,7 +22,7 @@ constexpr std::size_t kMostWorkers = 4;
 class EmbeddedEngine final : public Engine {
  public:
   explicit EmbeddedEngine(const EngineSetup& setup)
-      : folder_(account::ToPath(setup.options.data)),
+      : folder_(std::filesystem::absolute(account::ToPath(setup.options.data))),
         pool_(std::make_shared<account::WorkerPool>(std::clamp<std::size_t>(
             std::thread::hardware_concurrency(), kFewestWorkers, kMostWorkers))) {
     std::filesystem::create_directories(folder_.ServerStore().parent_path());

@@ -90,7 +90,6 @@ std::string TypeOfContent(std::string_view content) {
       {"\x89PNG\r\n\x1a\n", 0, "png"},
       {"\xff\xd8\xff", 0, "jpg"},
       {"GIF8", 0, "gif"},
-      {"BM", 0, "bmp"},
       {"WEBP", 8, "webp"},
       {"WAVE", 8, "wav"},
       {"OggS", 0, "ogg"},

@@ -39,9 +39,7 @@ Colour Sea(int x, int y) {
   return Mix(sea, {255, 214, 160}, std::max(0.0, wave) * glitter);
 }
 
-bool IsLand(int x, int y) {
-  return y > 330 - 160 * std::exp(-std::pow((x - 392) / 80.0, 2));
-}
+bool IsLand(int x, int y) { return y > 330 - 160 * std::exp(-std::pow((x - 392) / 80.0, 2)); }
 
 bool IsTower(int x, int y) { return y > 62 && y < 176 && std::abs(x - 386) < 9 + (y - 62) / 16; }
 

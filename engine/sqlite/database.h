@@ -48,7 +48,6 @@ class Statement {
   void Bind(int index, std::int64_t value);
   void Bind(int index, std::string_view text);
   void Bind(int index, std::wstring_view text);
-  void Bind(int index, const char* text) { Bind(index, std::string_view(text)); }
   void Bind(int index, const std::string& text) { Bind(index, std::string_view(text)); }
   void Bind(int index, const std::wstring& text) { Bind(index, std::wstring_view(text)); }
   [[noreturn]] void Fail() const;

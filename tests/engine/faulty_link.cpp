@@ -64,7 +64,6 @@ void FaultyLink::Connect(const biz::IMUserID& user, const std::wstring& token,
                          std::weak_ptr<link::SessionListener> listener,
                          link::ConnectCallback done) {
   std::unique_lock hold(lock_);
-  ++connects_;
   if (shut_) {
     hold.unlock();
     return done({shut_code_, 0, L"shut"}, nullptr, 0);
@@ -105,11 +104,6 @@ void FaultyLink::EndAll(biz::EngineCode why) {
   for (const auto& weak : listeners) {
     if (const auto listener = weak.lock()) listener->OnEnded({why, 0, L"ended"});
   }
-}
-
-std::size_t FaultyLink::connects() {
-  std::lock_guard hold(lock_);
-  return connects_;
 }
 
 std::optional<Fault> FaultyLink::TakeDeliveryFault() {

@@ -37,7 +37,6 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
   void Shut(bool shut, biz::EngineCode code = biz::kEngineNoLink);
   // Ends all sessions as a server does that wants them gone.
   void EndAll(biz::EngineCode why);
-  std::size_t connects();
 
  private:
   friend class FaultySession;
@@ -50,7 +49,6 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
   std::mutex lock_;
   std::vector<Fault> delivery_faults_;
   std::size_t lost_batches_ = 0;
-  std::size_t connects_ = 0;
   bool shut_ = false;
   biz::EngineCode shut_code_ = biz::kEngineNoLink;
   std::vector<std::weak_ptr<link::SessionListener>> listeners_;
