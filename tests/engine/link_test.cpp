@@ -1,4 +1,5 @@
 // A link that loses, forgets and breaks, and a store that refuses.
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -70,13 +71,13 @@ TEST_F(LinkTest, AForgottenDeliveryFailsAndMayBeSentAgain) {
 TEST_F(LinkTest, ABreakInTheMiddleOfADeliveryIsMended) {
   Witness harbor(kHarbor);
   Witness mariner(kMariner);
-  int reconnected = 0;
-  Accounts()->Events().on_net_reconnect_ok.connect([&](const auto&) { ++reconnected; });
+  const auto reconnected = std::make_shared<std::atomic<int>>(0);  // events may come to the end
+  Accounts()->Events().on_net_reconnect_ok.connect([=](const auto&) { ++*reconnected; });
   link_->FailNextDelivery(Fault::kBreak);
   Send(kHarbor, kMariner, L"text");
   ASSERT_TRUE(harbor.AwaitStatuses(1));
   EXPECT_EQ(harbor.statuses[0].code, 0);
-  EXPECT_EQ(reconnected, 1);
+  EXPECT_EQ(*reconnected, 1);
   ExpectOnce(mariner, L"text");
 }
 
