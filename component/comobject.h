@@ -1,13 +1,11 @@
 // Counted objects of this library: how a creatable class becomes one, and its runtime record.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "kexbase/lock.h"
 #include "kexcom/factory.h"
 #include "kexcom/ref_counted.h"
 
@@ -19,21 +17,7 @@ class CCOMThreadSafeRefPolicy : public ThreadSafeRefPolicy {};
 
 // The counted-object half of a creatable object.
 template <class Policy>
-class CKexCOMRootObject : public IKexCOMRefCounted {
- public:
-  void AddRef() override { policy_.Add(); }
-  void Release() override {
-    if (policy_.Release() == 0) Destroy();
-  }
-  void Destroy() override { delete this; }
-  void Reserved() override {}
-
- protected:
-  virtual ~CKexCOMRootObject() = default;
-
- private:
-  Policy policy_;
-};
+class CKexCOMRootObject : public RefPtrCounted<IKexCOMRefCounted, Policy> {};
 
 // A `T` that counts its references. `T` implements an interface with `AddRef` and `Release` of its
 // own and leaves both to this class. Its memory is zero before construction.

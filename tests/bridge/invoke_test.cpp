@@ -84,11 +84,8 @@ TEST(JsInvoke, DispatchesWithoutSequenceIdButCannotAnswer) {
 }
 
 TEST(JsInvoke, OnlyTracesLargeJsonInUtf16Units) {
-  const std::wstring lighthouse = sizeof(wchar_t) == 2
-                                      ? std::wstring{wchar_t(0xD83D), wchar_t(0xDE00)}
-                                      : std::wstring{wchar_t(0x1F600)};
-  std::wstring pairs;
-  for (int i = 0; i < 2048; ++i) pairs += lighthouse;
+  std::wstring pairs;  // two units each
+  for (int i = 0; i < 2048; ++i) pairs += L"\U0001F600";
   const struct {
     std::wstring json;
     bool traced;
@@ -118,8 +115,9 @@ TEST(JsInvoke, TracesAnEmptyModuleEntryAndAnUnknownMethod) {
              "_brief_,scRoutingPath,bizmethod");
   EXPECT_TRUE(host.page.answers.empty());
 
-  const wchar_t* const unknown[] = {L"getcurrentloginid", L"GetCurrentLogin", L"",
-                                    L"GetCurrentLoginIDx", L"\x540D"};
+  const wchar_t* const unknown[] = {
+      L"getcurrentloginid",  L"GetCurrentLogin", L"",
+      L"GetCurrentLoginIDx", L"\x540D",          L"GetCurrentLoginI\U0001F600"};
   for (const std::wstring bizmethod : unknown) {
     host.log->Clear();
     host.page.answers.clear();
