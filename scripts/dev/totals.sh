@@ -1,5 +1,5 @@
 # Counts of what really ran. A program that ends badly is a failure even when its own report
-# shows none; a run that reports no test at all is a failure too.
+# shows none; a program or a run that reports no test at all is a failure too.
 
 total_passed=0
 total_failed=0
@@ -65,7 +65,7 @@ count_program() {
     /"result": "SKIPPED"/ { skipped++ }
     END {
       passed = tests - failed - skipped
-      if (state != "run" && failed == 0) failed = 1
+      if (failed == 0 && (state != "run" || tests == 0)) failed = 1
       print passed, failed, skipped
     }' "$1"
 }

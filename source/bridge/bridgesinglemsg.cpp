@@ -4,9 +4,11 @@
 #include <utility>
 
 #include "imsdk/client/chat_window.h"
+#include "imsdk/client/emotion_list.h"
 #include "kexbase/base64.h"
 #include "kexbase/time.h"
 #include "kexcore/kexcom.h"
+#include "source/bridge/emotiontext.h"
 #include "source/bridge/jsparams/idtext.h"
 #include "source/bridge/sendercheck.h"
 
@@ -41,12 +43,12 @@ constexpr MethodRow kMethods[] = {
     SINGLE(SetMsgRead),
     SINGLE_NOT_BUILT(GetReadedBoundary),
     SINGLE_NOT_BUILT(DeleteLocalMsg),
-    SINGLE_NOT_BUILT(FastReSendChatMsg),
+    SINGLE(FastReSendChatMsg),
     SINGLE(ReSendChatMsg),
     SINGLE_NOT_BUILT(ForwardChatMsg),
-    SINGLE_NOT_BUILT(SendBroadcastMsg),
+    SINGLE(SendBroadcastMsg),
     SINGLE(SendNormalChatMsg),
-    SINGLE_NOT_BUILT(SendAutoReplyMsg),
+    SINGLE(SendAutoReplyMsg),
     SINGLE_NOT_BUILT(GetFlagsMyMsgReaded),
     SINGLE_NOT_BUILT(SetFlagsPeerMsgReaded),
     SINGLE_NOT_BUILT(DoChatMsgWithdraw),
@@ -61,7 +63,7 @@ constexpr MethodRow kMethods[] = {
     SINGLE_NOT_BUILT(SetRoamStatus),
     SINGLE_NOT_BUILT(ShieldAutoReply),
     SINGLE_NOT_BUILT(EditPic2SendMsg),
-    SINGLE_NOT_BUILT(ConvertMsgText2Emotion),
+    SINGLE(ConvertMsgText2Emotion),
     SINGLE_NOT_BUILT(SetNewMsgMaxCache),
     SINGLE_NOT_BUILT(GetDynamicMsg),
     SINGLE_NOT_BUILT(AddAudio2textSettingRemind),
@@ -83,6 +85,13 @@ biz::IMBodyItem ToEngine(const BodyItem& item, const CallBase& call) {
     made.filecontent.clear();
   }
   return made;
+}
+
+std::vector<biz::IMBodyItem> ToEngine(const std::vector<BodyItem>& items, const CallBase& call) {
+  std::vector<biz::IMBodyItem> body;
+  body.reserve(items.size());
+  for (const BodyItem& item : items) body.push_back(ToEngine(item, call));
+  return body;
 }
 
 // The answer to a send: the engine's status, negative when it refused.
@@ -189,10 +198,27 @@ void CBridgeSingleMsg::SetMsgRead(const CidRequest&, Conversation chat, Call<NoK
 
 void CBridgeSingleMsg::SendNormalChatMsg(const SendMsgRequest& request, Conversation chat,
                                          Call<NoKeys> call) {
-  std::vector<biz::IMBodyItem> body;
-  body.reserve(request.msgbody.size());
-  for (const BodyItem& item : request.msgbody) body.push_back(ToEngine(item, call));
-  AnswerStatus(call, chat->SendMsg(std::move(body), {.autosend = request.autosend != 0}));
+  AnswerStatus(call,
+               chat->SendMsg(ToEngine(request.msgbody, call), {.autosend = request.autosend != 0}));
+}
+
+void CBridgeSingleMsg::SendAutoReplyMsg(const SendMsgRequest& request, Conversation chat,
+                                        Call<NoKeys> call) {
+  AnswerStatus(call, chat->SendMsg(ToEngine(request.msgbody, call),
+                                   {.autosend = request.autosend != 0, .autoreply = true}));
+}
+
+void CBridgeSingleMsg::SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr,
+                                        Call<NoKeys> call) {
+  const std::vector<biz::IMBodyItem> body = ToEngine(request.msgbody, call);
+  // One refusal does not keep the message from the others; the answer carries the first one.
+  std::int32_t status = request.cids.empty() ? E_INVALIDARG : 0;
+  for (const biz::IMUserID& cid : request.cids) {
+    const Conversation chat = mgr->GetConversation(cid);
+    const std::int32_t sent = chat ? chat->SendMsg(body, {}) : E_UNEXPECTED;
+    if (status >= 0) status = std::min(sent, 0);
+  }
+  AnswerStatus(call, status);
 }
 
 void CBridgeSingleMsg::ReSendChatMsg(const MsgRequest& request, Conversation chat,
@@ -200,6 +226,19 @@ void CBridgeSingleMsg::ReSendChatMsg(const MsgRequest& request, Conversation cha
   std::int64_t msgid = 0;
   base::StringToInt64(request.msgid, &msgid);
   AnswerStatus(call, chat->ReSendMsg(msgid));
+}
+
+void CBridgeSingleMsg::FastReSendChatMsg(const MsgRequest& request, Conversation chat,
+                                         Call<NoKeys> call) {
+  ReSendChatMsg(request, std::move(chat), std::move(call));
+}
+
+void CBridgeSingleMsg::ConvertMsgText2Emotion(const EmotionText& request, Call<EmotionText> call) {
+  EmotionText converted = request;
+  if (const auto service = kexcore::GetService<client::IEmotionListService>()) {
+    converted.value = TextToEmotion(request.value, service->GetEmotions());
+  }
+  call.Succeed(converted);
 }
 
 void CBridgeSingleMsg::OnReceiveNewMsg(const std::vector<biz::IMUserID>&,

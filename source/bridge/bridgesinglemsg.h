@@ -25,7 +25,12 @@ class CBridgeSingleMsg final : public CBridgeBase {
   void GetUnreadCountInBulk(const CidsRequest& request, ChatMgr mgr, Call<UnreadsAnswer> call);
   void SetMsgRead(const CidRequest& request, Conversation chat, Call<NoKeys> call);
   void SendNormalChatMsg(const SendMsgRequest& request, Conversation chat, Call<NoKeys> call);
+  void SendAutoReplyMsg(const SendMsgRequest& request, Conversation chat, Call<NoKeys> call);
+  void SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr, Call<NoKeys> call);
   void ReSendChatMsg(const MsgRequest& request, Conversation chat, Call<NoKeys> call);
+
+  void FastReSendChatMsg(const MsgRequest& request, Conversation chat, Call<NoKeys> call);
+  void ConvertMsgText2Emotion(const EmotionText& request, Call<EmotionText> call);
 
   // Targets of the handlers: the conversation of the request's "cid", or the account's chats.
   template <class Request>

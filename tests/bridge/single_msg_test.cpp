@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "imsdk/client/chat_window.h"
+#include "imsdk/client/emotion_list.h"
 #include "source/bridge/sendercheck.h"
 #include "tests/support/memory_engine.h"
 #include "tests/support/test_host.h"
@@ -159,6 +160,57 @@ TEST_F(SingleMsg, SendsBodyItemsInOrderAndReportsTheStatus) {
   EXPECT_EQ(refused.payload, LR"({"code":-7,"subcode":0,"result":"failed"})");
   EXPECT_TRUE(refused.failed);
   EXPECT_TRUE(chat.sent.empty());  // an empty body is the engine's to judge
+}
+
+TEST_F(SingleMsg, BroadcastReachesEveryoneAndReportsTheFirstRefusal) {
+  auto& mariner = engine.Chats().Chat({L"cnbazaro", L"mariner"});
+  const std::wstring request =
+      LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"},{"nick":"nobody"},)"
+      LR"({"appkey":"cnbazaro","nick":"mariner"}],"msgbody":[{"type":0,"value":"all"}]})";
+  EXPECT_EQ(host.Call(kPath, L"SendBroadcastMsg", request).payload,
+            LR"({"code":-2147418113,"subcode":0,"result":"failed"})");
+  EXPECT_EQ(chat.sent.size(), 1u);
+  EXPECT_EQ(mariner.sent.size(), 1u);
+  EXPECT_FALSE(
+      host.Call(kPath, L"SendBroadcastMsg", LR"({"cids":[{"appkey":"cnbazaro","nick":"mariner"}]})")
+          .failed);
+  EXPECT_TRUE(mariner.sent.empty());
+  EXPECT_TRUE(host.Call(kPath, L"SendBroadcastMsg", L"{}").failed);
+}
+
+TEST_F(SingleMsg, AutoRepliesAndFastResends) {
+  host.Call(kPath, L"SendAutoReplyMsg", kCid);
+  EXPECT_TRUE(chat.sent_options.autoreply);
+  EXPECT_FALSE(chat.sent_options.autosend);
+  for (const auto& [method, msgid] :
+       {std::pair{L"ReSendChatMsg", 11}, std::pair{L"FastReSendChatMsg", 12}}) {
+    host.Call(kPath, method,
+              LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},"msgid":")" +
+                  std::to_wstring(msgid) + L"\"}");
+    EXPECT_EQ(chat.resent, msgid);
+  }
+}
+
+class Emotions final : public RefPtrCounted<client::IEmotionListService> {
+ public:
+  std::vector<client::IMEmotion> GetEmotions() override {
+    return {{L"/:)", L"a b.png"}, {L"/:))", L"\x4F60&.png"}, {L"/:", L"none.png"}, {L"", L"x"}};
+  }
+};
+
+TEST_F(SingleMsg, ConvertsShortcutsLongestFirst) {
+  const std::wstring request = LR"({"type":4,"jvale":"j","value":"/: x/:)/:))/:(y/:"})";
+  EXPECT_EQ(host.Call(kPath, L"ConvertMsgText2Emotion", request).payload,
+            LR"({"code":0,"subcode":0,"result":"success","type":4,)"
+            LR"("value":"/: x/:)/:))/:(y/:","jvale":"j"})");
+  const RefPtr<Emotions> emotions(new Emotions);
+  GetKexCOM()->RegisterService(Emotions::kServiceId, emotions.get());
+  EXPECT_EQ(host.Call(kPath, L"ConvertMsgText2Emotion", request).payload,
+            LR"({"code":0,"subcode":0,"result":"success","type":4,)"
+            LR"("value":"/: xpic:imemotion|ID?filepath=a%20b.png&shortcut=%2F%3A))"
+            LR"(pic:imemotion|ID?filepath=%E4%BD%A0%26.png&shortcut=%2F%3A))/:(y/:",)"
+            LR"("jvale":"j"})");
+  GetKexCOM()->UnregisterService(Emotions::kServiceId);
 }
 
 TEST_F(SingleMsg, EventsReachThePageAndForeignSendersAreTraced) {

@@ -105,6 +105,29 @@ struct Record<SendMsgRequest> {
                 Field("msgbody", &SendMsgRequest::msgbody));
 };
 
+struct BroadcastMsgRequest {
+  std::vector<biz::IMUserID> cids;
+  std::vector<BodyItem> msgbody;
+};
+template <>
+struct Record<BroadcastMsgRequest> {
+  static constexpr auto kFields = FieldList(Field("cids", &BroadcastMsgRequest::cids),
+                                            Field("msgbody", &BroadcastMsgRequest::msgbody));
+};
+
+// A text to convert, and the converted text: a body item without its file keys.
+struct EmotionText {
+  std::int32_t type = 0;
+  std::wstring value;
+  std::wstring jvale;
+};
+template <>
+struct Record<EmotionText> {
+  static constexpr auto kFields =
+      FieldList(Field("type", &EmotionText::type), Field("value", &EmotionText::value),
+                Field("jvale", &EmotionText::jvale));
+};
+
 struct MsgRequest {
   biz::IMUserID cid;
   std::wstring msgid;

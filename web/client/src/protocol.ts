@@ -152,6 +152,18 @@ export interface SendRequest {
   msgbody?: BodyItem[];
 }
 
+export interface BroadcastRequest {
+  cids?: UserId[];
+  msgbody?: BodyItem[];
+}
+
+/** A typed text; the answer's "value" has emotion tokens for its shortcuts. */
+export interface EmotionText {
+  type?: number;
+  value?: string;
+  jvale?: string;
+}
+
 export interface ResendRequest {
   cid?: UserId;
   msgid?: string;
@@ -166,8 +178,12 @@ export interface Methods {
     GetUnreadCount: { request: CidRequest; answer: CountAnswer };
     GetUnreadCountInBulk: { request: CidsRequest; answer: UnreadsAnswer };
     SetMsgRead: { request: CidRequest; answer: Envelope };
+    FastReSendChatMsg: { request: ResendRequest; answer: Envelope };
     ReSendChatMsg: { request: ResendRequest; answer: Envelope };
+    SendBroadcastMsg: { request: BroadcastRequest; answer: Envelope };
     SendNormalChatMsg: { request: SendRequest; answer: Envelope };
+    SendAutoReplyMsg: { request: SendRequest; answer: Envelope };
+    ConvertMsgText2Emotion: { request: EmotionText; answer: Envelope & EmotionText };
   };
   "im.tribemsg": Empty;
   "im.tribemgr": Empty;
