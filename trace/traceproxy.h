@@ -44,14 +44,15 @@ class CTraceProxy final : private ITraceLine {
   CTraceProxy(const CTraceProxy&) = delete;
   CTraceProxy& operator=(const CTraceProxy&) = delete;
 
-  // The brief list and its values, one for each name behind "_brief_," in order. Wide text must
-  // live until the end of the statement; everything else is converted.
+  // The brief list and its values, one for each name behind "_brief_," in order. Named wide texts
+  // are referred to, so they must live until the end of the statement. Temporaries die before the
+  // line is written and are copied; everything else is converted.
   template <class... V>
-  CTraceProxy& Brief(const char* list, const V&... values) {
+  CTraceProxy& Brief(const char* list, V&&... values) {
     brief_ = list;
     if (logger_) {
       std::size_t position = 0;
-      ((AddBrief(NextName(&position), values)), ...);
+      (AddBrief(NextName(&position), std::forward<V>(values)), ...);
     }
     return *this;
   }
@@ -65,11 +66,13 @@ class CTraceProxy final : private ITraceLine {
   };
 
   template <class V>
-  void AddBrief(std::string_view name, const V& value) {
-    if constexpr (std::is_convertible_v<const V&, std::wstring_view>) {
+  void AddBrief(std::string_view name, V&& value) {
+    if constexpr (!std::is_convertible_v<V, std::wstring_view>) {
+      briefs_.push_back({name, ns_smart_format::SafeLexicalCast(value), {}});
+    } else if constexpr (std::is_lvalue_reference_v<V>) {
       briefs_.push_back({name, {}, value});
     } else {
-      briefs_.push_back({name, ns_smart_format::SafeLexicalCast(value), {}});
+      briefs_.push_back({name, std::wstring(std::wstring_view(value)), {}});
     }
   }
   std::string_view NextName(std::size_t* position) const;

@@ -44,6 +44,17 @@ TEST(Trace, ALineWithoutValuesCarriesTheBareBriefList) {
   EXPECT_EQ(lines[0].record, L"2|2|0{}{}");
 }
 
+TEST(Trace, TemporariesAreKeptUntilTheLineIsWritten) {
+  test::TestHost host;
+  const auto long_text = [] { return std::wstring(100, L'x'); };
+  CTraceProxy(ns_log::kRoutine, kSite, L"late")
+      .Brief("_brief_,text,view", long_text(), std::wstring_view(L"v"));
+  const auto lines = host.log->Lines(L"late");
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].items.at("text"), long_text());
+  EXPECT_EQ(lines[0].items.at("view"), L"v");
+}
+
 class Trouble final : public RefPtrCounted<ns_log::ILogger> {
  public:
   bool IsEnabled(int level) override { return level == ns_log::kError; }
