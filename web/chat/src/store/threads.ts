@@ -32,8 +32,11 @@ export class Threads {
   readonly #client: BridgeClient;
   readonly #loaded: (cid: UserId, messages: readonly Message[]) => void;
   readonly #all = new Map<string, Signal<Thread>>();
-  /** Threads that may have missed messages. */
-  readonly #stale = new Set<string>();
+  /**
+   * Threads that may have missed messages: by key, the newest message that was loaded before the
+   * first one that may be missing; none when nothing was loaded.
+   */
+  readonly #stale = new Map<string, Position | undefined>();
 
   /** `loaded` is told about each newest page that was fetched. */
   constructor(client: BridgeClient, loaded: (cid: UserId, messages: readonly Message[]) => void) {
@@ -48,7 +51,7 @@ export class Threads {
     if (!thread) {
       thread = signal<Thread>({ cid, status: "loading", problem: "", messages: [], older: "more" });
       this.#all.set(key, thread);
-      this.#stale.add(key);
+      this.#stale.set(key, undefined);
     }
     return thread;
   }
@@ -62,26 +65,32 @@ export class Threads {
 
   /** Messages may have been missed: each thread fetches its newest page when it is next opened. */
   markStale(): void {
-    for (const key of this.#all.keys()) this.#stale.add(key);
+    for (const [key, thread] of this.#all) {
+      // What comes live from now on follows the gap and says nothing about it.
+      if (!this.#stale.has(key)) this.#stale.set(key, thread.value.messages.at(-1));
+    }
   }
 
   /** Makes sure that the newest messages are there. */
   async open(cid: UserId): Promise<void> {
     const thread = this.of(cid);
     const key = keyOf(cid);
+    const before = this.#stale.get(key);
     if (!this.#stale.delete(key)) return;
     if (thread.value.status === "failed") this.#change(thread, { status: "loading" });
     try {
       const page = await this.#page(cid, { msgtime: "", msgid: "" });
-      const known = new Set(thread.value.messages.map((message) => message.msgid));
-      const touches = page.msgs.some((message) => known.has(message.msgid));
-      const keep = touches ? thread.value.messages : [];
+      const first = page.msgs[0];
+      const touches = first && before && comparePositions(first, before) <= 0;
+      const keep = thread.value.messages.filter(
+        (message) => touches || !first || comparePositions(message, first) >= 0,
+      );
       const older = touches ? thread.value.older : beginning(page);
       const messages = merge(keep, page.msgs);
       this.#change(thread, { status: "ready", problem: "", messages, older });
       this.#loaded(cid, page.msgs);
     } catch (error) {
-      this.#stale.add(key);
+      this.#stale.set(key, before);
       if (thread.value.status === "loading") {
         this.#change(thread, { status: "failed", problem: textOf(error) });
       }
