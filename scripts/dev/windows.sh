@@ -9,6 +9,7 @@ build windows
 prepare_wine
 
 bin=build/windows/bin
+package=build/windows/imsdkbridge
 headers_of() { i686-w64-mingw32-objdump -p "$1"; }
 
 # The export table holds exactly one name.
@@ -21,12 +22,12 @@ check_exports() {
 
 # Nothing needs a library of the compiler's own.
 check_imports() {
-  for program in "$bin"/*.dll "$bin"/embed.exe; do
+  for program in "$package"/bin/*; do
     ! headers_of "$program" | grep -E 'DLL Name: lib.*\.dll' >&2 || return 1
   done
 }
 
-run_example() { in_wine scripts/dev/wine-run.sh "$PWD/$bin/embed.exe"; }
+run_example() { in_wine scripts/dev/wine-run.sh "$PWD/$package/bin/embed.exe"; }
 
 # count_step NAME COMMAND...: one check that counts like a test.
 count_step() {
@@ -36,25 +37,36 @@ count_step() {
   if "$@"; then add_totals "$name" 1 0 0; else add_totals "$name" 0 1 0; fi
 }
 
-make_package() {
-  package=build/windows/imsdkbridge
+collect_package() {
   rm -rf "$package" build/imsdkbridge-windows.zip
-  mkdir -p "$package/bin" "$package/lib"
-  cp "$bin"/*.dll "$bin/embed.exe" "$package/bin/"
-  cp build/windows/lib/*.dll.a "$package/lib/"
-  cp -R include examples "$package/"
+  mkdir -p "$package/bin" "$package/lib" "$package/examples"
+  cp "$bin"/*.dll "$package/bin/"
+  cp build/windows/lib/*.dll.a build/windows/lib/libkexbase.a build/windows/lib/libkexnet.a \
+    "$package/lib/"
+  cp -R include "$package/"
+  cp examples/embed/embed.cpp "$package/examples/"
   cp docs/windows-package.txt "$package/README.txt"
-  (cd build/windows && zip -q -r -X ../imsdkbridge-windows.zip imsdkbridge)
-  say 'made build/imsdkbridge-windows.zip'
+}
+
+# The package is enough: its example is built from it, by the command that its README gives.
+build_example() {
+  (
+    cd "$package"
+    sed -n 's/^    //p' README.txt | sh -eu
+  )
 }
 
 in_test_place() { shift && in_wine "$@"; }
 
 count_step 'exported symbols' check_exports
-count_step 'no compiler libraries' check_imports
 run_ctest windows
 [ "$(id -u)" -eq 0 ] || as_root chown -R "$(id -u):$(id -g)" build/windows
+
+collect_package
+count_step 'example built from the package' build_example
+count_step 'no compiler libraries' check_imports
 count_step 'example program' run_example
-make_package
+(cd build/windows && zip -q -r -X ../imsdkbridge-windows.zip imsdkbridge)
+say 'made build/imsdkbridge-windows.zip'
 
 print_totals
