@@ -1,8 +1,8 @@
 #include "bridge_library.h"
 
-#include <dlfcn.h>
-
 #include <utility>
+
+#include "kexbase/native_library.h"
 
 namespace imsdk::host {
 namespace {
@@ -18,13 +18,14 @@ RefPtr<I> Create(IKexCOMFactory& factory, const char* class_name, const char* ii
 
 std::unique_ptr<BridgeLibrary> BridgeLibrary::Load(const std::filesystem::path& file,
                                                    std::string* error) {
-  void* library = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-  void* symbol = library ? ::dlsym(library, "GetKexCOMFactory") : nullptr;
-  if (!symbol) {
-    *error = std::string("the bridge library cannot be loaded: ") + ::dlerror();
+  std::string reason = "it does not export GetKexCOMFactory";
+  const auto library = base::NativeLibrary::Open(base::FilePath::FromUTF8(file.string()), &reason);
+  const auto get_factory = library.Function<IKexCOMFactory*()>("GetKexCOMFactory");
+  if (!get_factory) {
+    *error = "the bridge library cannot be loaded: " + reason;
     return nullptr;
   }
-  IKexCOMFactory* factory = reinterpret_cast<GetKexCOMFactoryFn>(symbol)();
+  IKexCOMFactory* factory = get_factory();
   RefPtr<bridge::IIMBridgeMgr> manager;
   if (factory) {
     manager = Create<bridge::IIMBridgeMgr>(*factory, kClassIMBridgeMgr, kIID_IIMBridgeMgr);
