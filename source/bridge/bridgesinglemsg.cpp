@@ -94,11 +94,6 @@ std::vector<biz::IMBodyItem> ToEngine(const std::vector<BodyItem>& items, const 
   return body;
 }
 
-// The answer to a send: the engine's status, negative when it refused.
-void AnswerStatus(const CallBase& call, std::int32_t status) {
-  call.Finish({status, 0, status < 0 ? L"failed" : L"success"});
-}
-
 }  // namespace
 
 std::span<const MethodRow> CBridgeSingleMsg::Methods() const { return kMethods; }
@@ -198,14 +193,14 @@ void CBridgeSingleMsg::SetMsgRead(const CidRequest&, Conversation chat, Call<NoK
 
 void CBridgeSingleMsg::SendNormalChatMsg(const SendMsgRequest& request, Conversation chat,
                                          Call<NoKeys> call) {
-  AnswerStatus(call,
-               chat->SendMsg(ToEngine(request.msgbody, call), {.autosend = request.autosend != 0}));
+  call.FinishSend(
+      chat->SendMsg(ToEngine(request.msgbody, call), {.autosend = request.autosend != 0}));
 }
 
 void CBridgeSingleMsg::SendAutoReplyMsg(const SendMsgRequest& request, Conversation chat,
                                         Call<NoKeys> call) {
-  AnswerStatus(call, chat->SendMsg(ToEngine(request.msgbody, call),
-                                   {.autosend = request.autosend != 0, .autoreply = true}));
+  call.FinishSend(chat->SendMsg(ToEngine(request.msgbody, call),
+                                {.autosend = request.autosend != 0, .autoreply = true}));
 }
 
 void CBridgeSingleMsg::SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr,
@@ -218,14 +213,14 @@ void CBridgeSingleMsg::SendBroadcastMsg(const BroadcastMsgRequest& request, Chat
     const std::int32_t sent = chat ? chat->SendMsg(body, {}) : E_UNEXPECTED;
     if (status >= 0) status = std::min(sent, 0);
   }
-  AnswerStatus(call, status);
+  call.FinishSend(status);
 }
 
 void CBridgeSingleMsg::ReSendChatMsg(const MsgRequest& request, Conversation chat,
                                      Call<NoKeys> call) {
   std::int64_t msgid = 0;
   base::StringToInt64(request.msgid, &msgid);
-  AnswerStatus(call, chat->ReSendMsg(msgid));
+  call.FinishSend(chat->ReSendMsg(msgid));
 }
 
 void CBridgeSingleMsg::FastReSendChatMsg(const MsgRequest& request, Conversation chat,

@@ -10,6 +10,7 @@
 // module; what Find refuses is answered with its code and text.
 #pragma once
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -30,6 +31,13 @@ class CallBase {
     answer_(result.code, AnswerText(result, NoKeys{}));
   }
   void Fail(std::int32_t code, std::wstring text) const { Finish({code, 0, std::move(text)}); }
+
+  // The outcome of a send: the engine's status, negative when it refused. A positive one is a
+  // success too, so the call has not failed.
+  void FinishSend(std::int32_t status) const {
+    const biz::ResultCode result{status, 0, status < 0 ? L"failed" : L"success"};
+    answer_(std::min(status, 0), AnswerText(result, NoKeys{}));
+  }
 
   const ns_log::TraceSite& site() const { return row_->site; }
 

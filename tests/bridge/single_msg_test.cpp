@@ -155,6 +155,10 @@ TEST_F(SingleMsg, SendsBodyItemsInOrderAndReportsTheStatus) {
   ASSERT_EQ(traced.size(), 1u);
   EXPECT_EQ(traced[0].items.at("it->filecontent"), L"A");
 
+  chat.send_status = 3;
+  const auto taken = host.Call(kPath, L"SendNormalChatMsg", request);
+  EXPECT_EQ(taken.payload, LR"({"code":3,"subcode":0,"result":"success"})");
+  EXPECT_FALSE(taken.failed);
   chat.send_status = -7;
   const auto refused = host.Call(kPath, L"SendNormalChatMsg", kCid);
   EXPECT_EQ(refused.payload, LR"({"code":-7,"subcode":0,"result":"failed"})");
