@@ -23,6 +23,7 @@ class CountingPage final : public bridge::IPageHandler {
     ++answers;
     failures += failed;
     bytes += payload.size();
+    if (keep) *keep = payload;
   }
   void Reserved() override {}
   void Notify(const std::wstring&, const std::wstring& json) override { bytes += json.size(); }
@@ -30,6 +31,7 @@ class CountingPage final : public bridge::IPageHandler {
   std::int64_t answers = 0;
   std::int64_t failures = 0;
   std::size_t bytes = 0;
+  std::wstring* keep = nullptr;  // takes each answer's payload, unless null
 };
 
 // One bound view of `test::kHarbor`. Ends the process with a message when the library cannot be
@@ -44,9 +46,9 @@ class BenchHost {
               const std::wstring& json);
 
   CountingPage page;
+  test::MemoryEngine engine;
 
  private:
-  test::MemoryEngine engine_;
   base::MessageLoop loop_;
   RefPtr<bridge::IIMBridgeMgr> manager_;
   RefPtr<bridge::IIMSDKBridge> bridge_;

@@ -1,15 +1,27 @@
 #include "source/bridge/jsparams/jsontext.h"
 
+#include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace imsdk::bridge {
 namespace {
 
 constexpr bool kUtf16 = sizeof(wchar_t) == 2;
 
+constexpr std::size_t kFirstRoom = 512;
+constexpr std::size_t kMostKept = 256 * 1024;  // characters of a buffer that waits for its next use
+constexpr std::size_t kMostDigits = 20;        // of a 64-bit value, the sign included
+
 bool IsPlain(wchar_t c) {
   const auto u = static_cast<std::uint32_t>(c);
-  return u >= 0x20 && u < 0xD800 && c != L'"' && c != L'\\';
+  return u - 0x20 < 0xD800 - 0x20 && c != L'"' && c != L'\\';
+}
+
+// Writes the value's digits and returns their end.
+wchar_t* PutDigits(wchar_t* out, std::int64_t value) {
+  char digits[kMostDigits];
+  return std::copy(digits, std::to_chars(digits, digits + sizeof digits, value).ptr, out);
 }
 
 // The letter behind the backslash of a short escape, or 0.
@@ -35,80 +47,101 @@ wchar_t ShortEscape(wchar_t c) {
 
 }  // namespace
 
-void JsonText::Separate() {
-  if (comma_) text_ += L',';
-  comma_ = true;
+JsonText::Buffer& JsonText::Kept() {
+  thread_local Buffer kept;
+  return kept;
 }
 
+JsonText::JsonText() : buffer_(std::exchange(Kept(), {})) {}
+
+JsonText::~JsonText() {
+  if (buffer_.room <= kMostKept) Kept() = std::move(buffer_);
+}
+
+void JsonText::Grow(std::size_t count) {
+  const std::size_t room = std::max(size_ + count, std::max(buffer_.room * 2, kFirstRoom));
+  auto larger = std::make_unique_for_overwrite<wchar_t[]>(room);
+  std::copy_n(buffer_.text.get(), size_, larger.get());
+  buffer_ = {std::move(larger), room};
+}
+
+std::wstring JsonText::Take() { return {buffer_.text.get(), std::exchange(size_, 0)}; }
+
 void JsonText::Open(wchar_t bracket) {
-  Separate();
-  text_ += bracket;
+  if (comma_) Put(L',');
+  Put(bracket);
   comma_ = false;
 }
 
 void JsonText::Close(wchar_t bracket) {
-  text_ += bracket;
+  Put(bracket);
   comma_ = true;
 }
 
 void JsonText::Key(std::string_view key) {
-  Separate();
-  text_ += L'"';
-  text_.append(key.begin(), key.end());
-  text_.append(L"\":", 2);
+  wchar_t* out = Room(key.size() + 3 + comma_);
+  if (comma_) *out++ = L',';
+  *out++ = L'"';
+  out = std::copy(key.begin(), key.end(), out);
+  *out++ = L'"';
+  *out = L':';
   comma_ = false;
 }
 
 void JsonText::String(std::wstring_view text) {
-  Separate();
-  text_ += L'"';
+  if (comma_) Put(L',');
+  comma_ = true;
+  Put(L'"');
   std::size_t index = 0;
   while (index < text.size()) {
+    // Most texts are plain to their end. What is not used of the room goes back.
+    const std::size_t room = text.size() - index;
+    wchar_t* out = Room(room);
     const std::size_t start = index;
-    while (index < text.size() && IsPlain(text[index])) ++index;
-    text_.append(text, start, index - start);
-    if (index < text.size()) AppendSpecial(text, &index);
+    while (index < text.size() && IsPlain(text[index])) *out++ = text[index++];
+    size_ -= room - (index - start);
+    if (index < text.size()) PutSpecial(text, &index);
   }
-  text_ += L'"';
+  Put(L'"');
 }
 
-void JsonText::AppendSpecial(std::wstring_view text, std::size_t* index) {
+void JsonText::PutSpecial(std::wstring_view text, std::size_t* index) {
   const wchar_t c = text[(*index)++];
   const auto u = static_cast<std::uint32_t>(c);
   if (const wchar_t letter = ShortEscape(c)) {
-    text_ += L'\\';
-    text_ += letter;
+    Put(L'\\');
+    Put(letter);
   } else if (u < 0x20) {
     constexpr wchar_t kHex[] = L"0123456789abcdef";
-    text_.append(L"\\u00", 4);
-    text_ += kHex[u >> 4];
-    text_ += kHex[u & 15];
+    for (const wchar_t part : {L'\\', L'u', L'0', L'0', kHex[u >> 4], kHex[u & 15]}) Put(part);
   } else if (u >= 0xE000 && u <= 0x10FFFF) {
-    text_ += c;
+    Put(c);
   } else if (kUtf16 && u < 0xDC00 && *index < text.size() && (text[*index] & 0xFC00) == 0xDC00) {
-    text_ += c;
-    text_ += text[(*index)++];
+    Put(c);
+    Put(text[(*index)++]);
   } else {
-    text_ += L'\xFFFD';
+    Put(L'\xFFFD');
   }
 }
 
-void JsonText::AppendDigits(std::int64_t value) {
-  char digits[24];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  text_.append(digits, end);
-}
-
 void JsonText::Integer(std::int64_t value) {
-  Separate();
-  AppendDigits(value);
+  wchar_t* const start = Room(kMostDigits + 1);
+  wchar_t* out = start;
+  if (comma_) *out++ = L',';
+  comma_ = true;
+  out = PutDigits(out, value);
+  size_ -= static_cast<std::size_t>(start + kMostDigits + 1 - out);
 }
 
 void JsonText::DecimalString(std::int64_t value) {
-  Separate();
-  text_ += L'"';
-  AppendDigits(value);
-  text_ += L'"';
+  wchar_t* const start = Room(kMostDigits + 3);
+  wchar_t* out = start;
+  if (comma_) *out++ = L',';
+  comma_ = true;
+  *out++ = L'"';
+  out = PutDigits(out, value);
+  *out++ = L'"';
+  size_ -= static_cast<std::size_t>(start + kMostDigits + 3 - out);
 }
 
 }  // namespace imsdk::bridge

@@ -1,7 +1,9 @@
 // Writes JSON as wide text, straight from records: the answer's one serialisation.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -11,6 +13,11 @@ namespace imsdk::bridge {
 // no valid Unicode becomes U+FFFD.
 class JsonText {
  public:
+  JsonText();
+  ~JsonText();
+  JsonText(const JsonText&) = delete;
+  JsonText& operator=(const JsonText&) = delete;
+
   void BeginObject() { Open(L'{'); }
   void EndObject() { Close(L'}'); }
   void BeginList() { Open(L'['); }
@@ -22,16 +29,31 @@ class JsonText {
   // A 64-bit value as its decimal text.
   void DecimalString(std::int64_t value);
 
-  std::wstring Take() { return std::move(text_); }
+  std::wstring Take();
 
  private:
-  void Separate();
+  // Where the next `count` characters go.
+  wchar_t* Room(std::size_t count) {
+    if (count > buffer_.room - size_) Grow(count);
+    const std::size_t at = size_;
+    size_ += count;
+    return buffer_.text.get() + at;
+  }
+  void Grow(std::size_t count);
+  void Put(wchar_t c) { *Room(1) = c; }
   void Open(wchar_t bracket);
   void Close(wchar_t bracket);
-  void AppendDigits(std::int64_t value);
-  void AppendSpecial(std::wstring_view text, std::size_t* index);
+  void PutSpecial(std::wstring_view text, std::size_t* index);
 
-  std::wstring text_;
+  struct Buffer {
+    std::unique_ptr<wchar_t[]> text;
+    std::size_t room = 0;
+  };
+  // Each thread keeps the buffer of its last text: growing one anew costs more than writing it.
+  static Buffer& Kept();
+
+  Buffer buffer_;
+  std::size_t size_ = 0;
   bool comma_ = false;  // the next value in this object or list needs a comma before it
 };
 
