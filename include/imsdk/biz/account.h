@@ -7,6 +7,7 @@
 
 #include "imsdk/biz/single_chat.h"
 #include "imsdk/biz/user_id.h"
+#include "imsdk/biz/virtual_chat.h"
 #include "kexbase/event.h"
 #include "kexcom/ref_counted.h"
 
@@ -24,15 +25,25 @@ struct IMLoginResult {
 using IMLoginCallback = std::function<void(const IMLoginResult&)>;
 using IMResultCallback = std::function<void(const ResultCode&)>;
 
+// What kind of account is logged in.
+enum IMAccountType : std::int32_t {
+  kMainAccount = 1,
+  kSubAccount =
+      2,  // its nick is a main account's nick, ":" and a name: it tells others apart by it
+};
+
 // One account that is logged in. Any thread. It may be kept after logout; its operations then
 // fail with `kEngineNotLoggedIn`.
 class IIMAccount : public IKexCOMRefCounted {
  public:
   virtual const IMUserID& GetSelfID() const = 0;
+  virtual IMAccountType GetAccountType() const = 0;
   // Whether the account has a link to its server now.
   virtual bool IsOnline() const = 0;
   // The account's one-to-one chats. Never null; counted.
   virtual RefPtr<IIMSingleChatMgr> GetIMSingleChatMgr() = 0;
+  // The account's system and subscription messages. Never null; counted.
+  virtual RefPtr<IIMVirtualChatMgr> GetIMVirtualChatMgr() = 0;
 
  protected:
   ~IIMAccount() = default;

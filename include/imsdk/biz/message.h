@@ -17,21 +17,31 @@ enum IMMsgType : std::int32_t {
   kMsgAudio = 2,
   kMsgFile = 3,
   kMsgEmotion = 4,
+  kMsgShake = 5,  // a window shake; without text
+  // The sender's typing state: the value of the only item is an `IMInputStatus` in decimal. Goes to
+  // the peer's devices that are there now; never stored, and no send event tells of it.
+  kMsgInputStatus = 6,
 };
+
+// Typing state of a peer.
+enum IMInputStatus : std::int32_t { kInputStopped = 0, kInputTyping = 1 };
 
 enum IMMsgStatus : std::int32_t {
   kMsgSending = 0,
-  kMsgSent = 1,      // the server has it on its disk
-  kMsgFailed = 2,    // may be sent again
-  kMsgReceived = 3,  // a message from the peer
+  kMsgSent = 1,       // the server has it on its disk
+  kMsgFailed = 2,     // may be sent again
+  kMsgReceived = 3,   // a message from the peer
+  kMsgWithdrawn = 4,  // its sender took it back; the body is empty
 };
 
+// For a message from the peer: whether this account has read it. For one of the account's own:
+// whether the peer has reported it read.
 enum IMReadFlag : std::int32_t { kMsgUnread = 0, kMsgRead = 1 };
 
 // Extra information of a message.
 struct IMMessageExt {
   std::wstring others;           // free data carried with the message
-  std::int32_t fixmsgread = 0;   // the read state is fixed: not to be reported read again
+  std::int32_t fixmsgread = 0;   // the read state is fixed: was reported read, or needs no report
   std::int32_t autochatmsg = 0;  // an automatic reply
   std::int32_t syschatmsg = 0;   // a system chat message
 };
@@ -59,6 +69,35 @@ struct IMBodyItem {
   std::wstring value;            // text or token
   base::FilePath filepath;       // a local file, where the element carries one
   std::string filecontent;       // binary content, where the element carries it inside
+};
+
+// Which of the account's own messages the peer has reported read, or not.
+struct IMFlagMsgReaded {
+  IMUserID cid;
+  std::int64_t msgid = 0;
+  std::int64_t msgtime = 0;
+  std::int32_t readflag = kMsgUnread;
+};
+
+// A message that was taken back.
+struct IMMsgWithdraw {
+  IMUserID cid;
+  IMUserID fromid;
+  std::int64_t msgid = 0;
+  std::int64_t msgtime = 0;
+  std::int64_t svrtime = 0;
+};
+
+// A picture inside a message.
+struct IMMsgPicture {
+  std::wstring pictureid;  // unique in the account: msgid, "_", index
+  std::wstring url;        // the file's path as in the message's token
+  std::int64_t msgid = 0;
+  std::int32_t index = 0;  // among the pictures of the message, from 0
+  std::int64_t mgstime = 0;
+  IMUserID fromid;
+  IMUserID toid;
+  std::wstring extInfo;  // the message's "others"
 };
 
 // Where a page of messages starts and how it goes on. The position is (msgtime, msgid), both 0
