@@ -32,6 +32,13 @@ class AccountCore::Listener : public link::SessionListener {
                       }));
   }
 
+  void OnSignal(const biz::IMUserID& from, std::int32_t status) override {
+    runner_->PostTask(FROM_HERE,
+                      base::BindWeak(core_, [attempt = attempt_, from, status](AccountCore& core) {
+                        core.Hear(attempt, from, status);
+                      }));
+  }
+
   void OnEnded(const biz::ResultCode& why) override {
     runner_->PostTask(FROM_HERE,
                       base::BindWeak(core_, [attempt = attempt_, why](AccountCore& core) {
@@ -49,7 +56,10 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
                          const Worker& worker, std::wstring token, AccountHooks hooks)
     : state_(std::make_shared<AccountState>(std::move(environment), user, worker)),
       outbox_(std::make_shared<Outbox>(state_)),
+      roamer_(std::make_shared<Roamer>(state_)),
+      reporter_(std::make_shared<Reporter>(state_)),
       hooks_(std::move(hooks)),
+      mailbox_(*state_),
       token_(std::move(token)) {}
 
 void AccountCore::Open(biz::IMDoneCallback done) {
@@ -59,6 +69,7 @@ void AccountCore::Open(biz::IMDoneCallback done) {
         const biz::ResultCode opened = core.OpenStore();
         if (!opened.ok()) return done(opened);
         core.waiting_.push_back(done);
+        core.outbox_->WantLink(base::BindWeak(core.weak_from_this(), &AccountCore::ConnectNow));
         core.Connect();
       }));
 }
@@ -71,8 +82,8 @@ biz::ResultCode AccountCore::OpenStore() {
     for (const StoredConversation& stored : state_->store.Conversations()) {
       state_->chat.AddConversation(stored);
     }
-    for (biz::IMMessage& message : state_->store.NewestUnread(kMostCachedMessages)) {
-      state_->chat.AddUnread(std::move(message));
+    for (Arrived& arrived : state_->store.NewestUnread(kMostCachedMessages)) {
+      state_->chat.AddUnread(std::move(arrived));
     }
     outbox_->Load();
   });
@@ -96,6 +107,7 @@ void AccountCore::Reconnect(biz::IMDoneCallback done) {
 
 void AccountCore::Connect() {
   const std::uint64_t attempt = ++attempt_;
+  connecting_ = true;
   listener_ = std::make_shared<Listener>(weak_from_this(), state_->runner, attempt);
   link::ConnectCallback answered = base::BindWeak(
       weak_from_this(), [attempt](AccountCore& core, const biz::ResultCode& result,
@@ -104,7 +116,7 @@ void AccountCore::Connect() {
       });
   const biz::ResultCode late{biz::kEngineTimeout, 0, L"the server did not answer in time"};
   const Environment& environment = *state_->environment;
-  environment.link->Connect(state_->self, token_, listener_,
+  environment.link->Connect(state_->self, token_, environment.device, listener_,
                             AnswerWithin(state_->runner, environment.timeouts.login,
                                          std::move(answered), late, nullptr, 0));
 }
@@ -112,8 +124,10 @@ void AccountCore::Connect() {
 void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& result,
                                   std::shared_ptr<link::Session> session, std::int64_t position) {
   if (attempt != attempt_) return;
+  connecting_ = false;
   if (!result.ok()) return ConnectFailed(result);
   session_ = std::move(session);
+  state_->line->Connect(session_);
   position_ = position;
   state_->online = true;
   const bool first = std::exchange(opening_, false);
@@ -123,6 +137,11 @@ void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& 
   if (!first) hooks_.reconnected();
   Tell(result);
   outbox_->Connect(session_);
+  reporter_->Connected();
+}
+
+void AccountCore::ConnectNow() {
+  if (!session_ && !connecting_ && !state_->ended) Connect();
 }
 
 void AccountCore::ConnectFailed(const biz::ResultCode& why) {
@@ -151,7 +170,9 @@ void AccountCore::RetryLater() {
 
 std::shared_ptr<link::Session> AccountCore::DropSession() {
   ++attempt_;
+  connecting_ = false;
   state_->online = false;
+  state_->line->Drop({biz::kEngineNoLink, 0, L"the link was lost"});
   outbox_->Disconnect();
   listener_.reset();
   return std::exchange(session_, nullptr);
@@ -173,44 +194,23 @@ void AccountCore::Receive(std::uint64_t attempt, const std::shared_ptr<const lin
     return Lost({biz::kEngineNoLink, 0, L"messages were lost on the way"});
   }
   position_ = batch->upto;
-  const auto arrived = std::make_shared<std::vector<Arrived>>();
+  const auto happenings = std::make_shared<std::vector<Mailbox::Happening>>();
   state_->commit.Add(
-      [this, batch, arrived](sqlite::Database&) {
-        arrived->clear();
-        for (const link::Message& from : batch->msgs) {
-          biz::IMMessage message{from.msgid,   from.msgtime,    from.from,         from.from,
-                                 from.to,      from.msgtype,    biz::kMsgReceived, from.body,
-                                 from.svrtime, biz::kMsgUnread, from.ext};
-          if (const auto arrival = state_->store.AddIncoming(message)) {
-            arrived->push_back({std::move(message), *arrival});
-          }
-        }
-      },
-      [this, attempt, batch, arrived](const biz::ResultCode& stored) {
+      [this, batch, happenings](sqlite::Database&) { *happenings = mailbox_.Store(*batch); },
+      [this, attempt, batch, happenings](const biz::ResultCode& stored) {
         if (attempt != attempt_ && !stored.ok()) return;
         if (!stored.ok()) return Lost(stored);
         if (attempt == attempt_) {
           session_->Acknowledge(batch->upto);
           proved_ = true;
         }
-        Received(*batch, std::move(*arrived));
+        mailbox_.MakeKnown(*batch, std::move(*happenings));
       });
 }
 
-void AccountCore::Received(const link::Batch& batch, std::vector<Arrived> arrived) {
-  if (arrived.empty()) return;
-  std::vector<biz::IMUserID> cids;
-  std::vector<biz::IMMessage> messages;
-  for (const Arrived& one : arrived) {
-    cids.push_back(one.message.cid);
-    messages.push_back(one.message);
-  }
-  state_->chat.AddIncoming(std::move(arrived));
-  if (batch.offline) {
-    state_->events.on_receive_offline_msg(batch.more, cids, messages);
-  } else {
-    state_->events.on_receive_new_msg(cids, messages);
-  }
+void AccountCore::Hear(std::uint64_t attempt, const biz::IMUserID& from, std::int32_t status) {
+  if (attempt != attempt_) return;
+  state_->events.on_peer_input(from, static_cast<biz::IMInputStatus>(status));
 }
 
 void AccountCore::SessionEnded(std::uint64_t attempt, const biz::ResultCode& why) {
@@ -229,9 +229,10 @@ bool AccountCore::Close(biz::IMDoneCallback done) {
 
 void AccountCore::End(biz::IMDoneCallback done) {
   state_->commit.Flush();
+  state_->ended = true;
+  state_->line->Drop(NotLoggedIn());
   const auto session = DropSession();
   outbox_->Close();
-  state_->ended = true;
   state_->store.Close();
   Tell(NotLoggedIn());
   if (!session) return done({});

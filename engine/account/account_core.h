@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "account/account_state.h"
-#include "account/outbox.h"
+#include "account/account_parts.h"
+#include "account/mailbox.h"
 #include "imsdk/biz/account.h"
 #include "link/server_link.h"
 
@@ -30,8 +30,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
               const Worker& worker, std::wstring token, AccountHooks hooks);
 
   // Any thread.
-  const std::shared_ptr<AccountState>& state() const { return state_; }
-  const std::shared_ptr<Outbox>& outbox() const { return outbox_; }
+  AccountParts parts() const { return {state_, outbox_, roamer_, reporter_}; }
   // Opens the store and begins a session; `done` runs on the worker, before any event.
   void Open(biz::IMDoneCallback done);
   // Uses this token for the next session.
@@ -51,28 +50,34 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
                        std::shared_ptr<link::Session> session, std::int64_t position);
   void ConnectFailed(const biz::ResultCode& why);
   void RetryLater();
+  // Tries the link now, unless it is there or an attempt is under way.
+  void ConnectNow();
   // Forgets the session, if any; nothing that comes from it counts any more.
   std::shared_ptr<link::Session> DropSession();
   void Lost(const biz::ResultCode& why);
 
   void Receive(std::uint64_t attempt, const std::shared_ptr<const link::Batch>& batch);
-  void Received(const link::Batch& batch, std::vector<Arrived> arrived);
+  void Hear(std::uint64_t attempt, const biz::IMUserID& from, std::int32_t status);
   void SessionEnded(std::uint64_t attempt, const biz::ResultCode& why);
   void End(biz::IMDoneCallback done);
   void Tell(const biz::ResultCode& outcome);
 
   const std::shared_ptr<AccountState> state_;
   const std::shared_ptr<Outbox> outbox_;
+  const std::shared_ptr<Roamer> roamer_;
+  const std::shared_ptr<Reporter> reporter_;
   const AccountHooks hooks_;
 
   // On the worker only.
+  Mailbox mailbox_;
   std::wstring token_;
   std::uint64_t attempt_ = 0;  // numbers the sessions and the attempts to begin one
   std::shared_ptr<Listener> listener_;
   std::shared_ptr<link::Session> session_;
-  std::int64_t position_ = 0;                 // up to which messages came over the session
+  std::int64_t position_ = 0;                 // up to which entries came over the session
   std::vector<biz::IMDoneCallback> waiting_;  // for the outcome of the attempt
-  bool opening_ = true;                       // the first session of the account
+  bool connecting_ = false;
+  bool opening_ = true;  // the first session of the account
   bool outage_told_ = false;
   bool proved_ = false;  // the session brought messages, or is the first one
   std::chrono::steady_clock::time_point connected_at_;

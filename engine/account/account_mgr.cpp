@@ -2,6 +2,7 @@
 
 #include "account/answer_within.h"
 #include "account/single_chat.h"
+#include "account/virtual_chat.h"
 
 namespace imsdk::account {
 
@@ -10,15 +11,26 @@ namespace {
 class Account final : public RefPtrCounted<biz::IIMAccount> {
  public:
   explicit Account(std::shared_ptr<AccountCore> core)
-      : core_(std::move(core)), chats_(new SingleChatMgr(core_->state(), core_->outbox())) {}
+      : core_(std::move(core)),
+        state_(core_->parts().state),
+        chats_(new SingleChatMgr(core_->parts())),
+        virtual_chats_(new VirtualChatMgr(core_->parts())) {}
 
-  const biz::IMUserID& GetSelfID() const override { return core_->state()->self; }
-  bool IsOnline() const override { return core_->state()->online; }
+  const biz::IMUserID& GetSelfID() const override { return state_->self; }
+  biz::IMAccountType GetAccountType() const override {
+    // A ":" at the very front parts no name from another.
+    const bool sub = state_->self.nick.find(L':', 1) != std::wstring::npos;
+    return sub ? biz::kSubAccount : biz::kMainAccount;
+  }
+  bool IsOnline() const override { return state_->online; }
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats_; }
+  RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
 
  private:
   const std::shared_ptr<AccountCore> core_;
+  const std::shared_ptr<AccountState> state_;
   const RefPtr<biz::IIMSingleChatMgr> chats_;
+  const RefPtr<biz::IIMVirtualChatMgr> virtual_chats_;
 };
 
 }  // namespace

@@ -16,6 +16,8 @@ AccountState::AccountState(std::shared_ptr<const Environment> env, const biz::IM
                                 base::BindWeak(weak_from_this(),
                                                [](AccountState& state) { state.commit.Flush(); }));
              }),
-      files(environment->folder.root(), environment->folder.FilesFolder(user)) {}
+      line(std::make_shared<Line>(runner, environment->timeouts.request)),
+      files(environment->folder.root(), environment->folder.FilesFolder(user),
+            environment->send_from) {}
 
 }  // namespace imsdk::account

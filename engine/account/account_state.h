@@ -3,15 +3,20 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "account/chat_state.h"
 #include "account/data_folder.h"
 #include "account/file_box.h"
+#include "account/line.h"
 #include "account/message_ids.h"
 #include "account/message_store.h"
 #include "account/worker_pool.h"
 #include "imsdk/biz/single_chat.h"
+#include "imsdk/biz/virtual_chat.h"
 #include "link/server_link.h"
 #include "sqlite/group_commit.h"
 
@@ -22,6 +27,7 @@ namespace imsdk::account {
 struct Timeouts {
   std::chrono::milliseconds login{30'000};
   std::chrono::milliseconds send{20'000};
+  std::chrono::milliseconds request{20'000};
   std::chrono::milliseconds logout{5'000};
   std::chrono::milliseconds first_retry{1'000};
   std::chrono::milliseconds longest_retry{60'000};
@@ -33,9 +39,12 @@ struct Environment {
   std::shared_ptr<MessageIds> ids;
   DataFolder folder;
   Timeouts timeouts;
+  std::string device;                            // the accounts' name for this installation
+  std::vector<std::filesystem::path> send_from;  // folders whose files may be sent
 };
 
-// Store, commit and the raising of events belong to the account's worker; the rest to any thread.
+// Store, commit, line and the raising of events belong to the account's worker; the rest to any
+// thread.
 struct AccountState : std::enable_shared_from_this<AccountState> {
   AccountState(std::shared_ptr<const Environment> env, const biz::IMUserID& user,
                const Worker& worker);
@@ -48,9 +57,11 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   bool ended = false;  // on the worker: the store is closed for good
   MessageStore store;
   sqlite::GroupCommit commit;
+  const std::shared_ptr<Line> line;
   FileBox files;
   ChatState chat;
   biz::IMSingleChatEvents events;
+  biz::IMVirtualChatEvents virtual_events;
 };
 
 inline biz::ResultCode NotLoggedIn() {

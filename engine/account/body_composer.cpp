@@ -1,5 +1,7 @@
 #include "account/body_composer.h"
 
+#include <algorithm>
+
 #include "kexbase/strings.h"
 #include "kexnet/escape.h"
 #include "link/server_link.h"
@@ -13,7 +15,8 @@ std::wstring Escape(const std::wstring& text) {
 }
 
 bool HasFile(const biz::IMBodyItem& item) {
-  const bool plain = item.type == biz::kMsgText || item.type == biz::kMsgEmotion;
+  const bool plain =
+      item.type == biz::kMsgText || item.type == biz::kMsgEmotion || item.type == biz::kMsgShake;
   return !plain && (!item.filepath.empty() || !item.filecontent.empty());
 }
 
@@ -40,10 +43,11 @@ std::wstring KeepFile(const biz::IMBodyItem& item, const FileBox& files, biz::Re
 }  // namespace
 
 biz::EngineCode CheckBody(const std::vector<biz::IMBodyItem>& items, std::size_t* content) {
-  bool empty = true;
+  bool empty = items.size() != 1 || items.front().type != biz::kMsgShake;
   std::size_t text = 0;
   *content = 0;
   for (const biz::IMBodyItem& item : items) {
+    if (item.type == biz::kMsgShake) continue;
     const bool file = HasFile(item);
     if (file || !item.value.empty()) empty = false;
     if (file) *content += item.filecontent.size();
@@ -54,6 +58,18 @@ biz::EngineCode CheckBody(const std::vector<biz::IMBodyItem>& items, std::size_t
   return biz::kEngineOk;
 }
 
+bool HasInputStatus(const std::vector<biz::IMBodyItem>& items) {
+  return std::any_of(items.begin(), items.end(),
+                     [](const biz::IMBodyItem& item) { return item.type == biz::kMsgInputStatus; });
+}
+
+std::optional<biz::IMInputStatus> InputStatusOf(const std::vector<biz::IMBodyItem>& items) {
+  if (items.size() != 1 || items.front().type != biz::kMsgInputStatus) return std::nullopt;
+  if (items.front().value == L"0") return biz::kInputStopped;
+  if (items.front().value == L"1") return biz::kInputTyping;
+  return std::nullopt;
+}
+
 ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBox& files) {
   ComposedBody composed;
   if (items.size() == 1) composed.msgtype = items.front().type;
@@ -61,6 +77,7 @@ ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBo
   bool after_token = false;
   for (const biz::IMBodyItem& item : items) {
     if (!item.jvale.empty() && ++with_extra == 1) composed.others = item.jvale;
+    if (item.type == biz::kMsgShake) continue;
     const std::wstring part = HasFile(item) ? KeepFile(item, files, &composed.result) : item.value;
     if (part.empty()) continue;
     const bool token = item.type != biz::kMsgText;

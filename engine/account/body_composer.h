@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,9 +11,15 @@
 
 namespace imsdk::account {
 
-// Refuses at once what cannot be sent: `kEngineEmpty` or `kEngineTooLarge`. `*content` becomes the
+// Refuses at once what cannot be sent: `kEngineEmpty` or `kEngineTooLarge`. A window shake alone is
+// something to send. `*content` becomes the
 // number of bytes that the items carry.
 biz::EngineCode CheckBody(const std::vector<biz::IMBodyItem>& items, std::size_t* content);
+
+// Whether an item is a typing state, which is no part of a message.
+bool HasInputStatus(const std::vector<biz::IMBodyItem>& items);
+// The typing state that the only item is; nothing when the items are anything else.
+std::optional<biz::IMInputStatus> InputStatusOf(const std::vector<biz::IMBodyItem>& items);
 
 struct ComposedBody {
   // When a file could not be kept or the text is too long; the body then names what was asked for.
@@ -23,8 +30,8 @@ struct ComposedBody {
 };
 
 // Keeps the items' files and puts the body together. An item with a file or content becomes a
-// token, any other item is its value. A space parts a token from a neighbour that does not bring
-// white space of its own, so that the end of the token can be told.
+// token, a window shake nothing, any other item is its value. A space parts a token from a
+// neighbour that does not bring white space of its own, so that the end of the token can be told.
 ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBox& files);
 
 // "pic:impicture|MD5?filepath=PATH&fileMD5=MD5&filetype=TYPE"; empty parts are left out.

@@ -24,6 +24,9 @@ biz::IMUserID WellFormed(const biz::IMUserID& user);
 // apart what letters, case or length would not. Lower-case ASCII letters, digits, "_" and "-".
 std::string AccountFolderName(const biz::IMUserID& user);
 
+// The folder in the data folder that pages may see.
+inline constexpr char kFilesFolder[] = "files";
+
 class DataFolder {
  public:
   explicit DataFolder(std::filesystem::path root) : root_(std::move(root)) {}
@@ -31,6 +34,7 @@ class DataFolder {
   const std::filesystem::path& root() const { return root_; }
   std::filesystem::path ServerStore() const { return root_ / "server" / "server.db"; }
   std::filesystem::path MessageIds() const { return root_ / "client" / "ids.db"; }
+  std::filesystem::path DeviceName() const { return root_ / "client" / "device"; }
   std::filesystem::path AccountFolder(const biz::IMUserID& user) const {
     return root_ / "accounts" / AccountFolderName(user);
   }
@@ -39,7 +43,7 @@ class DataFolder {
   }
   // The folder of an account's files, relative to the data folder.
   std::string FilesFolder(const biz::IMUserID& user) const {
-    return "files/" + AccountFolderName(user);
+    return std::string(kFilesFolder) + '/' + AccountFolderName(user);
   }
 
  private:

@@ -1,5 +1,6 @@
 #include "account/file_box.h"
 
+#include <algorithm>
 #include <fstream>
 #include <system_error>
 
@@ -31,6 +32,14 @@ bool WriteWhole(const std::filesystem::path& file, std::string_view content) {
   return false;
 }
 
+// `file` has no links and no "..".
+bool IsInside(const std::filesystem::path& file, const std::filesystem::path& folder) {
+  std::error_code failure;
+  const std::filesystem::path real = std::filesystem::canonical(folder, failure);
+  return !failure &&
+         std::mismatch(real.begin(), real.end(), file.begin(), file.end()).first == real.end();
+}
+
 }  // namespace
 
 biz::ResultCode FileBox::Keep(std::string_view content, std::string type, KeptFile* kept) const {
@@ -51,10 +60,17 @@ biz::ResultCode FileBox::Keep(std::string_view content, std::string type, KeptFi
   return {};
 }
 
+bool FileBox::MaySend(const std::filesystem::path& file) const {
+  if (IsInside(file, root_)) return IsInside(file, root_ / kFilesFolder);
+  return std::any_of(send_from_.begin(), send_from_.end(),
+                     [&](const std::filesystem::path& folder) { return IsInside(file, folder); });
+}
+
 biz::ResultCode FileBox::KeepCopy(const base::FilePath& file, KeptFile* kept) const {
-  const std::filesystem::path source = root_ / ToPath(file);  // an absolute path replaces the root
   std::error_code failure;
-  if (!std::filesystem::is_regular_file(source, failure)) {
+  // An absolute path replaces the root.
+  const std::filesystem::path source = std::filesystem::canonical(root_ / ToPath(file), failure);
+  if (failure || !MaySend(source) || !std::filesystem::is_regular_file(source, failure)) {
     return Failure(biz::kEngineNotFound, L"there is no such file");
   }
   const auto size = std::filesystem::file_size(source, failure);

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "imsdk/biz/user_id.h"
 #include "kexbase/file_path.h"
@@ -23,18 +25,26 @@ struct KeptFile {
 // Any thread; files are written aside and renamed, so that a name always has its whole content.
 class FileBox {
  public:
-  // `root` is the data folder, `folder` the account's place in it.
-  FileBox(std::filesystem::path root, std::string folder)
-      : root_(std::move(root)), folder_(std::move(folder)) {}
+  // `root` is the data folder, `folder` the account's place in it. Files may be sent from the data
+  // folder's `files` and from the folders `send_from`.
+  FileBox(std::filesystem::path root, std::string folder,
+          std::vector<std::filesystem::path> send_from = {})
+      : root_(std::move(root)), folder_(std::move(folder)), send_from_(std::move(send_from)) {}
 
   // Keeps `content` under an ending of `type`; when that is empty, under one told by the content.
   biz::ResultCode Keep(std::string_view content, std::string type, KeptFile* kept) const;
-  // Keeps a copy of a local file. A relative path starts at the data folder.
+  // Keeps a copy of a local file. A relative path starts at the data folder. Pages name these
+  // files, so one that may not be sent is answered as one that is not there.
   biz::ResultCode KeepCopy(const base::FilePath& file, KeptFile* kept) const;
 
  private:
+  // Whether a file, given without links and "..", may be sent: of the data folder itself nothing
+  // but its `files`, whatever else was allowed.
+  bool MaySend(const std::filesystem::path& file) const;
+
   const std::filesystem::path root_;
   const std::string folder_;
+  const std::vector<std::filesystem::path> send_from_;
 };
 
 // The ending that a file of this name has, without the dot: lower-case, empty for an odd one.

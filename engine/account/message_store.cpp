@@ -1,38 +1,13 @@
 #include "account/message_store.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
+
+#include "account/message_schema.h"
 
 namespace imsdk::account {
 
 namespace {
-
-// Status numbers in the conditions are `IMMsgStatus`: 0 sending, 2 failed, 3 received. A query that
-// is to use a partial index repeats the condition of the index word by word.
-constexpr const char* kSchema[] = {R"sql(
-  CREATE TABLE conversations(
-    id INTEGER PRIMARY KEY, appkey TEXT NOT NULL, nick TEXT NOT NULL, UNIQUE(appkey, nick));
-  CREATE TABLE messages(
-    arrival INTEGER PRIMARY KEY,
-    conversation INTEGER NOT NULL, msgid INTEGER NOT NULL, msgtime INTEGER NOT NULL,
-    outgoing INTEGER NOT NULL, msgtype INTEGER NOT NULL, msgstatus INTEGER NOT NULL,
-    svrtime INTEGER NOT NULL, readflag INTEGER NOT NULL, complete INTEGER NOT NULL,
-    others TEXT NOT NULL, fixmsgread INTEGER NOT NULL, autochatmsg INTEGER NOT NULL,
-    syschatmsg INTEGER NOT NULL, body TEXT NOT NULL);
-  CREATE INDEX messages_by_time ON messages(conversation, msgtime, msgid);
-  CREATE UNIQUE INDEX messages_by_id ON messages(msgid, conversation);
-  CREATE INDEX messages_unread ON messages(conversation, arrival)
-    WHERE readflag=0 AND msgstatus=3;
-  CREATE INDEX messages_unsent ON messages(msgstatus, msgid) WHERE msgstatus IN (0, 2);
-)sql"};
-
-// The columns that `Read` expects, in front of the conditions of a query.
-#define MESSAGE_QUERY                                                                    \
-  "SELECT m.msgid, m.msgtime, c.appkey, c.nick, m.outgoing, m.msgtype, m.msgstatus, "    \
-  "m.svrtime, m.readflag, m.others, m.fixmsgread, m.autochatmsg, m.syschatmsg, m.body, " \
-  "m.complete FROM messages m JOIN conversations c ON c.id=m.conversation "
-constexpr int kCompleteColumn = 14;
 
 // What a request for history gets that names no count, and the most that any gets.
 constexpr std::int32_t kDefaultCount = 20;
@@ -42,102 +17,94 @@ constexpr std::int32_t kMostCount = 1000;
 
 MessageStore::MessageStore(const std::filesystem::path& file, const biz::IMUserID& self,
                            std::shared_ptr<OpenStores> open)
-    : self_(self), lazy_(file, std::move(open), [](sqlite::Database& database) {
-        sqlite::Migrate(database, kSchema);
-      }) {}
+    : self_(self), lazy_(file, std::move(open), PrepareMessageStore) {}
 
-std::int64_t MessageStore::FindConversation(const biz::IMUserID& cid) {
-  auto row = database().Prepare("SELECT id FROM conversations WHERE appkey=? AND nick=?",
-                                cid.appkey, cid.nick);
-  return row.Step() ? row.Int64(0) : 0;
+std::int64_t MessageStore::NextArrival() {
+  if (last_arrival_ == 0) {
+    // Arrivals are compared with those of unread messages only.
+    auto row = database().Prepare(
+        "SELECT coalesce(max(arrival), 0) FROM messages INDEXED BY messages_unread "
+        "WHERE readflag=0 AND msgstatus=3");
+    if (row.Step()) last_arrival_ = row.Int64(0);
+  }
+  return ++last_arrival_;
 }
 
-std::int64_t MessageStore::Conversation(const biz::IMUserID& cid) {
-  if (const std::int64_t known = FindConversation(cid); known != 0) return known;
-  database()
-      .Prepare("INSERT INTO conversations(appkey, nick) VALUES(?,?)", cid.appkey, cid.nick)
-      .Run();
-  return database().LastInsertId();
+bool MessageStore::WasDeleted(std::int64_t conversation, const biz::IMMessage& message, bool live) {
+  auto row = database().Prepare("SELECT 1 FROM deleted WHERE msgid=? AND conversation=?",
+                                message.msgid, conversation);
+  if (row.Step()) return true;
+  // A live message may be behind by its sender's clock and yet be new.
+  return !live && PositionOf(message) <= conversations_.DeletedUpTo(conversation);
 }
 
-bool MessageStore::Add(const biz::IMMessage& message, bool outgoing, bool complete) {
-  const std::int64_t conversation = Conversation(message.cid);
+std::optional<std::int64_t> MessageStore::Add(const biz::IMMessage& message, ChatKind kind,
+                                              const Adding& adding) {
+  const std::int64_t conversation = conversations_.Make({message.cid, kind});
+  if (WasDeleted(conversation, message, adding.live)) return std::nullopt;
+  const std::int64_t arrival = NextArrival();
   database()
       .Prepare(
-          "INSERT INTO messages(conversation, msgid, msgtime, outgoing, msgtype, msgstatus, "
-          "svrtime, readflag, complete, others, fixmsgread, autochatmsg, syschatmsg, body) "
-          "VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?) ON CONFLICT(msgid, conversation) DO NOTHING",
-          conversation, message.msgid, message.msgtime, outgoing, message.msgtype,
-          message.msgstatus, message.svrtime, message.readflag, complete, message.extinfo.others,
-          message.extinfo.fixmsgread, message.extinfo.autochatmsg, message.extinfo.syschatmsg,
-          message.msgbody)
+          "INSERT INTO messages(place, arrival, conversation, msgid, msgtime, outgoing, msgtype, "
+          "msgstatus, svrtime, readflag, complete, others, fixmsgread, autochatmsg, syschatmsg, "
+          "body) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?) "
+          "ON CONFLICT(msgid, conversation) DO NOTHING",
+          places_.Choose(PositionOf(message)), arrival, conversation, message.msgid,
+          message.msgtime, adding.outgoing, message.msgtype, message.msgstatus, message.svrtime,
+          message.readflag, adding.complete, message.extinfo.others, message.extinfo.fixmsgread,
+          message.extinfo.autochatmsg, message.extinfo.syschatmsg, message.msgbody)
       .Run();
-  return database().Changes() == 1;
+  if (database().Changes() != 1) return std::nullopt;
+  if (adding.live) conversations_.Cover(conversation, PositionOf(message));
+  return arrival;
 }
 
 void MessageStore::AddOutgoing(const biz::IMMessage& message, bool complete) {
-  Add(message, true, complete);
+  Add(message, kSingleChat, {.outgoing = true, .complete = complete});
 }
 
-std::optional<std::int64_t> MessageStore::AddIncoming(const biz::IMMessage& message) {
-  if (!Add(message, false, true)) return std::nullopt;
-  return database().LastInsertId();
+std::optional<std::int64_t> MessageStore::AddIncoming(const biz::IMMessage& message,
+                                                      ChatKind kind) {
+  return Add(message, kind, {});
 }
 
-void MessageStore::SetStatus(const biz::IMUserID& cid, std::int64_t msgid, biz::IMMsgStatus status,
-                             std::int64_t svrtime) {
-  database()
-      .Prepare("UPDATE messages SET msgstatus=?, svrtime=? WHERE msgid=? AND conversation=?",
-               std::int64_t{status}, svrtime, msgid, FindConversation(cid))
-      .Run();
+std::optional<std::int64_t> MessageStore::AddSynced(const biz::IMMessage& message, Synced how) {
+  return Add(message, kSingleChat,
+             {.outgoing = message.fromid == self_, .live = how == Synced::kLive});
 }
 
-void MessageStore::MarkRead(const biz::IMUserID& cid, std::int64_t arrival) {
-  database()
-      .Prepare(
-          "UPDATE messages SET readflag=1 "
-          "WHERE conversation=? AND arrival<=? AND readflag=0 AND msgstatus=3",
-          FindConversation(cid), arrival)
-      .Run();
+std::optional<biz::IMMessage> MessageStore::Find(const ChatKey& key, std::int64_t msgid) {
+  auto row = database().Prepare(MESSAGE_QUERY "WHERE m.msgid=? AND m.conversation=?", msgid,
+                                conversations_.Find(key));
+  if (!row.Step()) return std::nullopt;
+  return ReadMessage(row, self_);
 }
 
-biz::IMMessage MessageStore::Read(const sqlite::Statement& row) const {
-  biz::IMMessage message;
-  message.msgid = row.Int64(0);
-  message.msgtime = row.Int64(1);
-  message.cid = {row.Wide(2), row.Wide(3)};
-  const bool outgoing = row.Bool(4);
-  message.fromid = outgoing ? self_ : message.cid;
-  message.toid = outgoing ? message.cid : self_;
-  message.msgtype = row.Int32(5);
-  message.msgstatus = row.Int32(6);
-  message.svrtime = row.Int64(7);
-  message.readflag = row.Int32(8);
-  message.extinfo = {row.Wide(9), row.Int32(10), row.Int32(11), row.Int32(12)};
-  message.msgbody = row.Wide(13);
-  return message;
+std::optional<biz::IMMessage> MessageStore::FindAnywhere(std::int64_t msgid) {
+  auto row = database().Prepare(MESSAGE_QUERY "WHERE m.msgid=? AND c.kind=0", msgid);
+  if (!row.Step()) return std::nullopt;
+  return ReadMessage(row, self_);
 }
 
-biz::IMMessagePage MessageStore::Page(const biz::IMUserID& cid, const biz::IMPageRequest& request) {
+biz::IMMessagePage MessageStore::Page(const ChatKey& key, const biz::IMPageRequest& request) {
   const std::int32_t count =
       request.count > 0 ? std::min(request.count, kMostCount) : kDefaultCount;
-  const bool newest = request.msgtime == 0 && request.msgid == 0;
+  const Position at{request.msgtime, request.msgid};
   // Without a position the page is the newest one, whichever way it goes on.
-  const bool older = request.gohistory || newest;
-  const std::int64_t end = std::numeric_limits<std::int64_t>::max();
-  const std::int64_t time = newest ? end : request.msgtime;
-  const std::int64_t id = newest ? end : request.msgid;
-  const std::int64_t conversation = FindConversation(cid);
+  const bool older = request.gohistory || at.is_end();
+  PlaceRange range = search_.CompletePart(key, request.ignoreboundary);
+  range.GoOnFrom(places_, at, older);
+  const std::int64_t conversation = conversations_.Find(key);
   // One more than asked for tells whether the store goes on.
   const std::int64_t limit = std::int64_t{count} + 1;
   auto row = older ? database().Prepare(MESSAGE_QUERY
-                                        "WHERE m.conversation=? AND (m.msgtime, m.msgid) < (?, ?) "
-                                        "ORDER BY m.msgtime DESC, m.msgid DESC LIMIT ?",
-                                        conversation, time, id, limit)
+                                        "WHERE m.conversation=? AND m.place BETWEEN ? AND ? "
+                                        "ORDER BY m.place DESC LIMIT ?",
+                                        conversation, range.first, range.last, limit)
                    : database().Prepare(MESSAGE_QUERY
-                                        "WHERE m.conversation=? AND (m.msgtime, m.msgid) > (?, ?) "
-                                        "ORDER BY m.msgtime, m.msgid LIMIT ?",
-                                        conversation, time, id, limit);
+                                        "WHERE m.conversation=? AND m.place BETWEEN ? AND ? "
+                                        "ORDER BY m.place LIMIT ?",
+                                        conversation, range.first, range.last, limit);
   biz::IMMessagePage page;
   page.outofcache = true;
   while (row.Step()) {
@@ -145,36 +112,49 @@ biz::IMMessagePage MessageStore::Page(const biz::IMUserID& cid, const biz::IMPag
       page.outofcache = false;
       break;
     }
-    page.msgs.push_back(Read(row));
+    page.msgs.push_back(ReadMessage(row, self_));
   }
   if (older) std::reverse(page.msgs.begin(), page.msgs.end());
   return page;
 }
 
+Position MessageStore::NewestOf(std::int64_t conversation) {
+  auto row = database().Prepare(
+      "SELECT msgtime, msgid FROM messages WHERE conversation=? ORDER BY place DESC LIMIT 1",
+      conversation);
+  return row.Step() ? Position{row.Int64(0), row.Int64(1)} : Position{};
+}
+
 std::vector<StoredConversation> MessageStore::Conversations() {
   auto row = database().Prepare(
-      "SELECT c.appkey, c.nick, m.msgtime, m.msgid, "
+      "SELECT c.appkey, c.nick, c.kind, m.msgtime, m.msgid, "
       "(SELECT count(*) FROM messages WHERE conversation=c.id AND readflag=0 AND msgstatus=3), "
       "(SELECT max(arrival) FROM messages WHERE conversation=c.id AND readflag=0 AND msgstatus=3) "
-      "FROM conversations c JOIN messages m ON m.arrival="
-      "(SELECT arrival FROM messages WHERE conversation=c.id "
-      "ORDER BY msgtime DESC, msgid DESC LIMIT 1)");
+      "FROM conversations c JOIN messages m ON m.place="
+      "(SELECT place FROM messages WHERE conversation=c.id ORDER BY place DESC LIMIT 1)");
   std::vector<StoredConversation> found;
   while (row.Step()) {
-    found.push_back(
-        {{row.Wide(0), row.Wide(1)}, {row.Int64(2), row.Int64(3)}, row.Int64(5), row.Int32(4)});
+    found.push_back({{{row.Wide(0), row.Wide(1)}, static_cast<ChatKind>(row.Int32(2))},
+                     {row.Int64(3), row.Int64(4)},
+                     row.Int64(6),
+                     row.Int32(5)});
+    // What comes is told from these even when all of them are read by then.
+    last_arrival_ = std::max(last_arrival_, row.Int64(6));
   }
   return found;
 }
 
-std::vector<biz::IMMessage> MessageStore::NewestUnread(std::size_t count) {
+std::vector<Arrived> MessageStore::NewestUnread(std::size_t count) {
   auto row = database().Prepare(MESSAGE_QUERY
-                                "WHERE m.arrival IN (SELECT arrival FROM messages "
+                                "WHERE m.place IN (SELECT place FROM messages "
                                 "WHERE readflag=0 AND msgstatus=3 "
                                 "ORDER BY arrival DESC LIMIT ?) ORDER BY m.arrival DESC",
                                 static_cast<std::int64_t>(count));
-  std::vector<biz::IMMessage> found;
-  while (row.Step()) found.push_back(Read(row));
+  std::vector<Arrived> found;
+  while (row.Step()) {
+    found.push_back({ReadMessage(row, self_), row.Int64(kArrivalColumn),
+                     static_cast<ChatKind>(row.Int32(kKindColumn)), true});
+  }
   return found;
 }
 
@@ -182,7 +162,7 @@ std::vector<Unsent> MessageStore::Sending() {
   auto row = database().Prepare(MESSAGE_QUERY
                                 "WHERE m.msgstatus IN (0, 2) AND m.msgstatus=0 ORDER BY m.msgid");
   std::vector<Unsent> found;
-  while (row.Step()) found.push_back({Read(row), row.Bool(kCompleteColumn)});
+  while (row.Step()) found.push_back({ReadMessage(row, self_), row.Bool(kCompleteColumn)});
   return found;
 }
 
@@ -198,9 +178,9 @@ std::vector<std::pair<biz::IMUserID, std::int64_t>> MessageStore::Failed() {
 std::optional<Unsent> MessageStore::FindUnsent(const biz::IMUserID& cid, std::int64_t msgid) {
   auto row = database().Prepare(MESSAGE_QUERY
                                 "WHERE m.msgid=? AND m.conversation=? AND m.msgstatus IN (0, 2)",
-                                msgid, FindConversation(cid));
+                                msgid, conversations_.Find(cid));
   if (!row.Step()) return std::nullopt;
-  return Unsent{Read(row), row.Bool(kCompleteColumn)};
+  return Unsent{ReadMessage(row, self_), row.Bool(kCompleteColumn)};
 }
 
 }  // namespace imsdk::account

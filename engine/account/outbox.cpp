@@ -1,9 +1,9 @@
 #include "account/outbox.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
-#include "account/body_composer.h"
 #include "kexbase/callback.h"
 #include "kexbase/time.h"
 
@@ -11,8 +11,11 @@ namespace imsdk::account {
 
 std::int32_t Outbox::Send(const biz::IMUserID& cid, std::vector<biz::IMBodyItem> items,
                           const biz::IMSendOptions& options) {
+  if (HasInputStatus(items)) return SendInputStatus(cid, items);
   std::size_t content = 0;
-  if (const auto refused = CheckBody(items, &content); refused != biz::kEngineOk) return refused;
+  const auto refused = CheckBody(items, &content);
+  const bool forwards = refused == biz::kEngineEmpty && options.forward_msgid != 0;
+  if (refused != biz::kEngineOk && !forwards) return refused;
   if (open_count_ >= kMostOpenMessages || open_content_ + content > kMostOpenContent) {
     return biz::kEngineBusy;
   }
@@ -28,11 +31,24 @@ std::int32_t Outbox::Send(const biz::IMUserID& cid, std::vector<biz::IMBodyItem>
   open_content_ += content;
   message.msgtime = base::Time::Now().ToMilliseconds();
   message.msgid = state_->environment->ids->Next();
-  auto prepare = [message = std::move(message), items = std::move(items), content](Outbox& outbox) {
-    outbox.Prepare(message, items);
+  auto prepare = [message = std::move(message), items = std::move(items), options,
+                  content](Outbox& outbox) {
+    outbox.Prepare(message, items, options);
     outbox.open_content_ -= content;
   };
   state_->runner->PostTask(FROM_HERE, base::BindWeak(weak_from_this(), std::move(prepare)));
+  return biz::kEngineOk;
+}
+
+std::int32_t Outbox::SendInputStatus(const biz::IMUserID& cid,
+                                     const std::vector<biz::IMBodyItem>& items) {
+  const auto status = InputStatusOf(items);
+  if (!status) return biz::kEngineRefused;
+  if (state_->closed) return biz::kEngineNotLoggedIn;
+  state_->runner->PostTask(
+      FROM_HERE, base::BindWeak(weak_from_this(), [cid, status = *status](Outbox& outbox) {
+        if (outbox.session_) outbox.session_->Signal(cid, status);
+      }));
   return biz::kEngineOk;
 }
 
@@ -41,8 +57,31 @@ bool Outbox::StopTaking() {
   return !state_->closed.exchange(true);
 }
 
-void Outbox::Prepare(biz::IMMessage message, const std::vector<biz::IMBodyItem>& items) {
-  ComposedBody composed = ComposeBody(items, state_->files);
+ComposedBody Outbox::Forwarded(std::int64_t msgid) {
+  state_->commit.Flush();
+  ComposedBody body;
+  std::optional<biz::IMMessage> found;
+  body.result = sqlite::Guarded([&] { found = state_->store.FindAnywhere(msgid); });
+  if (!found || found->msgstatus == biz::kMsgWithdrawn) {
+    if (body.result.ok()) {
+      body.result = {biz::kEngineNotFound, 0, L"the message to forward was not found"};
+    }
+    return body;
+  }
+  body.msgtype = found->msgtype;
+  body.body = std::move(found->msgbody);
+  body.others = std::move(found->extinfo.others);
+  return body;
+}
+
+void Outbox::Prepare(biz::IMMessage message, const std::vector<biz::IMBodyItem>& items,
+                     const biz::IMSendOptions& options) {
+  std::size_t content = 0;
+  const bool forwards =
+      options.forward_msgid != 0 && CheckBody(items, &content) == biz::kEngineEmpty;
+  ComposedBody composed =
+      forwards ? Forwarded(options.forward_msgid) : ComposeBody(items, state_->files);
+  if (!forwards && options.forward_msgid != 0) composed.msgtype = options.forward_msgtype;
   message.msgtype = composed.msgtype;
   message.msgbody = std::move(composed.body);
   message.extinfo.others = std::move(composed.others);
@@ -70,7 +109,7 @@ void Outbox::Announce(const biz::IMMessage& message, const biz::ResultCode& prob
   }
 }
 
-std::int32_t Outbox::Resend(const biz::IMUserID& cid, std::int64_t msgid) {
+std::int32_t Outbox::Resend(const biz::IMUserID& cid, std::int64_t msgid, bool at_once) {
   base::AutoLock hold_queue(queue_lock_);
   if (state_->closed) return biz::kEngineNotLoggedIn;
   {
@@ -80,9 +119,14 @@ std::int32_t Outbox::Resend(const biz::IMUserID& cid, std::int64_t msgid) {
     failed_.erase(entry);
   }
   ++open_count_;
-  state_->runner->PostTask(
-      FROM_HERE, base::BindWeak(weak_from_this(),
-                                [cid, msgid](Outbox& outbox) { outbox.TryAgain(cid, msgid); }));
+  auto try_again = [cid, msgid, at_once](Outbox& outbox) {
+    if (at_once && !outbox.session_) {
+      outbox.hopeless_ = false;  // until the attempt that is asked for now has failed
+      outbox.want_link_();
+    }
+    outbox.TryAgain(cid, msgid);
+  };
+  state_->runner->PostTask(FROM_HERE, base::BindWeak(weak_from_this(), std::move(try_again)));
   return biz::kEngineOk;
 }
 
@@ -154,9 +198,14 @@ void Outbox::HandOver(const biz::IMMessage& message) {
 }
 
 void Outbox::Deliver(const biz::IMMessage& message) {
-  const link::Message outgoing{message.msgid,   message.msgtime, 0,
-                               message.fromid,  message.toid,    message.msgtype,
-                               message.msgbody, message.extinfo};
+  link::Message outgoing;
+  outgoing.msgid = message.msgid;
+  outgoing.msgtime = message.msgtime;
+  outgoing.from = message.fromid;
+  outgoing.to = message.toid;
+  outgoing.msgtype = message.msgtype;
+  outgoing.body = message.msgbody;
+  outgoing.ext = message.extinfo;
   session_->Deliver(
       outgoing, [runner = state_->runner, weak = weak_from_this(), msgid = message.msgid](
                     const biz::ResultCode& result, std::int64_t svrtime) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <unordered_map>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "account/account_state.h"
+#include "account/body_composer.h"
 #include "imsdk/biz/message.h"
 #include "imsdk/biz/single_chat.h"
 #include "kexbase/lock.h"
@@ -34,7 +36,8 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   // Any thread. Both return 0 or an `EngineCode` that refuses.
   std::int32_t Send(const biz::IMUserID& cid, std::vector<biz::IMBodyItem> items,
                     const biz::IMSendOptions& options);
-  std::int32_t Resend(const biz::IMUserID& cid, std::int64_t msgid);
+  // `at_once`: without a link, one is asked for and waited for.
+  std::int32_t Resend(const biz::IMUserID& cid, std::int64_t msgid, bool at_once);
 
   // Logs the account out as far as the callers can tell: what they send from now on is refused, and
   // everything taken before is queued on the worker. False when it was logged out already.
@@ -44,6 +47,8 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
 
   // Takes up what the store has from earlier sessions. May throw `sqlite::Error`.
   void Load();
+  // How to ask for a link.
+  void WantLink(std::function<void()> want_link) { want_link_ = std::move(want_link); }
   // The link is there: hands over what is open.
   void Connect(std::shared_ptr<link::Session> session);
   // The link is gone. What is open waits for the next `Connect`, at most for its time limit.
@@ -62,8 +67,13 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
     Deadline deadline;
   };
 
+  // The one item of a typing state goes to the peer and nowhere else.
+  std::int32_t SendInputStatus(const biz::IMUserID& cid, const std::vector<biz::IMBodyItem>& items);
   void AddOpen(biz::IMMessage message);
-  void Prepare(biz::IMMessage message, const std::vector<biz::IMBodyItem>& items);
+  void Prepare(biz::IMMessage message, const std::vector<biz::IMBodyItem>& items,
+               const biz::IMSendOptions& options);
+  // The stored message `msgid` as a body to send.
+  ComposedBody Forwarded(std::int64_t msgid);
   void Announce(const biz::IMMessage& message, const biz::ResultCode& problem,
                 const biz::ResultCode& stored);
   void TryAgain(const biz::IMUserID& cid, std::int64_t msgid);
@@ -87,6 +97,7 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   base::Lock failed_lock_;
   std::unordered_map<std::int64_t, biz::IMUserID> failed_;  // may be sent again
 
+  std::function<void()> want_link_;
   std::shared_ptr<link::Session> session_;
   bool hopeless_ = false;
   std::map<std::int64_t, Open> open_;

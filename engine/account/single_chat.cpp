@@ -1,8 +1,7 @@
 #include "account/single_chat.h"
 
-#include <utility>
-
-#include "kexbase/callback.h"
+#include "account/conversation.h"
+#include "account/on_worker.h"
 #include "kexbase/strings.h"
 
 namespace imsdk::account {
@@ -18,55 +17,60 @@ bool CanNameUser(const biz::IMUserID& user) {
          base::Utf16Length(user.nick) <= kLongestName;
 }
 
-biz::IMMessagePage Conversation::GetNewMsg(const biz::IMPageRequest& request) {
-  if (state_->closed) return {};
-  return state_->chat.NewMessages(cid_, request);
-}
-
-void Conversation::SetNewMsgReaded(biz::IMDoneCallback done) {
-  if (state_->closed) return done(NotLoggedIn());
-  const std::int64_t arrival = state_->chat.MarkRead(cid_);
-  if (arrival == 0) return done({});
-  auto mark = [cid = cid_, arrival, done = std::move(done)](AccountState& state) {
-    if (state.ended) return done(NotLoggedIn());
-    state.commit.Add(
-        [&state, cid, arrival](sqlite::Database&) { state.store.MarkRead(cid, arrival); },
-        [done](const biz::ResultCode& stored) { done(stored); });
-  };
-  state_->runner->PostTask(FROM_HERE, base::BindWeak(std::weak_ptr(state_), std::move(mark)));
-}
-
-std::int32_t Conversation::GetUnreadCount() const {
-  return state_->closed ? 0 : state_->chat.Unread(cid_);
-}
-
-void Conversation::GetLocalHisMsg(const biz::IMPageRequest& request, biz::IMPageCallback done) {
-  if (state_->closed) return done(NotLoggedIn(), {});
-  auto read = [cid = cid_, request, done = std::move(done)](AccountState& state) {
-    if (state.ended) return done(NotLoggedIn(), {});
-    state.commit.Flush();  // what was done before is part of the page
-    biz::IMMessagePage page;
-    const biz::ResultCode result = sqlite::Guarded([&] { page = state.store.Page(cid, request); });
-    done(result, result.ok() ? std::move(page) : biz::IMMessagePage{});
-  };
-  state_->runner->PostTask(FROM_HERE, base::BindWeak(std::weak_ptr(state_), std::move(read)));
-}
-
-std::int32_t Conversation::SendMsg(std::vector<biz::IMBodyItem> body,
-                                   const biz::IMSendOptions& options) {
-  return outbox_->Send(cid_, std::move(body), options);
-}
-
-std::int32_t Conversation::ReSendMsg(std::int64_t msgid) { return outbox_->Resend(cid_, msgid); }
-
 RefPtr<biz::IIMConversation> SingleChatMgr::GetConversation(const biz::IMUserID& cid) {
-  if (state_->closed || !CanNameUser(cid)) return {};
-  return RefPtr<biz::IIMConversation>(new Conversation(state_, outbox_, WellFormed(cid)));
+  if (account_.state->closed || !CanNameUser(cid)) return {};
+  return RefPtr<biz::IIMConversation>(new Conversation(account_, WellFormed(cid)));
 }
 
 std::vector<biz::IMUnreadCount> SingleChatMgr::GetConversations() {
-  if (state_->closed) return {};
-  return state_->chat.Conversations();
+  if (account_.state->closed) return {};
+  return account_.state->chat.Conversations();
+}
+
+void SingleChatMgr::SearchMsg(const biz::IMSearchRequest& request, biz::IMSearchCallback done) {
+  Query<biz::IMSearchPage>(account_.state, std::move(done), [request](AccountState& here) {
+    return here.store.search().SearchAll(request);
+  });
+}
+
+void SingleChatMgr::SearchConversations(const biz::IMSearchRequest& request,
+                                        biz::IMUsersCallback done) {
+  Query<std::vector<biz::IMUserID>>(account_.state, std::move(done), [request](AccountState& here) {
+    return here.store.search().Conversations(request);
+  });
+}
+
+void SingleChatMgr::SetNewMsgMaxCache(std::int32_t count) {
+  if (!account_.state->closed) account_.state->chat.SetMaxCache(count);
+}
+
+void SingleChatMgr::GetRoamStatus(biz::IMRoamStatusCallback done) {
+  OnWorker(
+      account_.state,
+      [done](AccountState& here) {
+        here.line->Ask<biz::IMRoamStatus>(
+            [](link::Session& session, link::RoamingCallback answer) {
+              session.GetRoaming(std::move(answer));
+            },
+            done);
+      },
+      [done](const biz::ResultCode& why) { done(why, {}); });
+}
+
+void SingleChatMgr::SetRoamStatus(std::int32_t status, biz::IMDoneCallback done) {
+  if (status != biz::kRoamingOff && status != biz::kRoamingOn) {
+    return done({biz::kEngineRefused, 0, L"there is no such status"});
+  }
+  OnWorker(
+      account_.state,
+      [status, done](AccountState& here) {
+        here.line->Ask(
+            [status](link::Session& session, link::DoneCallback answer) {
+              session.SetRoaming(status, std::move(answer));
+            },
+            done);
+      },
+      done);
 }
 
 }  // namespace imsdk::account

@@ -80,6 +80,9 @@ class Database {
     return statement;
   }
 
+  // For what this class does not wrap.
+  sqlite3* handle() const { return handle_; }
+
   // Runs SQL text of any number of statements.
   void Execute(const char* sql);
   std::int64_t LastInsertId() const;

@@ -1,7 +1,7 @@
 # What every command of ./dev shares: messages, root rights, Debian packages, builds.
 
 library_packages='g++ cmake ninja-build ccache pkg-config libboost-dev rapidjson-dev libsqlite3-dev
-  libspdlog-dev libfmt-dev libsodium-dev libssl-dev libpng-dev ca-certificates'
+  libspdlog-dev libfmt-dev libsodium-dev libssl-dev libpng-dev libutf8proc-dev ca-certificates'
 test_packages='libgtest-dev libgmock-dev'
 browser_packages='chromium fonts-noto-color-emoji fonts-noto-cjk'
 
