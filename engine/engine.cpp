@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <thread>
 #include <utility>
 
 #include "account/account_mgr.h"
+#include "account/device_name.h"
 #include "account/single_chat.h"
 #include "demo/demo_set.h"
 #include "embedded/embedded_server.h"
@@ -32,15 +34,19 @@ class EmbeddedEngine final : public Engine {
     // First, because it holds the data folder against other engines.
     ids_ =
         std::make_shared<account::MessageIds>(folder_.MessageIds(), clock, pool_->First().runner);
-    server_ = std::make_shared<embedded::EmbeddedServer>(embedded::ServerOptions{
-        folder_.ServerStore(), setup.options.token_life_ms, setup.hash_cost});
+    server_ = std::make_shared<embedded::EmbeddedServer>(
+        embedded::ServerOptions{folder_.ServerStore(), setup.options.token_life_ms, setup.hash_cost,
+                                std::chrono::milliseconds(setup.options.withdraw_limit_ms)});
     if (setup.options.demo && !server_->HasAccounts()) demo::Fill(folder_, *server_);
     const std::shared_ptr<link::ServerLink> link =
         setup.wrap_link ? setup.wrap_link(server_) : server_;
-    accounts_ = RefPtr(
-        new account::AccountMgr(std::make_shared<const account::Environment>(
-                                    account::Environment{link, ids_, folder_, setup.timeouts}),
-                                pool_));
+    account::Environment environment{
+        link, ids_, folder_, setup.timeouts, account::DeviceName(folder_.DeviceName()), {}};
+    for (const base::FilePath& folder : setup.options.send_from) {
+      environment.send_from.push_back(account::ToPath(folder));
+    }
+    accounts_ = RefPtr(new account::AccountMgr(
+        std::make_shared<const account::Environment>(std::move(environment)), pool_));
     GetKexCOM()->RegisterService(biz::IIMAccountMgr::kServiceId, accounts_.get());
   }
 
@@ -60,6 +66,20 @@ class EmbeddedEngine final : public Engine {
 
   std::wstring IssueToken(const biz::IMUserID& user) override {
     return server_->IssueToken(account::WellFormed(user));
+  }
+
+  bool Publish(VirtualKind kind, const biz::IMUserID& from, const biz::IMUserID& to,
+               const std::wstring& body) override {
+    const bool known = kind == VirtualKind::kSystem || kind == VirtualKind::kSubscription;
+    if (!known || !account::CanNameUser(from) || body.empty()) return false;
+    link::Message message;
+    message.msgid = ids_->Next();
+    message.msgtime = base::Time::Now().ToMilliseconds();
+    message.from = account::WellFormed(from);
+    message.to = account::WellFormed(to);
+    message.body = body;
+    message.channel = static_cast<link::Channel>(static_cast<std::int32_t>(kind));
+    return server_->Publish(message);
   }
 
  private:

@@ -57,6 +57,11 @@ constexpr ScriptLine kLines[] = {
     {2 * kDay + 40, kLighthouse, kMariner, L"To the minute \U0001F4AF"},
     {130, kLighthouse, kMariner, L"beam.png", biz::kMsgPicture, true},
     {128, kLighthouse, kMariner, L"Look for this one tonight.", biz::kMsgText, true},
+
+    {6 * kDay, L"system", kHarbor, L"Welcome! Your messages are kept on this machine only.",
+     biz::kMsgText, true, link::Channel::kSystem},
+    {kDay + 30, L"coastguard", kHarbor, L"Weather for the coast: fog from the west by evening.",
+     biz::kMsgText, true, link::Channel::kSubscription},
 };
 
 }  // namespace

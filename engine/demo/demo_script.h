@@ -5,6 +5,7 @@
 #include <span>
 
 #include "imsdk/biz/message.h"
+#include "link/server_link.h"
 
 namespace imsdk::demo {
 
@@ -15,6 +16,7 @@ struct ScriptLine {
   const wchar_t* text = L"";  // for a file: its name
   biz::IMMsgType kind = biz::kMsgText;
   bool unread = false;  // by the receiver
+  link::Channel channel = link::Channel::kSingleChat;
 };
 
 // Oldest first within each pair.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "account/body_composer.h"
+#include "account/link_message.h"
 #include "account/message_ids.h"
 #include "account/message_store.h"
 #include "demo/demo_media.h"
@@ -37,6 +38,7 @@ link::Message MakeMessage(const ScriptLine& line, const account::DataFolder& fol
   link::Message message;
   message.from = User(line.from);
   message.to = User(line.to);
+  message.channel = line.channel;
   message.msgtime = now - line.minutes_ago * 60'000;
   message.svrtime = message.msgtime + 40;
   message.msgid = ((message.msgtime << account::kCounterBits) + number) << account::kNodeBits;
@@ -66,24 +68,17 @@ void FillStore(const account::DataFolder& folder, const biz::IMUserID& self,
   sqlite::Transaction transaction(store.database());
   for (std::size_t i = 0; i < messages.size(); ++i) {
     const link::Message& from = messages[i];
-    const bool outgoing = from.from == self;
-    if (!outgoing && from.to != self) continue;
-    biz::IMMessage message{from.msgid,
-                           from.msgtime,
-                           outgoing ? from.to : from.from,
-                           from.from,
-                           from.to,
-                           from.msgtype,
-                           outgoing ? biz::kMsgSent : biz::kMsgReceived,
-                           from.body,
-                           from.svrtime,
-                           Script()[i].unread ? biz::kMsgUnread : biz::kMsgRead,
-                           from.ext};
-    if (outgoing) {
+    if (from.from != self && from.to != self) continue;
+    biz::IMMessage message = account::FromLink(from, self);
+    const account::ChatKey key(message.cid, account::KindOf(from.channel));
+    if (from.from == self) {
       store.AddOutgoing(message, true);
     } else {
-      store.AddIncoming(message);
+      if (!Script()[i].unread) message.readflag = biz::kMsgRead;
+      store.AddIncoming(message, key.kind);
     }
+    // There is nothing to roam: the server has no more than this.
+    store.conversations().SetComplete(key, store.conversations().Complete(key).from, true);
   }
   transaction.Commit();
 }

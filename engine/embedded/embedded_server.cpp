@@ -24,12 +24,13 @@ biz::ResultCode UnknownUser() { return {biz::kEngineUnknownUser, 0, L"there is n
 EmbeddedServer::EmbeddedServer(const ServerOptions& options)
     : options_(options),
       store_(std::make_unique<ServerStore>(options.file)),
+      desk_(*store_, options.withdraw_limit),
       store_thread_("ImServerStore"),
       hash_thread_("ImServerHash"),
       commit_([this]() -> sqlite::Database& { return store_->database(); },
               [this] { OnStore([this] { commit_.Flush(); }); }) {
   if (!InitCredentials()) throw std::runtime_error("the system gives no random numbers");
-  room_ = std::make_shared<MailRoom>(*store_, commit_, store_thread_.task_runner());
+  room_ = std::make_shared<MailRoom>(*store_, desk_, commit_, store_thread_.task_runner());
   if (!store_thread_.Start() || !hash_thread_.Start()) {
     throw std::runtime_error("the system gives no threads");
   }
@@ -54,7 +55,7 @@ void EmbeddedServer::LoginByPassword(const biz::IMUserID& user, const std::wstri
     std::optional<StoredAccount> account;
     const biz::ResultCode read = sqlite::Guarded([&] { account = store_->FindAccount(user); });
     if (!read.ok()) return done(read, {});
-    if (!account) return done(UnknownUser(), {});
+    if (!account || account->is_virtual()) return done(UnknownUser(), {});
     Verify(user, *account, password, done);
   });
 }
@@ -99,21 +100,25 @@ void EmbeddedServer::Give(const biz::IMUserID& user, std::int64_t account,
 }
 
 void EmbeddedServer::Connect(const biz::IMUserID& user, const std::wstring& token,
+                             const std::string& device,
                              std::weak_ptr<link::SessionListener> listener,
                              link::ConnectCallback done) {
-  OnStore([this, user, token, listener = std::move(listener), done = std::move(done)] {
+  OnStore([this, user, token, device, listener = std::move(listener), done = std::move(done)] {
     room_->StoreAcknowledged();
     commit_.Flush();
     StoredAccount account;
     biz::ResultCode result = CheckToken(user, token, &account);
+    StoredDevice known;
     std::shared_ptr<link::Session> session;
     if (result.ok()) {
       result = sqlite::Guarded([&] {
-        session = std::make_shared<EmbeddedSession>(room_, store_thread_.task_runner(),
-                                                    room_->Open(user, account, listener));
+        known = store_->Device(account.id, device);
+        session = std::make_shared<EmbeddedSession>(
+            room_, store_thread_.task_runner(),
+            room_->Open({user, account.id, known.id}, known.acknowledged, listener));
       });
     }
-    done(result, session, account.acknowledged);
+    done(result, session, known.acknowledged);
   });
 }
 
@@ -149,11 +154,22 @@ std::wstring EmbeddedServer::IssueToken(const biz::IMUserID& user) {
   bool known = false;
   const bool stored = DoOnStore([&] {
     const auto account = store_->FindAccount(user);
-    if (!account) return;
+    if (!account || account->is_virtual()) return;
     store_->AddToken(account->id, HashToken(token), Now() + options_.token_life_ms, Now());
     known = true;
   });
   return stored && known ? base::UTF8ToWide(token) : std::wstring();
+}
+
+bool EmbeddedServer::Publish(const link::Message& message) {
+  std::promise<bool> answer;
+  const bool posted = OnStore([&] {
+    room_->Change(
+        Caller{}, [message](PostDesk& desk, const Caller&) { return desk.Publish(message); },
+        [&](const biz::ResultCode& result, const Outcome&) { answer.set_value(result.ok()); });
+    commit_.Flush();
+  });
+  return posted && answer.get_future().get();
 }
 
 bool EmbeddedServer::Seed(const std::vector<biz::IMUserID>& users, const std::wstring& password,
@@ -167,11 +183,16 @@ bool EmbeddedServer::Seed(const std::vector<biz::IMUserID>& users, const std::ws
     sqlite::Transaction transaction(store_->database());
     for (std::size_t i = 0; i < users.size(); ++i) store_->AddAccount(users[i], hashes[i]);
     for (const link::Message& message : messages) {
+      if (message.channel != link::Channel::kSingleChat) {
+        store_->AddAccount(message.from, {}, message.channel);
+      }
       const auto sender = store_->FindAccount(message.from);
       const auto receiver = store_->FindAccount(message.to);
       if (!sender || !receiver) throw sqlite::Error("a message names an unknown account");
-      store_->SetAcknowledged(receiver->id, store_->AddMessage(sender->id, receiver->id, message));
+      const std::int64_t row = store_->mail().Add(sender->id, receiver->id, message);
+      store_->mail().AddEntry({receiver->id, EntryKind::kMessage, row, sender->id, {}, 0});
     }
+    store_->SetAllAcknowledged();
     transaction.Commit();
   });
 }

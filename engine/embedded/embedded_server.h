@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -10,6 +11,7 @@
 
 #include "embedded/credentials.h"
 #include "embedded/mail_room.h"
+#include "embedded/post_desk.h"
 #include "embedded/server_store.h"
 #include "kexbase/thread.h"
 #include "link/server_link.h"
@@ -21,6 +23,7 @@ struct ServerOptions {
   std::filesystem::path file;  // its folder is there
   std::int64_t token_life_ms = 0;
   HashCost hash_cost;
+  std::chrono::milliseconds withdraw_limit{120'000};  // a message that is older stays
 };
 
 // Two threads: one owns the store and everything that happens to messages, the other hashes
@@ -39,7 +42,7 @@ class EmbeddedServer final : public link::ServerLink {
                        link::GrantCallback done) override;
   void LoginByToken(const biz::IMUserID& user, const std::wstring& token,
                     link::GrantCallback done) override;
-  void Connect(const biz::IMUserID& user, const std::wstring& token,
+  void Connect(const biz::IMUserID& user, const std::wstring& token, const std::string& device,
                std::weak_ptr<link::SessionListener> listener, link::ConnectCallback done) override;
 
   // Administration. These wait for the store; not for the server's own threads.
@@ -49,8 +52,12 @@ class EmbeddedServer final : public link::ServerLink {
   bool CreateAccount(const biz::IMUserID& user, const std::wstring& password);
   // Empty for an unknown account, and when the store fails.
   std::wstring IssueToken(const biz::IMUserID& user);
+  // Has a virtual user, made when it is new, send a message. False when the sender is another kind
+  // of user, the receiver is none, the text is too large or the store fails.
+  bool Publish(const link::Message& message);
   // Makes accounts with one password, and messages of the past between them, with their server
-  // times, as delivered. All or nothing; false for nothing.
+  // times, as delivered; senders of other channels are virtual users. All or nothing; false for
+  // nothing.
   bool Seed(const std::vector<biz::IMUserID>& users, const std::wstring& password,
             const std::vector<link::Message>& messages);
 
@@ -67,6 +74,7 @@ class EmbeddedServer final : public link::ServerLink {
 
   const ServerOptions options_;
   std::unique_ptr<ServerStore> store_;
+  PostDesk desk_;
   base::Thread store_thread_;
   base::Thread hash_thread_;
   sqlite::GroupCommit commit_;

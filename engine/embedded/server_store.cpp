@@ -1,5 +1,7 @@
 #include "embedded/server_store.h"
 
+#include <algorithm>
+
 namespace imsdk::embedded {
 
 namespace {
@@ -20,36 +22,113 @@ constexpr const char* kSchema[] = {R"sql(
     autochatmsg INTEGER NOT NULL, syschatmsg INTEGER NOT NULL,
     UNIQUE(sender, msgid));
   CREATE INDEX messages_for ON messages(receiver, position);
+)sql",
+                                   R"sql(
+  -- Positions go on counting where they were, now for entries.
+  ALTER TABLE accounts ADD COLUMN channel INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE accounts ADD COLUMN roaming INTEGER NOT NULL DEFAULT 1;
+  ALTER TABLE accounts ADD COLUMN roam_opened INTEGER NOT NULL DEFAULT 0;
+  CREATE TABLE devices(
+    id INTEGER PRIMARY KEY, account INTEGER NOT NULL, name TEXT NOT NULL,
+    acknowledged INTEGER NOT NULL, UNIQUE(account, name));
+  ALTER TABLE messages ADD COLUMN withdrawn INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE messages ADD COLUMN read INTEGER NOT NULL DEFAULT 0;
+  DROP INDEX messages_for;
+  CREATE INDEX messages_between ON messages(
+    min(sender, receiver), max(sender, receiver), msgtime, msgid, svrtime);
+  CREATE TABLE entries(
+    position INTEGER PRIMARY KEY AUTOINCREMENT,
+    account INTEGER NOT NULL, kind INTEGER NOT NULL, message INTEGER NOT NULL,
+    peer INTEGER NOT NULL, numbers TEXT NOT NULL, device INTEGER NOT NULL);
+  CREATE INDEX entries_for ON entries(account, position);
+  INSERT INTO entries
+    SELECT position, receiver, 0, position, sender, '', 0 FROM messages WHERE sender<>receiver
+    ORDER BY position;
+  CREATE TABLE reads(
+    account INTEGER NOT NULL, peer INTEGER NOT NULL, msgtime INTEGER NOT NULL,
+    msgid INTEGER NOT NULL, entry INTEGER NOT NULL, PRIMARY KEY(account, peer)) WITHOUT ROWID;
 )sql"};
 
 }  // namespace
 
-ServerStore::ServerStore(const std::filesystem::path& file) : database_(file) {
+ServerStore::ServerStore(const std::filesystem::path& file) : database_(file), mail_(database_) {
+  // What is taken back leaves no copy in a page that is free.
+  database_.Execute("PRAGMA secure_delete=ON");
   sqlite::Migrate(database_, kSchema);
 }
 
 std::optional<StoredAccount> ServerStore::FindAccount(const biz::IMUserID& user) {
   auto row = database_.Prepare(
-      "SELECT id, password_hash, acknowledged FROM accounts WHERE appkey=? AND nick=?", user.appkey,
-      user.nick);
+      "SELECT id, password_hash, channel, roam_opened, roaming FROM accounts "
+      "WHERE appkey=? AND nick=?",
+      user.appkey, user.nick);
   if (!row.Step()) return std::nullopt;
-  return StoredAccount{row.Int64(0), row.Text(1), row.Int64(2)};
+  return StoredAccount{row.Int64(0),
+                       row.Text(1),
+                       static_cast<link::Channel>(row.Int32(2)),
+                       {row.Int64(3), row.Int32(4)}};
 }
 
 bool ServerStore::HasAccounts() { return database_.Prepare("SELECT 1 FROM accounts").Step(); }
 
-bool ServerStore::AddAccount(const biz::IMUserID& user, const std::string& password_hash) {
+bool ServerStore::AddAccount(const biz::IMUserID& user, const std::string& password_hash,
+                             link::Channel channel) {
   database_
-      .Prepare("INSERT OR IGNORE INTO accounts(appkey, nick, password_hash) VALUES(?,?,?)",
-               user.appkey, user.nick, password_hash)
+      .Prepare(
+          "INSERT OR IGNORE INTO accounts(appkey, nick, password_hash, channel) VALUES(?,?,?,?)",
+          user.appkey, user.nick, password_hash, static_cast<std::int64_t>(channel))
       .Run();
   return database_.Changes() == 1;
 }
 
-void ServerStore::SetAcknowledged(std::int64_t account, std::int64_t position) {
+void ServerStore::SetRoaming(std::int64_t account, const biz::IMRoamStatus& roaming) {
   database_
-      .Prepare("UPDATE accounts SET acknowledged=max(acknowledged, ?) WHERE id=?", position,
-               account)
+      .Prepare("UPDATE accounts SET roaming=?, roam_opened=? WHERE id=?", roaming.roamstatus,
+               roaming.opentime, account)
+      .Run();
+}
+
+std::int64_t ServerStore::NewestTime() {
+  auto row = database_.Prepare("SELECT max(roam_opened) FROM accounts");
+  return std::max(mail_.NewestTime(), row.Step() ? row.Int64(0) : 0);
+}
+
+StoredDevice ServerStore::Device(std::int64_t account, const std::string& name) {
+  for (;;) {
+    {
+      auto row = database_.Prepare(
+          "SELECT id, acknowledged FROM devices WHERE account=? AND name=?", account, name);
+      if (row.Step()) return {row.Int64(0), row.Int64(1)};
+    }
+    database_
+        .Prepare(
+            "INSERT INTO devices(account, name, acknowledged) "
+            "SELECT id, ?, acknowledged FROM accounts WHERE id=?",
+            name, account)
+        .Run();
+  }
+}
+
+bool ServerStore::HasOtherDevices(std::int64_t account, std::int64_t device) {
+  return database_.Prepare("SELECT 1 FROM devices WHERE account=? AND id<>?", account, device)
+      .Step();
+}
+
+void ServerStore::SetAcknowledged(std::int64_t device, std::int64_t position) {
+  database_
+      .Prepare("UPDATE devices SET acknowledged=max(acknowledged, ?) WHERE id=?", position, device)
+      .Run();
+  database_
+      .Prepare(
+          "UPDATE accounts SET acknowledged=max(acknowledged, ?) "
+          "WHERE id=(SELECT account FROM devices WHERE id=?)",
+          position, device)
+      .Run();
+}
+
+void ServerStore::SetAllAcknowledged() {
+  database_
+      .Prepare("UPDATE accounts SET acknowledged=coalesce((SELECT max(position) FROM entries), 0)")
       .Run();
 }
 
@@ -65,67 +144,6 @@ bool ServerStore::HasToken(std::int64_t account, const std::string& hash, std::i
   return database_
       .Prepare("SELECT 1 FROM tokens WHERE hash=? AND account=? AND expires>?", hash, account, now)
       .Step();
-}
-
-std::optional<std::int64_t> ServerStore::FindMessage(std::int64_t sender, std::int64_t msgid) {
-  auto row =
-      database_.Prepare("SELECT svrtime FROM messages WHERE sender=? AND msgid=?", sender, msgid);
-  if (!row.Step()) return std::nullopt;
-  return row.Int64(0);
-}
-
-std::int64_t ServerStore::AddMessage(std::int64_t sender, std::int64_t receiver,
-                                     const link::Message& message) {
-  database_
-      .Prepare(
-          "INSERT INTO messages(sender, receiver, msgid, msgtime, svrtime, msgtype, body, others, "
-          "fixmsgread, autochatmsg, syschatmsg) VALUES(?,?,?,?,?,?,?,?,?,?,?)",
-          sender, receiver, message.msgid, message.msgtime, message.svrtime, message.msgtype,
-          message.body, message.ext.others, message.ext.fixmsgread, message.ext.autochatmsg,
-          message.ext.syschatmsg)
-      .Run();
-  return database_.LastInsertId();
-}
-
-std::vector<StoredMessage> ServerStore::MessagesFor(std::int64_t receiver, std::int64_t after,
-                                                    std::int64_t count, std::size_t bytes) {
-  auto row = database_.Prepare(
-      "SELECT m.position, m.msgid, m.msgtime, m.svrtime, s.appkey, s.nick, r.appkey, r.nick, "
-      "m.msgtype, m.body, m.others, m.fixmsgread, m.autochatmsg, m.syschatmsg "
-      "FROM messages m JOIN accounts s ON s.id=m.sender JOIN accounts r ON r.id=m.receiver "
-      "WHERE m.receiver=? AND m.position>? AND m.sender<>m.receiver "
-      "ORDER BY m.position LIMIT ?",
-      receiver, after, count);
-  std::vector<StoredMessage> found;
-  std::size_t text = 0;
-  while (text < bytes && row.Step()) {
-    StoredMessage& stored = found.emplace_back();
-    link::Message& message = stored.message;
-    stored.position = row.Int64(0);
-    message.msgid = row.Int64(1);
-    message.msgtime = row.Int64(2);
-    message.svrtime = row.Int64(3);
-    message.from = {row.Wide(4), row.Wide(5)};
-    message.to = {row.Wide(6), row.Wide(7)};
-    message.msgtype = row.Int32(8);
-    message.body = row.Wide(9);
-    message.ext = {row.Wide(10), row.Int32(11), row.Int32(12), row.Int32(13)};
-    text += message.body.size() * sizeof(wchar_t);
-  }
-  return found;
-}
-
-std::int64_t ServerStore::NewestFor(std::int64_t receiver) {
-  auto row = database_.Prepare(
-      "SELECT position FROM messages WHERE receiver=? AND sender<>receiver "
-      "ORDER BY position DESC LIMIT 1",
-      receiver);
-  return row.Step() ? row.Int64(0) : 0;
-}
-
-std::int64_t ServerStore::NewestTime() {
-  auto row = database_.Prepare("SELECT svrtime FROM messages ORDER BY position DESC LIMIT 1");
-  return row.Step() ? row.Int64(0) : 0;
 }
 
 }  // namespace imsdk::embedded
