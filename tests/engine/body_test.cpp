@@ -89,7 +89,7 @@ TEST(Body, ItemsAndTheirTokens) {
 TEST(Body, FilesAreCopiedIntoTheDataFolder) {
   TempFolder folder;
   TempFolder elsewhere;
-  const FileBox files(folder.path(), "files/harbor");
+  const FileBox files(folder.path(), "files/harbor", {elsewhere.path()});
   const auto source = elsewhere.path() / std::u8string(u8"b\u00FCro \u6E2F.PNG");
   std::ofstream(source, std::ios::binary) << kPng;
   const std::wstring path = account::FromPath(source).value();
@@ -108,6 +108,62 @@ TEST(Body, FilesAreCopiedIntoTheDataFolder) {
       << "a folder";
 }
 
+// A page names these files, so it must not reach what it may not see.
+TEST(Body, OnlyFilesThatMayBeSentAreCopied) {
+  TempFolder above;
+  const auto data = above.path() / "data";
+  const auto allowed = above.path() / "allowed";
+  const auto sibling = above.path() / "allowed-not";
+  for (const auto& folder : {data / "files", data / "server", allowed, sibling}) {
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "a.txt") << "content";
+  }
+  std::filesystem::create_symlink(data / "server" / "a.txt", data / "files" / "link.txt");
+  std::filesystem::create_symlink(data / "server", allowed / "server");
+  std::filesystem::create_symlink(allowed / "a.txt", data / "server" / "out.txt");
+  std::filesystem::create_symlink(allowed, above.path() / "by-link");
+  const auto full = [](const std::filesystem::path& path) {
+    return account::FromPath(path).value();
+  };
+  const std::vector<std::filesystem::path> nothing;
+  const struct {
+    const char* what;
+    std::vector<std::filesystem::path> send_from;
+    std::wstring path;
+    bool sent;
+  } cases[] = {
+      {"a file of the data folder", nothing, L"files/a.txt", true},
+      {"by its full path", nothing, full(data / "files" / "a.txt"), true},
+      {"a store", nothing, L"server/a.txt", false},
+      {"a store by its full path", nothing, full(data / "server" / "a.txt"), false},
+      {"a store by a detour", nothing, L"files/../server/a.txt", false},
+      {"a store by a link", nothing, L"files/link.txt", false},
+      {"elsewhere", nothing, full(allowed / "a.txt"), false},
+      {"allowed", {allowed}, full(allowed / "a.txt"), true},
+      {"a folder's beginning", {allowed}, full(sibling / "a.txt"), false},
+      {"out of an allowed one", {allowed}, full(allowed / ".." / "allowed-not" / "a.txt"), false},
+      {"a store by an allowed link", {allowed}, full(allowed / "server" / "a.txt"), false},
+      {"allowed by a link", {above.path() / "by-link"}, full(allowed / "a.txt"), true},
+      {"a link in the data folder to it", {allowed}, L"server/out.txt", true},
+      {"allowed with the stores inside", {above.path()}, full(data / "server" / "a.txt"), false},
+      {"allowed, the stores beside", {above.path()}, full(sibling / "a.txt"), true},
+      {"the stores themselves allowed", {data / "server"}, full(data / "server" / "a.txt"), false},
+      {"an allowed folder that is not there",
+       {above.path() / "no"},
+       full(allowed / "a.txt"),
+       false},
+      {"nothing", {allowed}, full(allowed / "no.txt"), false},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.what);
+    const FileBox files(data, "files/harbor", one.send_from);
+    account::KeptFile kept;
+    const auto result = files.KeepCopy(base::FilePath(one.path), &kept);
+    EXPECT_EQ(result.code, one.sent ? 0 : biz::kEngineNotFound);
+    EXPECT_EQ(kept.path.empty(), !one.sent);
+  }
+}
+
 TEST(Body, Limits) {
   const struct {
     const char* what;
@@ -120,6 +176,8 @@ TEST(Body, Limits) {
       {"1 MiB", {Text(std::wstring(1024 * 1024, L'x'))}, biz::kEngineOk},
       {"more", {Text(std::wstring(1024 * 1024, L'x')), Text(L"x")}, biz::kEngineTooLarge},
       {"in bytes", {Text(std::wstring(400 * 1024, L'\u6E2F'))}, biz::kEngineTooLarge},
+      {"a shake", {Item(biz::kMsgShake, L"")}, biz::kEngineOk},
+      {"two shakes", {Item(biz::kMsgShake, L""), Item(biz::kMsgShake, L"")}, biz::kEngineEmpty},
       {"32 MiB", {Item(biz::kMsgFile, L"", std::string(32 << 20, 'x'))}, biz::kEngineOk},
       {"more", {Item(biz::kMsgFile, L"", std::string((32 << 20) + 1, 'x'))}, biz::kEngineTooLarge},
   };
@@ -154,7 +212,7 @@ TEST(Body, ThroughTheEngine) {
   ASSERT_TRUE(harbor.AwaitStatuses(2));
   EXPECT_EQ(harbor.statuses[1].code, biz::kEngineNotFound);
   EXPECT_EQ(harbor.sent[1].msgstatus, biz::kMsgFailed);
-  EXPECT_EQ(chat->ReSendMsg(harbor.sent[1].msgid), 0);
+  EXPECT_EQ(chat->ReSendMsg(harbor.sent[1].msgid, false), 0);
   ASSERT_TRUE(harbor.AwaitStatuses(3));
   EXPECT_EQ(harbor.statuses[2].code, biz::kEngineNotFound) << "its file is still not there";
 }

@@ -42,6 +42,10 @@ TEST(Demo, FillsAnEmptyFolderOnce) {
     for (const auto kind : {biz::kMsgText, biz::kMsgPicture, biz::kMsgAudio, biz::kMsgFile}) {
       EXPECT_GT(kinds[kind], 0) << kind;
     }
+    const auto chats = Accounts()->GetAccount(User(L"harbor"))->GetIMVirtualChatMgr();
+    ASSERT_EQ(chats->GetConversations().size(), 2U);
+    EXPECT_EQ(chats->GetConversation(User(L"system"))->GetUnreadCount(), 1);
+    EXPECT_TRUE(chats->GetConversation(User(L"coastguard")));
     Witness lighthouse(User(L"lighthouse"));
     Send(User(L"harbor"), User(L"lighthouse"), L"hello");
     ASSERT_TRUE(lighthouse.AwaitReceived(1));

@@ -21,6 +21,7 @@ EngineSetup QuickSetup(const std::filesystem::path& data) {
   setup.options.data = account::FromPath(data);
   setup.hash_cost = {1, 8192};
   setup.timeouts.send = std::chrono::milliseconds(400);
+  setup.timeouts.request = std::chrono::milliseconds(400);
   setup.timeouts.login = std::chrono::milliseconds(1500);
   setup.timeouts.first_retry = std::chrono::milliseconds(50);
   return setup;
@@ -61,10 +62,12 @@ struct Witness::Link {
   }
 };
 
-Witness::Witness(const biz::IMUserID& user)
-    : user_(account::WellFormed(user)), link_(std::make_shared<Link>()) {
+Witness::Witness(const biz::IMUserID& user, RefPtr<biz::IIMAccountMgr> accounts)
+    : user_(account::WellFormed(user)),
+      accounts_(std::move(accounts)),
+      link_(std::make_shared<Link>()) {
   link_->witness = this;
-  on_login_ = Accounts()->Events().on_login_ok.connect([this, link = link_](const auto& who) {
+  on_login_ = accounts_->Events().on_login_ok.connect([this, link = link_](const auto& who) {
     std::unique_lock hold(link->lock);
     if (!link->witness || !(who == user_)) return;
     hold.unlock();
@@ -80,7 +83,7 @@ Witness::~Witness() {
 }
 
 void Witness::Listen() {
-  const auto account = Accounts()->GetAccount(user_);
+  const auto account = accounts_->GetAccount(user_);
   if (!account) return;
   auto& events = account->GetIMSingleChatMgr()->Events();
   events.on_receive_new_msg.connect([link = link_](const auto&, const auto& messages) {
@@ -111,6 +114,35 @@ void Witness::Listen() {
           witness.statuses.push_back({msgid, svrtime, result.code});
         });
       });
+  events.on_msg_withdraw.connect([link = link_](const auto&, const auto& what, const auto&) {
+    link->Change([&](Witness& witness) {
+      witness.order.push_back("withdraw");
+      witness.withdrawn.push_back(what);
+    });
+  });
+  events.on_flag_my_msg_readed.connect([link = link_](const auto&, const auto& changed) {
+    link->Change([&](Witness& witness) {
+      witness.order.push_back("flags");
+      witness.flags.insert(witness.flags.end(), changed.begin(), changed.end());
+    });
+  });
+  events.on_shake_msg.connect([link = link_](const auto&) {
+    link->Change([&](Witness& witness) { witness.order.push_back("shake"); });
+  });
+  events.on_peer_input.connect([link = link_](const auto& peer, auto status) {
+    link->Change([&](Witness& witness) { witness.inputs.emplace_back(peer, status); });
+  });
+  auto& virtuals = account->GetIMVirtualChatMgr()->Events();
+  virtuals.on_receive_sys_msg.connect([link = link_](const auto& messages) {
+    link->Change([&](Witness& witness) {
+      witness.system.insert(witness.system.end(), messages.begin(), messages.end());
+    });
+  });
+  virtuals.on_receive_subscribe_msg.connect([link = link_](const auto& messages) {
+    link->Change([&](Witness& witness) {
+      witness.subscribed.insert(witness.subscribed.end(), messages.begin(), messages.end());
+    });
+  });
 }
 
 bool Witness::Await(const std::function<bool(const Witness&)>& enough) {
@@ -129,8 +161,9 @@ bool Witness::AwaitReceived(std::size_t count) {
   return Await([count](const Witness& witness) { return witness.received.size() >= count; });
 }
 
-RefPtr<biz::IIMConversation> Chat(const biz::IMUserID& self, const biz::IMUserID& peer) {
-  const auto account = Accounts()->GetAccount(self);
+RefPtr<biz::IIMConversation> Chat(const biz::IMUserID& self, const biz::IMUserID& peer,
+                                  const RefPtr<biz::IIMAccountMgr>& accounts) {
+  const auto account = accounts->GetAccount(self);
   return account ? account->GetIMSingleChatMgr()->GetConversation(peer)
                  : RefPtr<biz::IIMConversation>();
 }
@@ -153,6 +186,10 @@ biz::IMMessagePage History(const biz::IMUserID& self, const biz::IMUserID& peer,
       done(std::move(page));
     });
   });
+}
+
+biz::ResultCode Done(const std::function<void(biz::IMDoneCallback)>& operation) {
+  return Wait<biz::ResultCode>([&](auto done) { operation(done); });
 }
 
 std::vector<std::wstring> Bodies(const std::vector<biz::IMMessage>& messages) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine_setup.h"
@@ -64,7 +65,7 @@ struct Status {
 class Witness {
  public:
   // Listens from the account's next login on, or from now when it is logged in.
-  explicit Witness(const biz::IMUserID& user);
+  explicit Witness(const biz::IMUserID& user, RefPtr<biz::IIMAccountMgr> accounts = Accounts());
   ~Witness();
 
   // Waits until `enough` holds for this witness, read under its lock; fails the test when it takes
@@ -78,6 +79,11 @@ class Witness {
   std::vector<bool> more;               // of each offline event
   std::vector<biz::IMMessage> sent;
   std::vector<Status> statuses;
+  std::vector<biz::IMMsgWithdraw> withdrawn;
+  std::vector<biz::IMFlagMsgReaded> flags;
+  std::vector<std::pair<biz::IMUserID, biz::IMInputStatus>> inputs;
+  std::vector<biz::IMMessage> system;
+  std::vector<biz::IMMessage> subscribed;
   std::vector<std::string> order;  // names of the message events
 
  private:
@@ -85,16 +91,30 @@ class Witness {
   void Listen();
 
   const biz::IMUserID user_;
+  const RefPtr<biz::IIMAccountMgr> accounts_;
   std::shared_ptr<Link> link_;
   base::event_handle on_login_;
 };
 
-RefPtr<biz::IIMConversation> Chat(const biz::IMUserID& self, const biz::IMUserID& peer);
+RefPtr<biz::IIMConversation> Chat(const biz::IMUserID& self, const biz::IMUserID& peer,
+                                  const RefPtr<biz::IIMAccountMgr>& accounts = Accounts());
 biz::IMBodyItem Text(const std::wstring& text);
 // Sends a text; the engine's status.
 std::int32_t Send(const biz::IMUserID& from, const biz::IMUserID& to, const std::wstring& text);
 biz::IMMessagePage History(const biz::IMUserID& self, const biz::IMUserID& peer,
                            const biz::IMPageRequest& request = {});
+// The outcome of an operation that answers a result alone, and of one that answers something too.
+biz::ResultCode Done(const std::function<void(biz::IMDoneCallback)>& operation);
+template <class Result>
+std::pair<biz::ResultCode, Result> Answer(
+    const std::function<void(std::function<void(const biz::ResultCode&, Result)>)>& operation) {
+  using Both = std::pair<biz::ResultCode, Result>;
+  return Wait<Both>([&](auto done) {
+    operation([done](const biz::ResultCode& result, Result answer) {
+      done(Both{result, std::move(answer)});
+    });
+  });
+}
 std::vector<std::wstring> Bodies(const std::vector<biz::IMMessage>& messages);
 
 }  // namespace imsdk::test

@@ -14,6 +14,9 @@ class FaultyLink::Ear : public link::SessionListener {
     if (link_->TakeLostBatch()) return;
     if (const auto account = account_.lock()) account->OnBatch(std::move(batch));
   }
+  void OnSignal(const biz::IMUserID& from, std::int32_t status) override {
+    if (const auto account = account_.lock()) account->OnSignal(from, status);
+  }
   void OnEnded(const biz::ResultCode& why) override {
     if (const auto account = account_.lock()) account->OnEnded(why);
   }
@@ -30,18 +33,55 @@ class FaultySession : public link::Session {
       : link_(std::move(link)), real_(std::move(real)), ear_(std::move(ear)) {}
 
   void Deliver(const link::Message& message, link::DeliverCallback done) override {
-    const std::optional<Fault> fault = link_->TakeDeliveryFault();
-    if (!fault) return real_->Deliver(message, std::move(done));
-    if (*fault == Fault::kDropRequest) return;
-    const bool breaks = *fault == Fault::kBreak;
-    real_->Deliver(message, [ear = ear_, breaks](const auto&, auto) {
-      if (breaks) ear->OnEnded({biz::kEngineNoLink, 0, L"the link broke"});
-    });
+    Pass(Operation::kDeliver, std::move(done),
+         [&](auto passed) { real_->Deliver(message, std::move(passed)); });
   }
-  void Acknowledge(std::int64_t upto) override { real_->Acknowledge(upto); }
+  void Withdraw(const biz::IMUserID& peer, std::int64_t msgid, link::DoneCallback done) override {
+    Pass(Operation::kWithdraw, std::move(done),
+         [&](auto passed) { real_->Withdraw(peer, msgid, std::move(passed)); });
+  }
+  void ReportRead(const biz::IMUserID& peer, const std::vector<std::int64_t>& msgids,
+                  link::DoneCallback done) override {
+    Pass(Operation::kReportRead, std::move(done),
+         [&](auto passed) { real_->ReportRead(peer, msgids, std::move(passed)); });
+  }
+  void MarkRead(const biz::IMUserID& peer, const biz::IMMsgPosition& upto,
+                link::DoneCallback done) override {
+    Pass(Operation::kMarkRead, std::move(done),
+         [&](auto passed) { real_->MarkRead(peer, upto, std::move(passed)); });
+  }
+  void Signal(const biz::IMUserID& peer, std::int32_t status) override {
+    real_->Signal(peer, status);
+  }
+  void GetHistory(const link::HistoryRequest& request, link::HistoryCallback done) override {
+    Pass(Operation::kGetHistory, std::move(done),
+         [&](auto passed) { real_->GetHistory(request, std::move(passed)); });
+  }
+  void GetRoaming(link::RoamingCallback done) override {
+    Pass(Operation::kGetRoaming, std::move(done),
+         [&](auto passed) { real_->GetRoaming(std::move(passed)); });
+  }
+  void SetRoaming(std::int32_t status, link::DoneCallback done) override {
+    Pass(Operation::kSetRoaming, std::move(done),
+         [&](auto passed) { real_->SetRoaming(status, std::move(passed)); });
+  }
+  void Acknowledge(std::int64_t upto) override {
+    if (!link_->Hold(real_, upto)) real_->Acknowledge(upto);
+  }
   void Close(link::DoneCallback done) override { real_->Close(std::move(done)); }
 
  private:
+  template <class Done, class Call>
+  void Pass(Operation operation, Done done, Call call) {
+    const std::optional<Fault> fault = link_->Take(operation);
+    if (!fault) return call(std::move(done));
+    if (*fault == Fault::kDropRequest) return;
+    const bool breaks = *fault == Fault::kBreak;
+    call([ear = ear_, breaks](const auto&...) {
+      if (breaks) ear->OnEnded({biz::kEngineNoLink, 0, L"the link broke"});
+    });
+  }
+
   const std::shared_ptr<FaultyLink> link_;
   const std::shared_ptr<link::Session> real_;
   const std::shared_ptr<link::SessionListener> ear_;
@@ -61,7 +101,7 @@ void FaultyLink::LoginByToken(const biz::IMUserID& user, const std::wstring& tok
 }
 
 void FaultyLink::Connect(const biz::IMUserID& user, const std::wstring& token,
-                         std::weak_ptr<link::SessionListener> listener,
+                         const std::string& device, std::weak_ptr<link::SessionListener> listener,
                          link::ConnectCallback done) {
   std::unique_lock hold(lock_);
   if (shut_) {
@@ -71,7 +111,7 @@ void FaultyLink::Connect(const biz::IMUserID& user, const std::wstring& token,
   listeners_.push_back(listener);
   hold.unlock();
   auto ear = std::make_shared<Ear>(shared_from_this(), std::move(listener));
-  real_->Connect(user, token, ear,
+  real_->Connect(user, token, device, ear,
                  [self = shared_from_this(), ear, done = std::move(done)](
                      const auto& result, auto session, auto position) {
                    if (session) {
@@ -81,14 +121,40 @@ void FaultyLink::Connect(const biz::IMUserID& user, const std::wstring& token,
                  });
 }
 
-void FaultyLink::FailNextDelivery(Fault fault) {
+void FaultyLink::FailNext(Operation operation, Fault fault, int after) {
   std::lock_guard hold(lock_);
-  delivery_faults_.push_back(fault);
+  auto& faults = faults_[operation];
+  faults.insert(faults.end(), static_cast<std::size_t>(after), std::nullopt);
+  faults.emplace_back(fault);
+}
+
+void FaultyLink::Heal() {
+  std::lock_guard hold(lock_);
+  faults_.clear();
+}
+
+int FaultyLink::Asked(Operation operation) {
+  std::lock_guard hold(lock_);
+  return asked_[operation];
 }
 
 void FaultyLink::LoseNextBatch() {
   std::lock_guard hold(lock_);
   ++lost_batches_;
+}
+
+void FaultyLink::HoldAcknowledgements(bool hold) {
+  std::lock_guard guard(lock_);
+  holding_ = hold;
+  if (const auto session = std::exchange(held_session_, nullptr)) session->Acknowledge(held_);
+}
+
+bool FaultyLink::Hold(const std::shared_ptr<link::Session>& session, std::int64_t upto) {
+  std::lock_guard guard(lock_);
+  if (!holding_) return false;
+  held_session_ = session;
+  held_ = upto;
+  return true;
 }
 
 void FaultyLink::Shut(bool shut, biz::EngineCode code) {
@@ -106,11 +172,13 @@ void FaultyLink::EndAll(biz::EngineCode why) {
   }
 }
 
-std::optional<Fault> FaultyLink::TakeDeliveryFault() {
+std::optional<Fault> FaultyLink::Take(Operation operation) {
   std::lock_guard hold(lock_);
-  if (delivery_faults_.empty()) return std::nullopt;
-  const Fault fault = delivery_faults_.front();
-  delivery_faults_.erase(delivery_faults_.begin());
+  ++asked_[operation];
+  auto& faults = faults_[operation];
+  if (faults.empty()) return std::nullopt;
+  const std::optional<Fault> fault = faults.front();
+  faults.pop_front();
   return fault;
 }
 

@@ -1,10 +1,13 @@
 // A link to put between accounts and server: it loses, holds back and breaks what passes.
 #pragma once
 
+#include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "link/server_link.h"
@@ -13,7 +16,18 @@ namespace imsdk::test {
 
 class FaultySession;
 
-// What happens to a delivery.
+// What a session is asked for.
+enum class Operation {
+  kDeliver,
+  kWithdraw,
+  kReportRead,
+  kMarkRead,
+  kGetHistory,
+  kGetRoaming,
+  kSetRoaming,
+};
+
+// What happens to it.
 enum class Fault {
   kDropRequest,  // the server never sees it, the client gets no answer
   kDropAnswer,   // the server does it, the client gets no answer
@@ -28,11 +42,18 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
                        link::GrantCallback done) override;
   void LoginByToken(const biz::IMUserID& user, const std::wstring& token,
                     link::GrantCallback done) override;
-  void Connect(const biz::IMUserID& user, const std::wstring& token,
+  void Connect(const biz::IMUserID& user, const std::wstring& token, const std::string& device,
                std::weak_ptr<link::SessionListener> listener, link::ConnectCallback done) override;
 
-  void FailNextDelivery(Fault fault);
+  // The next operation of this kind, after those named before; `after` of them pass first.
+  void FailNext(Operation operation, Fault fault, int after = 0);
+  // From now on everything passes.
+  void Heal();
+  // How often this was asked for so far.
+  int Asked(Operation operation);
   void LoseNextBatch();
+  // Keeps acknowledgements back; the last one goes on when that ends. For one session at a time.
+  void HoldAcknowledgements(bool hold);
   // From now on nobody gets in: logins get no answer, connecting fails with `code`.
   void Shut(bool shut, biz::EngineCode code = biz::kEngineNoLink);
   // Ends all sessions as a server does that wants them gone.
@@ -42,13 +63,19 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
   friend class FaultySession;
   class Ear;
 
-  std::optional<Fault> TakeDeliveryFault();
+  std::optional<Fault> Take(Operation operation);
   bool TakeLostBatch();
+  // Whether the acknowledgement stays here.
+  bool Hold(const std::shared_ptr<link::Session>& session, std::int64_t upto);
 
   const std::shared_ptr<link::ServerLink> real_;
   std::mutex lock_;
-  std::vector<Fault> delivery_faults_;
+  std::map<Operation, std::deque<std::optional<Fault>>> faults_;
+  std::map<Operation, int> asked_;
   std::size_t lost_batches_ = 0;
+  bool holding_ = false;
+  std::shared_ptr<link::Session> held_session_;
+  std::int64_t held_ = 0;
   bool shut_ = false;
   biz::EngineCode shut_code_ = biz::kEngineNoLink;
   std::vector<std::weak_ptr<link::SessionListener>> listeners_;

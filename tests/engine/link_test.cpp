@@ -48,19 +48,21 @@ TEST_F(LinkTest, AForgottenDeliveryFailsAndMayBeSentAgain) {
     Login(peer);
     Witness harbor(kHarbor);
     Witness theirs(peer);
-    link_->FailNextDelivery(fault);
+    link_->FailNext(Operation::kDeliver, fault);
     Send(kHarbor, peer, L"text");
     ASSERT_TRUE(harbor.AwaitStatuses(1));
     EXPECT_EQ(harbor.statuses[0].code, biz::kEngineTimeout);
     const std::int64_t msgid = harbor.statuses[0].msgid;
     EXPECT_EQ(History(kHarbor, peer).msgs[0].msgstatus, biz::kMsgFailed);
 
-    EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(msgid), biz::kEngineNotFound) << "not there";
-    ASSERT_EQ(Chat(kHarbor, peer)->ReSendMsg(msgid), 0);
+    EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(msgid, false), biz::kEngineNotFound)
+        << "not there";
+    ASSERT_EQ(Chat(kHarbor, peer)->ReSendMsg(msgid, false), 0);
     ASSERT_TRUE(harbor.AwaitStatuses(2));
     EXPECT_EQ(harbor.statuses[1].code, 0);
     EXPECT_EQ(harbor.statuses[1].msgid, msgid);
-    EXPECT_EQ(Chat(kHarbor, peer)->ReSendMsg(msgid), biz::kEngineNotFound) << "it did not fail";
+    EXPECT_EQ(Chat(kHarbor, peer)->ReSendMsg(msgid, false), biz::kEngineNotFound)
+        << "it did not fail";
     Send(kHarbor, peer, L"after");
     ASSERT_TRUE(theirs.AwaitReceived(2));
     EXPECT_EQ(Bodies(theirs.received), (std::vector<std::wstring>{L"text", L"after"}));
@@ -73,7 +75,7 @@ TEST_F(LinkTest, ABreakInTheMiddleOfADeliveryIsMended) {
   Witness mariner(kMariner);
   const auto reconnected = std::make_shared<std::atomic<int>>(0);  // events may come to the end
   Accounts()->Events().on_net_reconnect_ok.connect([=](const auto&) { ++*reconnected; });
-  link_->FailNextDelivery(Fault::kBreak);
+  link_->FailNext(Operation::kDeliver, Fault::kBreak);
   Send(kHarbor, kMariner, L"text");
   ASSERT_TRUE(harbor.AwaitStatuses(1));
   EXPECT_EQ(harbor.statuses[0].code, 0);
@@ -118,7 +120,7 @@ TEST_F(LinkTest, WithoutALinkThingsFailUntilItIsBack) {
     ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the link is renewed by itself";
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
-  EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(harbor.statuses[0].msgid), 0);
+  EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(harbor.statuses[0].msgid, false), 0);
   ASSERT_TRUE(harbor.AwaitStatuses(2));
   EXPECT_EQ(harbor.statuses[1].code, 0);
   engine_.reset();
@@ -156,7 +158,8 @@ TEST_F(LinkTest, ALockedStoreFailsAndLosesNothing) {
     Send(kMariner, kHarbor, L"waits");
     ASSERT_TRUE(harbor.AwaitStatuses(1));
     EXPECT_EQ(harbor.statuses[0].code, biz::kEngineStorage);
-    EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(harbor.statuses[0].msgid), biz::kEngineNotFound);
+    EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(harbor.statuses[0].msgid, false),
+              biz::kEngineNotFound);
   }
   ASSERT_TRUE(harbor.AwaitReceived(1)) << "the server sends it again";
   EXPECT_EQ(Bodies(harbor.received), std::vector<std::wstring>{L"waits"});
@@ -170,7 +173,7 @@ TEST_F(LinkTest, StoppingWithOpenOperationsIsPrompt) {
   engine_ = Start(setup_);
   Login(kHarbor);
   for (int i = 0; i < 5; ++i) {
-    link_->FailNextDelivery(Fault::kDropRequest);
+    link_->FailNext(Operation::kDeliver, Fault::kDropRequest);
     Send(kHarbor, kMariner, std::to_wstring(i));
   }
   std::atomic<int> answers{0};

@@ -96,7 +96,7 @@ TEST(Login, WhatIsKeptAfterLogoutFails) {
   EXPECT_FALSE(account->IsOnline());
   EXPECT_FALSE(chats->GetConversation(User(L"mariner")));
   EXPECT_EQ(chat->SendMsg({Text(L"late")}, {}), biz::kEngineNotLoggedIn);
-  EXPECT_EQ(chat->ReSendMsg(1), biz::kEngineNotLoggedIn);
+  EXPECT_EQ(chat->ReSendMsg(1, false), biz::kEngineNotLoggedIn);
   std::int32_t code = 0;
   chat->GetLocalHisMsg({}, [&](const auto& result, auto) { code = result.code; });
   EXPECT_EQ(code, biz::kEngineNotLoggedIn);

@@ -2,43 +2,18 @@
 #include <algorithm>
 #include <chrono>
 
-#include "account/message_store.h"
-#include "engine_fixture.h"
+#include "store_fixture.h"
 
 namespace imsdk::test {
 namespace {
 
-using account::MessageStore;
-
-biz::IMMessage Outgoing(const biz::IMUserID& cid, std::int64_t time, std::int64_t id) {
-  biz::IMMessage message;
-  message.cid = message.toid = cid;
-  message.msgtime = time;
-  message.msgid = id;
-  message.msgstatus = biz::kMsgSent;
-  message.msgbody = std::to_wstring(id);
-  return message;
-}
-
-class PagingTest : public testing::Test {
- protected:
-  TempFolder folder_;
-  MessageStore store_{folder_.path() / "messages.db", User(L"harbor"),
-                      std::make_shared<account::OpenStores>()};
-};
-
-std::vector<std::int64_t> Ids(const biz::IMMessagePage& page) {
-  std::vector<std::int64_t> ids;
-  for (const auto& message : page.msgs) ids.push_back(message.msgid);
-  return ids;
-}
+class PagingTest : public StoreTest {};
 
 TEST_F(PagingTest, BothDirectionsOverEqualTimes) {
-  const auto peer = User(L"mariner");
   // Stored out of order; 2 to 6 have one time, 7 to 9 another.
   for (const std::int64_t id : {6, 3, 9, 1, 5, 2, 8, 4, 7}) {
-    store_.AddOutgoing(Outgoing(peer, id == 1 ? 100 : id <= 6 ? 200 : 300, id), true);
-    store_.AddOutgoing(Outgoing(User(L"other"), 200, 100 + id), true);
+    store_.AddOutgoing(Sent(kPeer, id == 1 ? 100 : id <= 6 ? 200 : 300, id), true);
+    store_.AddOutgoing(Sent(User(L"other"), 200, 100 + id), true);
   }
   const struct {
     biz::IMPageRequest request;
@@ -58,31 +33,59 @@ TEST_F(PagingTest, BothDirectionsOverEqualTimes) {
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(std::to_string(one.request.msgid) + (one.request.gohistory ? " back" : " on"));
-    const auto page = store_.Page(peer, one.request);
-    EXPECT_EQ(Ids(page), one.ids);
+    const auto page = store_.Page(kPeer, one.request);
+    EXPECT_EQ(Ids(page.msgs), one.ids);
     EXPECT_EQ(page.outofcache, one.end);
   }
   EXPECT_TRUE(store_.Page(User(L"unknown"), {}).msgs.empty());
 }
 
-TEST_F(PagingTest, AMessageIsStoredOnce) {
-  auto message = Outgoing(User(L"mariner"), 100, 1);
-  message.msgstatus = biz::kMsgReceived;
-  EXPECT_TRUE(store_.AddIncoming(message));
-  message.msgtime = 50;
-  EXPECT_FALSE(store_.AddIncoming(message));
-  EXPECT_EQ(store_.Page(User(L"mariner"), {}).msgs.at(0).msgtime, 100);
+TEST_F(PagingTest, PagesStopAtTheBoundary) {
+  constexpr std::int64_t kHour = 3'600'000;
+  for (std::int64_t id = 1; id <= 4; ++id) {
+    store_.AddSynced(Received(kPeer, 100, id), account::Synced::kRoamed);
+  }
+  EXPECT_TRUE(store_.Page(kPeer, {}).msgs.empty()) << "complete for no part";
+  store_.AddIncoming(Received(kPeer, kHour, 6));
+  store_.AddSynced(Sent(kPeer, kHour - 500, 5), account::Synced::kLive);  // a clock behind
+  store_.AddIncoming(Received(kPeer, 200, 7));                            // far behind
+  const auto at = [&](const account::Position& from, bool whole) {
+    return [this, from, whole] { store_.conversations().SetComplete(kPeer, from, whole); };
+  };
+  const struct {
+    const char* what;
+    std::function<void()> change;
+    biz::IMPageRequest request;
+    std::vector<std::int64_t> ids;
+  } cases[] = {
+      {"first live message", [] {}, {}, {5, 6}},
+      {"ignored", [] {}, {.ignoreboundary = true}, {1, 2, 3, 4, 7, 5, 6}},
+      {"between equal times", at({100, 3}, false), {}, {3, 4, 7, 5, 6}},
+      {"back to it", [] {}, {.msgtime = 200, .msgid = 7, .count = 9, .gohistory = true}, {3, 4}},
+      {"back from it", [] {}, {.msgtime = 100, .msgid = 3, .gohistory = true}, {}},
+      {"on from below", [] {}, {.msgtime = 100, .msgid = 1, .count = 2}, {3, 4}},
+      {"whole", at({100, 3}, true), {.count = 9}, {1, 2, 3, 4, 7, 5, 6}},
+      {"cleared", [this] { store_.conversations().ClearComplete(kPeer); }, {}, {6}},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.what);
+    one.change();
+    const auto page = store_.Page(kPeer, one.request);
+    EXPECT_EQ(Ids(page.msgs), one.ids);
+    EXPECT_EQ(page.outofcache, one.request.count != 2);
+  }
+  const account::ChatKey system(kPeer, account::kSystemChat);
+  store_.AddIncoming(Received(kPeer, 100, 1), account::kSystemChat);
+  EXPECT_EQ(store_.Page(system, {}).msgs.size(), 1U) << "another conversation, and whole";
 }
 
 TEST_F(PagingTest, ALargeStoreAnswersAtOnce) {
-  constexpr int kMessages = 200'000;
+  constexpr int kMessages = 100'000;
   {
     sqlite::Transaction transaction(store_.database());
-    const auto peer = User(L"mariner");
     for (int i = 1; i <= kMessages; ++i) {
       store_.AddOutgoing(
-          Outgoing(i % 2 == 0 ? peer : User(L"p" + std::to_wstring(i % 50)), 1000 + i / 3, i),
-          true);
+          Sent(i % 2 == 0 ? kPeer : User(L"p" + std::to_wstring(i % 50)), 1000 + i / 3, i), true);
     }
     transaction.Commit();
   }
@@ -90,7 +93,7 @@ TEST_F(PagingTest, ALargeStoreAnswersAtOnce) {
     std::vector<std::chrono::steady_clock::duration> times;
     for (int i = 0; i < 21; ++i) {
       const auto start = std::chrono::steady_clock::now();
-      EXPECT_EQ(store_.Page(User(L"mariner"), request).msgs.size(), 20U);
+      EXPECT_EQ(store_.Page(kPeer, request).msgs.size(), 20U);
       times.push_back(std::chrono::steady_clock::now() - start);
     }
     std::nth_element(times.begin(), times.begin() + 10, times.end());
@@ -105,8 +108,8 @@ TEST_F(PagingTest, ALargeStoreAnswersAtOnce) {
 
   // The same by what SQLite plans to do: no query of a login or a page walks the messages.
   for (const char* query :
-       {"SELECT arrival FROM messages WHERE conversation=1 AND (msgtime, msgid) < (5, 5) "
-        "ORDER BY msgtime DESC, msgid DESC LIMIT 20",
+       {"SELECT arrival FROM messages WHERE conversation=1 AND place BETWEEN 0 AND 5 "
+        "ORDER BY place DESC LIMIT 20",
         "SELECT msgid FROM messages WHERE msgstatus IN (0, 2) AND msgstatus=0 ORDER BY msgid",
         "SELECT count(*) FROM messages WHERE conversation=1 AND readflag=0 AND msgstatus=3",
         "UPDATE messages SET readflag=1 WHERE conversation=1 AND arrival<=9 AND readflag=0 "

@@ -68,6 +68,47 @@ TEST_F(ThreadsTest, SendersKeepOrderAndLoseNothing) {
   for (const auto& status : harbor.statuses) EXPECT_EQ(status.code, 0);
 }
 
+// The server's word that a message is gone meets a page that reads it.
+TEST_F(ThreadsTest, WithdrawalsMeetReads) {
+  constexpr std::size_t kMessages = 60;
+  Login(kHarbor);
+  Login(kMariner);
+  Witness harbor(kHarbor);
+  Witness mariner(kMariner);
+  std::atomic<bool> stop{false};
+  std::atomic<bool> negative{false};
+  std::thread reader([&] {
+    const auto chat = Chat(kMariner, kHarbor);
+    while (!stop) {
+      chat->SetNewMsgReaded([](const auto&) {});
+      if (chat->GetUnreadCount() < 0) negative = true;
+      chat->GetLocalHisMsg({.autoroam = true}, [](const auto&, auto) {});
+      std::this_thread::yield();
+    }
+  });
+  for (std::size_t i = 1; i <= kMessages; ++i) {
+    Send(kHarbor, kMariner, std::to_wstring(i));
+    ASSERT_TRUE(harbor.AwaitStatuses(i));
+    const std::int64_t msgid = harbor.statuses[i - 1].msgid;
+    EXPECT_TRUE(Done([&](auto done) { Chat(kHarbor, kMariner)->WithdrawMsg(msgid, done); }).ok());
+    if (i == kMessages / 2) {  // the rest without reads: what is withdrawn is not unread
+      stop = true;
+      reader.join();
+    }
+  }
+  Send(kHarbor, kMariner, L"last");
+  mariner.Await([](const Witness& seen) {
+    return !seen.received.empty() && seen.received.back().msgbody == L"last";
+  });
+  EXPECT_FALSE(negative);
+  const auto chat = Chat(kMariner, kHarbor);
+  EXPECT_EQ(chat->GetUnreadCount(), 1);
+  EXPECT_EQ(Bodies(chat->GetNewMsg({}).msgs), std::vector<std::wstring>{L"last"});
+  Logout(kMariner);
+  Login(kMariner);
+  EXPECT_EQ(Chat(kMariner, kHarbor)->GetUnreadCount(), 1) << "the store says the same";
+}
+
 TEST_F(ThreadsTest, LoginsLogoutsAndSendsAtOnce) {
   std::atomic<bool> stop{false};
   std::vector<std::thread> threads;

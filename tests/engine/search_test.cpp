@@ -1,0 +1,232 @@
+// What a search finds, and what it leaves alone.
+#include "kexbase/strings.h"
+#include "store_fixture.h"
+
+namespace imsdk::test {
+namespace {
+
+using Found = std::vector<std::int64_t>;
+
+class SearchTest : public StoreTest {};
+
+TEST_F(SearchTest, ScriptsTokensAndSyntax) {
+  const wchar_t* const bodies[] = {
+      L"",
+      L"Harbour lights at the caf\u00E9, 7 o'clock",
+      L"\u9999\u6E2F\u7684\u706F\u5854\u5F88\u4EAE",         // the lighthouse of Hong Kong
+      L"\u3082\u3081\u304C\u98DB\u3076 \u30AB\u30E2\u30E1",  // Hiragana, Han, Katakana
+      L"\u041F\u0440\u0438\u0432\u0435\u0442, \u0401\u043B\u043A\u0430",
+      L"\u039A\u03B1\u03BB\u03B7\u03BC\u03AD\u03C1\u03B1 \u03C4\u03BF\u03BD "
+      L"\u03C6\u03AC\u03C1\u03BF\u03C2",
+      L"\u0645\u064E\u0631\u0652\u062D\u064E\u0628\u064B\u0627 \u0645\u064A\u0646\u0627\u0621",
+      L"\u05E9\u05C1\u05B8\u05DC\u05D5\u05B9\u05DD \u05E0\u05DE\u05DC",
+      L"go \U0001F469\u200D\U0001F4BB now \U0001F44D\U0001F3FD",  // a coder, a thumb with a tone
+      L"\U0001F44D only",
+      L"see pic:impicture|abcdef?filepath=files%2Fsecret.png&fileMD5=abcdef&filetype=png there",
+      L"file:Annual Report.pdf|filepath=files%2Fhidden.pdf",
+      L"pic:imemotion|ID?filepath=smile.gif&shortcut=%2F%3A%29",
+      L"quotes \" AND NOT body:harbour* NEAR(a b)",
+      L"\uFF26\uFF35\uFF2C\uFF2C width \uFB01ne stra\u00DFe",
+      L"profile:anchor | filepath=no token",
+  };
+  for (std::int64_t id = 1; id < std::ssize(bodies); ++id) {
+    store_.AddIncoming(Received(kPeer, 1000 + id, id, bodies[id]));
+  }
+  const struct {
+    std::vector<std::wstring> keywords;
+    Found ids;
+  } cases[] = {
+      {{L"harbour"}, {1, 13}},
+      {{L"HARB"}, {1, 13}},
+      {{L"arbour"}, {}},
+      {{L"lights at t"}, {1}},
+      {{L"light at"}, {}},
+      {{L"at lights"}, {}},
+      {{L"at", L"lights"}, {1}},
+      {{L"cafe"}, {1}},
+      {{L"CAFE\u0301"}, {1}},
+      {{L"o'c"}, {1}},
+      {{L"7"}, {1}},
+      {{L"\u706F\u5854"}, {2}},
+      {{L"\u7684"}, {2}},
+      {{L"\u5854\u706F"}, {}},
+      {{L"\u6E2F", L"\u4EAE"}, {2}},
+      {{L"\u304C"}, {3}},
+      {{L"\u304B"}, {}},         // the same letter without its voicing mark
+      {{L"\uFF76\uFF93"}, {3}},  // half-width Katakana
+      {{L"\u043F\u0440\u0438\u0412"}, {4}},
+      {{L"\u0435\u043B\u043A\u0430"}, {4}},
+      {{L"\u03BA\u03B1\u03BB\u03B7\u03BC\u03B5\u03C1\u03B1"}, {5}},
+      {{L"\u03A6\u0391\u03A1\u039F\u03A3"}, {5}},
+      {{L"\u0645\u0631\u062D\u0628\u0627"}, {6}},
+      {{L"\u05E9\u05DC\u05D5\u05DD"}, {7}},
+      {{L"\U0001F469"}, {8}},
+      {{L"\U0001F469\u200D\U0001F4BB"}, {8}},
+      {{L"\U0001F469\U0001F4BB"}, {}},
+      {{L"\U0001F44D"}, {8, 9}},
+      {{L"\U0001F44D\U0001F3FD"}, {8}},
+      {{L"secret"}, {}},
+      {{L"abcdef"}, {}},
+      {{L"impicture"}, {}},
+      {{L"pic"}, {}},
+      {{L"see there"}, {10}},
+      {{L"file"}, {15}},
+      {{L"annual rep"}, {11}},
+      {{L"hidden"}, {}},
+      {{L"smile"}, {}},
+      {{L"shortcut"}, {}},
+      {{L"quotes \" and"}, {13}},
+      {{L"NEAR(a b)"}, {13}},
+      {{L"harbour*"}, {1, 13}},
+      {{L"harbour OR only"}, {}},
+      {{L"-harbour"}, {1, 13}},
+      {{L"facets:c1"}, {}},
+      {{L"c1"}, {}},
+      {{std::wstring(L"harb\0our", 8)}, {}},
+      {{L"full"}, {14}},
+      {{L"fine"}, {14}},
+      {{L"STRASSE"}, {14}},
+      {{L"\""}, {}},
+      {{L""}, {}},
+      {{L"harbour", L"*"}, {}},
+      {std::vector<std::wstring>(300, L"harbour"), {}},
+  };
+  for (const auto& one : cases) {
+    EXPECT_EQ(Find(one.keywords), one.ids) << base::WideToUTF8(one.keywords.front());
+  }
+}
+
+TEST_F(SearchTest, PagesByPositionAndByNumber) {
+  const auto other = User(L"other");
+  const account::ChatKey system(User(L"system"), account::kSystemChat);
+  // In both conversations the same identifiers; 2 to 6 have one time. Stored out of order.
+  for (const std::int64_t id : {6, 3, 9, 1, 5, 2, 8, 4, 7}) {
+    auto message = Received(kPeer, id == 1 ? 100 : id <= 6 ? 200 : 300, id);
+    message.msgtype = id % 4 == 0 ? biz::kMsgFile : biz::kMsgText;
+    store_.AddIncoming(message);
+    message.cid = message.fromid = other;
+    store_.AddIncoming(message);
+    message.cid = message.fromid = system.cid;
+    store_.AddIncoming(message, account::kSystemChat);
+  }
+  store_.conversations().SetComplete(kPeer, {200, 3}, false);
+  using Request = biz::IMSearchRequest;
+  const struct {
+    const char* what;
+    std::function<void(Request&)> ask;
+    Found ids;
+    std::int32_t pages = 0;
+    std::int32_t total = 0;
+  } cases[] = {
+      {"newest", [](Request& r) { r.count = 3; }, {7, 8, 9}},
+      {"older",
+       [](Request& r) { r.msgtime = 200, r.msgid = 6, r.gohistory = true, r.count = 2; },
+       {4, 5}},
+      {"up to the boundary",
+       [](Request& r) { r.msgtime = 200, r.msgid = 5, r.gohistory = true; },
+       {3, 4}},
+      {"beyond it",
+       [](Request& r) { r.msgtime = 200, r.msgid = 5, r.gohistory = r.ignoreboundary = true; },
+       {1, 2, 3, 4}},
+      {"newer", [](Request& r) { r.msgtime = 200, r.msgid = 5, r.count = 2; }, {6, 7}},
+      {"kinds",
+       [](Request& r) {
+         r.msgtypes = {biz::kMsgFile, biz::kMsgShake};
+       },
+       {4, 8}},
+      {"times", [](Request& r) { r.btime = 150, r.etime = 299; }, {3, 4, 5, 6}},
+      {"first number",
+       [](Request& r) { r.needpage = true, r.page = 1, r.count = 4; },
+       {6, 7, 8, 9},
+       3,
+       9},
+      {"last number", [](Request& r) { r.needpage = true, r.page = 3, r.count = 4; }, {1}, 3, 9},
+      {"no such number", [](Request& r) { r.needpage = true, r.page = 4, r.count = 4; }, {}, 3, 9},
+      {"number and kind",
+       [](Request& r) {
+         r.msgtypes = {biz::kMsgText};
+         r.needpage = true, r.etime = 200, r.count = 2;
+       },
+       {5, 6},
+       3,
+       5},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.what);
+    Request request;
+    one.ask(request);
+    for (const auto& keywords : {std::vector<std::wstring>{}, {L"text"}}) {
+      request.keywords = keywords;
+      const auto page = store_.search().Search(kPeer, request);
+      EXPECT_EQ(Ids(page.msgs), one.ids);
+      EXPECT_EQ(page.totalpage, one.pages);
+      EXPECT_EQ(page.totalcount, one.total);
+    }
+  }
+  Request all;
+  all.keywords = {L"text"};
+  all.needpage = true;
+  all.count = 100;
+  EXPECT_EQ(store_.search().SearchAll(all).totalcount, 18) << "no virtual conversation";
+  EXPECT_EQ(store_.search().Search(system, all).totalcount, 9);
+  EXPECT_TRUE(store_.search().Search(User(L"unknown"), all).msgs.empty());
+  store_.AddIncoming(Received(kPeer, 400, 10, L"text of a lantern"));
+  EXPECT_EQ(store_.search().Conversations(all), (std::vector{kPeer, other}));
+  all.btime = 400;
+  all.keywords = {L"lant"};
+  EXPECT_EQ(store_.search().Conversations(all), std::vector{kPeer});
+}
+
+TEST_F(SearchTest, ThePicturesOfAConversation) {
+  const auto token = [](const std::wstring& name) {
+    return L"pic:impicture|m?filepath=files%2F" + name + L".png&fileMD5=m";
+  };
+  store_.AddIncoming(Received(kPeer, 100, 1, token(L"a")));
+  store_.AddIncoming(Received(kPeer, 100, 2, L"no picture: pic:imemotion|ID?filepath=b.gif"));
+  store_.AddIncoming(Received(kPeer, 200, 3, token(L"c") + L" and " + token(L"d")));
+  store_.AddIncoming(Received(kPeer, 200, 4, token(L"e") + L"\n" + token(L"f")));
+  store_.AddIncoming(Received(User(L"other"), 200, 4, token(L"g")));
+  const auto pictures = [this](const biz::IMPictureRequest& request) {
+    std::wstring ids;
+    for (const auto& picture : store_.search().Pictures(kPeer, request)) {
+      ids += picture.pictureid + L' ';
+    }
+    return ids;
+  };
+  const struct {
+    std::wstring at;
+    std::int64_t time;
+    bool older;
+    std::int32_t count;
+    std::wstring ids;
+  } cases[] = {
+      {L"", 0, true, 0, L"1_0 3_0 3_1 4_0 4_1 "},
+      {L"", 0, false, 3, L"3_1 4_0 4_1 "},
+      {L"3_1", 200, true, 1, L"3_0 "},
+      {L"3_0", 200, true, 0, L"1_0 "},
+      {L"3_0", 200, false, 2, L"3_1 4_0 "},
+      {L"4_1", 200, false, 0, L""},
+  };
+  for (const auto& one : cases) {
+    biz::IMPictureRequest request;
+    request.pictureid = one.at;
+    request.msgtime = one.time;
+    request.gohistory = one.older;
+    request.count = one.count;
+    EXPECT_EQ(pictures(request), one.ids) << base::WideToUTF8(one.at);
+  }
+  biz::IMPictureRequest request;
+  request.etime = 199;
+  EXPECT_EQ(pictures(request), L"1_0 ");
+  request = {};
+  request.btime = 150;
+  request.count = 1;
+  EXPECT_EQ(pictures(request), L"4_1 ");
+  const auto last = store_.search().Pictures(kPeer, request).at(0);
+  EXPECT_EQ(last.url, L"files%2Ff.png");
+  EXPECT_EQ(last.fromid, kPeer);
+  EXPECT_EQ(last.mgstime, 200);
+}
+
+}  // namespace
+}  // namespace imsdk::test
