@@ -104,12 +104,17 @@ class CBridgeBase : public IJSInvokeHandler,
   // Runs `task` on the view's thread if the module is still there: at once when called there.
   void RunOnView(std::function<void()> task) const;
 
-  // Connects a member function of module `M` to an engine event, until the module is released or
-  // `events()` is cleared.
+  // Connects `handler(M&, …)` of module `M` to an event, until the module is released or `events()`
+  // is cleared.
+  template <class M, class Sig, class Handler>
+  void Subscribe(base::event<Sig>& event, Handler handler) {
+    const std::weak_ptr<M> self = std::static_pointer_cast<M>(shared_from_this());
+    events_.Holder(event)->Connect(base::BindWeak(self, std::move(handler)));
+  }
+  // The same for a member function.
   template <class M, class Sig, class Handler>
   void Subscribe(base::event<Sig>& event, Handler M::*handler) {
-    events_.Holder(event)->Connect(
-        base::BindWeak(std::weak_ptr<M>(std::static_pointer_cast<M>(shared_from_this())), handler));
+    Subscribe<M, Sig, Handler M::*>(event, handler);
   }
   CSdkEventMgr& events() { return events_; }
   const ModuleContext& context() const { return context_; }

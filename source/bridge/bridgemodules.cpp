@@ -2,6 +2,7 @@
 
 #include "source/bridge/bridgeimlogin.h"
 #include "source/bridge/bridgesinglemsg.h"
+#include "source/bridge/bridgevirtualmsg.h"
 
 namespace imsdk::bridge {
 namespace {
@@ -30,10 +31,6 @@ struct CBridgeContact final : MethodlessModule {
 struct CBridgeFileTransfer final : MethodlessModule {
   using MethodlessModule::MethodlessModule;
 };
-struct CBridgeVritualMsg final : MethodlessModule {
-  using MethodlessModule::MethodlessModule;
-};
-
 }  // namespace
 
 ModuleTable MakeBridgeModules(const ModuleContext& context) {
@@ -46,6 +43,9 @@ ModuleTable MakeBridgeModules(const ModuleContext& context) {
       {L"im.filetransfer", std::make_shared<CBridgeFileTransfer>(context)},
       {L"im.login", std::make_shared<CBridgeIMLogin>(context)},
       {L"im.virtualmsg", std::make_shared<CBridgeVritualMsg>(context)},
+      // No call can name these: the path of every call begins with "im.".
+      {L"sysmsg", std::make_shared<CBridgeSysMsg>(context)},
+      {L"subscribemsg", std::make_shared<CBridgeSubscribeMsg>(context)},
   };
 }
 

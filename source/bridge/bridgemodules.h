@@ -11,7 +11,7 @@ namespace imsdk::bridge {
 
 using ModuleTable = std::map<std::wstring, std::shared_ptr<CBridgeBase>>;
 
-// Makes the eight modules of one bridge.
+// Makes the eight modules of one bridge, and those that only send notifications.
 ModuleTable MakeBridgeModules(const ModuleContext& context);
 
 }  // namespace imsdk::bridge

@@ -3,40 +3,57 @@
 
 #include <vector>
 
-#include "imsdk/biz/single_chat.h"
-#include "source/bridge/jsparams/messagerecords.h"
-#include "source/bridge/methodtable.h"
+#include "imsdk/client/translation.h"
+#include "source/bridge/bridgeconversation.h"
+#include "source/bridge/jsparams/contentrecords.h"
+#include "source/bridge/jsparams/sendrecords.h"
 
 namespace imsdk::bridge {
 
-class CBridgeSingleMsg final : public CBridgeBase {
+// The method table and the events are in bridgesinglemsg.cpp, sending in bridgesinglesend.cpp,
+// history and read state in bridgesinglehis.cpp.
+class CBridgeSingleMsg final : public CBridgeConversation {
  public:
-  using CBridgeBase::CBridgeBase;
-  using Conversation = RefPtr<biz::IIMConversation>;
+  using CBridgeConversation::CBridgeConversation;
+  using CBridgeConversation::Find;
   using ChatMgr = RefPtr<biz::IIMSingleChatMgr>;
+  using PageCall = Call<biz::IMMessagePage>;
 
   std::span<const std::wstring_view> Notifications() const override;
 
-  void GetNewMsg(const HisMsgRequest& request, Conversation chat, Call<biz::IMMessagePage> call);
-  void PeekNewMsg(const HisMsgRequest& request, Conversation chat, Call<biz::IMMessagePage> call);
-  void GetLocalHisMsg(const HisMsgRequest& request, Conversation chat,
-                      Call<biz::IMMessagePage> call);
-  void GetUnreadCount(const CidRequest& request, Conversation chat, Call<CountAnswer> call);
-  void GetUnreadCountInBulk(const CidsRequest& request, ChatMgr mgr, Call<UnreadsAnswer> call);
-  void SetMsgRead(const CidRequest& request, Conversation chat, Call<NoKeys> call);
+  void GetOfflineMsg(const CidRequest& request, Conversation chat, PageCall call);
+  void PeekOfflineMsg(const CidRequest& request, Conversation chat, PageCall call);
+  void SetNewMsgMaxCache(const MaxCacheRequest& request, ChatMgr mgr, Call<NoKeys> call);
+
   void SendNormalChatMsg(const SendMsgRequest& request, Conversation chat, Call<NoKeys> call);
   void SendAutoReplyMsg(const SendMsgRequest& request, Conversation chat, Call<NoKeys> call);
   void SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr, Call<NoKeys> call);
+  void ForwardChatMsg(const ForwardMsgRequest& request, ChatMgr mgr, Call<NoKeys> call);
   void ReSendChatMsg(const MsgRequest& request, Conversation chat, Call<NoKeys> call);
-
   void FastReSendChatMsg(const MsgRequest& request, Conversation chat, Call<NoKeys> call);
+  void EditPic2SendMsg(const EditPicRequest& request, ChatMgr mgr, Call<NoKeys> call);
+  void ShieldAutoReply(const ShieldRequest& request, Conversation chat, Call<NoKeys> call);
   void ConvertMsgText2Emotion(const EmotionText& request, Call<EmotionText> call);
 
-  // Targets of the handlers: the conversation of the request's "cid", or the account's chats.
-  template <class Request>
-  biz::ResultCode Find(const Request& request, Conversation* chat, const CallBase& call) {
-    return FindConversation(request.cid, chat, call);
-  }
+  void GetRemoteHisMsg(const HisMsgRequest& request, Conversation chat, PageCall call);
+  void GetFlagsMyMsgReaded(const MsgsRequest& request, Conversation chat, Call<ReadFlags> call);
+  void SetFlagsPeerMsgReaded(const MsgsRequest& request, Conversation chat, Call<NoKeys> call);
+  void DoChatMsgWithdraw(const WithdrawRequest& request, Conversation chat, Call<NoKeys> call);
+  void SearchMsgByID(const MsgRequest& request, Conversation chat, PageCall call);
+  void SearchDBMsg(const SearchRequest& request, Conversation chat, Call<SearchAnswer> call);
+  void SearchDBMsg2(const SearchRequest& request, ChatMgr mgr, Call<SearchAnswer> call);
+  void SearchDBMsgCid(const SearchRequest& request, ChatMgr mgr, Call<SearchCidAnswer> call);
+  void GetMsgPicture(const PictureRequest& request, Conversation chat, Call<PicturesAnswer> call);
+  void RoamMsg(const RoamRequest& request, Conversation chat, Call<biz::IMRoamed> call);
+  void ClearRoamedTime(const CidRequest& request, Conversation chat, Call<NoKeys> call);
+  void GetRoamStatus(const NoKeys& request, ChatMgr mgr, Call<biz::IMRoamStatus> call);
+  void SetRoamStatus(const SetRoamRequest& request, ChatMgr mgr, Call<NoKeys> call);
+  void GetDynamicMsg(const DynamicMsgRequest& request, Call<DynamicMsgAnswer> call);
+  void AddAudio2textSettingRemind(const CidRequest& request, Conversation chat, Call<NoKeys> call);
+  void GetTranslateSetting(const NoKeys& request, Call<TranslateSetting> call);
+  void GetTranslateMsg(const TranslateMsg& request, Call<TranslateMsg> call);
+
+  // The target of a handler that works on several conversations: the account's chats.
   template <class Request>
   biz::ResultCode Find(const Request&, ChatMgr* mgr, const CallBase&) {
     *mgr = mgr_;
@@ -46,13 +63,13 @@ class CBridgeSingleMsg final : public CBridgeBase {
 
  private:
   std::span<const MethodRow> Methods() const override;
+  void OwnerPreConstruct() override;
   void OnAccountChanged() override;
-  biz::ResultCode FindConversation(const biz::IMUserID& cid, Conversation* chat,
-                                   const CallBase& call) const;
-  // Marks what a person can see now as read.
-  void MarkSeen(const Conversation& chat, const CallBase& call) const;
+  Conversation GetConversation(const biz::IMUserID& cid) const override;
+  std::vector<biz::IMUnreadCount> GetConversations() const override;
+  bool IsReady() const override { return static_cast<bool>(mgr_); }
 
-  // Engine events, raised on engine threads.
+  // Events, raised on other threads.
   void OnReceiveNewMsg(const std::vector<biz::IMUserID>& cids,
                        const std::vector<biz::IMMessage>& msgs);
   void OnReceiveOfflineMsg(bool more, const std::vector<biz::IMUserID>& cids,
@@ -61,8 +78,15 @@ class CBridgeSingleMsg final : public CBridgeBase {
                     const std::vector<biz::IMMessage>& msgs);
   void OnSendMsgStatus(const biz::IMUserID& cid, biz::IMMsgType type, std::int64_t msgid,
                        std::int64_t svrtime, const biz::ResultCode& result);
+  void OnShakeMsg(const biz::IMUserID& cid);
+  void OnFlagMyMsgReaded(const biz::IMUserID& cid, const std::vector<biz::IMFlagMsgReaded>& flags);
+  void OnMsgWithdraw(const biz::IMUserID& cid, const biz::IMMsgWithdraw& withdraw,
+                     const biz::ResultCode& result);
+  void OnTranslateSetting(std::int32_t enable);
 
-  ChatMgr mgr_;  // of the current account, or null. View's thread
+  // View's thread.
+  ChatMgr mgr_;                                      // of the current account, or null
+  RefPtr<client::ITranslationService> translation_;  // or null
 };
 
 }  // namespace imsdk::bridge

@@ -59,6 +59,14 @@ class Call : public CallBase {
     answer_(result.code, AnswerText(result, answer));
   }
   void Succeed(const Answer& answer) const { Finish({}, answer); }
+
+  // A call is the engine's callback of the operation that it asked for.
+  void operator()(const biz::ResultCode& result, const Answer& answer) const {
+    Finish(result, answer);
+  }
+  void operator()(const biz::ResultCode& result) const requires std::is_same_v<Answer, NoKeys> {
+    Finish(result);
+  }
 };
 
 // The types in a handler's signature. `Target` is void for a handler without one.
@@ -99,18 +107,11 @@ void RunHandler(CBridgeBase& base, const MethodRow& row, const std::wstring& jso
   }
 }
 
-// Answers the methods of the table that are not built.
-inline void RunNotBuilt(CBridgeBase&, const MethodRow& row, const std::wstring& jsonStr,
-                        AnswerCallback answer) {
-  CBridgeBase::TraceInput(row, jsonStr);
-  answer(E_NOTIMPL, {});
-}
-
 }  // namespace imsdk::bridge
 
 // A row of the table of `Module`, whose source file is `kSource`: the method's name is the
 // handler's.
-#define IM_METHOD_ROW(Module, Method, Run) \
-  ::imsdk::bridge::MethodRow { #Method, L## #Method, {#Module "::" #Method, kSource }, Run }
-#define IM_METHOD(Module, Method) IM_METHOD_ROW(Module, Method, &RunHandler<&Module::Method>)
-#define IM_METHOD_NOT_BUILT(Module, Method) IM_METHOD_ROW(Module, Method, &RunNotBuilt)
+#define IM_METHOD(Module, Method)                                                          \
+  ::imsdk::bridge::MethodRow {                                                             \
+#Method, L## #Method, {#Module "::" #Method, kSource }, &RunHandler < &Module::Method> \
+  }

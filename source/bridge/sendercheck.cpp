@@ -33,4 +33,9 @@ void CheckSender(const biz::IMMessage& msg, const ns_log::TraceSite& site, std::
       .Item(MakeTraceItem("imsdk_msgid", msg.msgid));
 }
 
+void CheckSenders(const std::vector<biz::IMMessage>& msgs, const ns_log::TraceSite& site,
+                  std::wstring_view text, const char* brief) {
+  for (const biz::IMMessage& msg : msgs) CheckSender(msg, site, text, brief);
+}
+
 }  // namespace imsdk::bridge

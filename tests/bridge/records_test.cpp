@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "kexbase/json_reader.h"
-#include "source/bridge/jsparams/messagerecords.h"
+#include "source/bridge/jsparams/hisrecords.h"
 #include "source/bridge/jsparams/secretfree.h"
 
 namespace imsdk::bridge {
@@ -22,11 +22,11 @@ TEST(Reader, SkipsWrongTypesFieldByField) {
       R"("ignoreboundary":4294967296,"autoroam":-3,"unknown":[]})");
   EXPECT_EQ(request.cid, (biz::IMUserID{L"", L"n"}));
   EXPECT_EQ(request.count, 0);
-  EXPECT_EQ(request.msgid, L"");
-  EXPECT_EQ(request.msgtime, L"7");
-  EXPECT_EQ(request.gohistory, 0);
-  EXPECT_EQ(request.ignoreboundary, 0);
-  EXPECT_EQ(request.autoroam, -3);
+  EXPECT_EQ(request.msgid, 0);
+  EXPECT_EQ(request.msgtime, 7);
+  EXPECT_FALSE(request.gohistory);
+  EXPECT_FALSE(request.ignoreboundary);
+  EXPECT_TRUE(request.autoroam);
   for (const char* json : {"[]", "\"x\"", "null", R"({"cid":[]})"}) {
     EXPECT_TRUE(Read<HisMsgRequest>(json).cid.empty()) << json;
   }
@@ -38,14 +38,22 @@ TEST(Reader, KeepsOnlyElementsOfTheRightType) {
   EXPECT_EQ(request.cids[0].nick, L"a");
   EXPECT_EQ(request.cids[2].nick, L"b");
   EXPECT_TRUE(Read<CidsRequest>(R"({"cids":{"0":{}}})").cids.empty());
+  const auto search = Read<SearchRequest>(
+      R"({"keywords":["a",7,"b"],"msgtypes":[1,"2",3.5,4],"btime":5,"needpage":1,"page":2})");
+  EXPECT_EQ(search.keywords, (std::vector<std::wstring>{L"a", L"b"}));
+  EXPECT_EQ(search.msgtypes, (std::vector<std::int32_t>{1, 4}));
+  EXPECT_EQ(search.btime, 0);
+  EXPECT_EQ(search.page, 2);
+  EXPECT_EQ(Read<MsgsRequest>(R"({"msgids":["9007199254740993",7,"x"]})").msgids,
+            (std::vector<std::int64_t>{9'007'199'254'740'993, 0}));
 }
 
 TEST(Reader, TimesAndIdentifiersThatAreNoNumbersAreZero) {
   for (const char* text : {"", "x", "9223372036854775808", " 1", "1 ", "1.0"}) {
     const auto request = Read<HisMsgRequest>(std::string(R"({"msgid":")") + text + "\"}");
-    EXPECT_EQ(request.ToPage().msgid, 0) << text;
+    EXPECT_EQ(request.msgid, 0) << text;
   }
-  EXPECT_EQ(Read<HisMsgRequest>(R"({"msgid":"-9223372036854775808"})").ToPage().msgid,
+  EXPECT_EQ(Read<HisMsgRequest>(R"({"msgid":"-9223372036854775808"})").msgid,
             std::numeric_limits<std::int64_t>::min());
 }
 

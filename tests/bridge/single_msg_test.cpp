@@ -1,29 +1,18 @@
-// Business module "im.singlemsg".
+// "im.singlemsg": new messages and events.
 
 #include <gtest/gtest.h>
 
-#include "imsdk/client/chat_window.h"
-#include "imsdk/client/emotion_list.h"
+#include <optional>
+
 #include "source/bridge/sendercheck.h"
-#include "tests/support/memory_engine.h"
-#include "tests/support/test_host.h"
+#include "tests/bridge/single_msg_fixture.h"
 
-namespace imsdk {
+namespace imsdk::test {
 namespace {
-
-using test::kHarbor;
-using test::kLighthouse;
-using test::MakeMessage;
-using test::TestHost;
-
-const std::wstring kPath = L"im.singlemsg";
-constexpr wchar_t kCid[] = LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})";
 
 class Windows final : public RefPtrCounted<client::IChatWindowService> {
  public:
-  Windows(bool visible, bool activated) : visible_(visible), activated_(activated) {
-    GetKexCOM()->RegisterService(kServiceId, this);
-  }
+  Windows(bool visible, bool activated) : visible_(visible), activated_(activated) {}
   bool IsVisible(const biz::IMUserID& account, const biz::IMUserID& cid) override {
     return visible_ && account == kHarbor && cid == kLighthouse;
   }
@@ -32,19 +21,6 @@ class Windows final : public RefPtrCounted<client::IChatWindowService> {
  private:
   const bool visible_;
   const bool activated_;
-};
-
-class SingleMsg : public ::testing::Test {
- protected:
-  SingleMsg() : chat(engine.Chats().Chat(kLighthouse)) {
-    host.Bind(kHarbor);
-    host.Invoke(L"workbench.im.event_register", L"r", L"register_all");
-  }
-  ~SingleMsg() override { GetKexCOM()->UnregisterService(client::IChatWindowService::kServiceId); }
-
-  test::MemoryEngine engine;
-  TestHost host;
-  test::MemoryConversation& chat;
 };
 
 TEST_F(SingleMsg, GetNewMsgMarksReadOnlyWhatIsSeen) {
@@ -57,8 +33,8 @@ TEST_F(SingleMsg, GetNewMsgMarksReadOnlyWhatIsSeen) {
                {true, true, false, 0, L"window is visible or BeActived!!"},
                {true, false, true, 0, L"window is visible or BeActived!!"}};
   for (const auto& c : cases) {
-    RefPtr<Windows> windows;
-    if (c.service) windows = RefPtr<Windows>(new Windows(c.visible, c.activated));
+    std::optional<Registered<client::IChatWindowService>> windows;
+    if (c.service) windows.emplace(RefPtr(new Windows(c.visible, c.activated)));
     host.log->Clear();
     chat.unread = 3;
     EXPECT_FALSE(host.Call(kPath, L"PeekNewMsg", kCid).failed);
@@ -101,26 +77,6 @@ TEST_F(SingleMsg, PageRequestsReachTheEngine) {
   EXPECT_FALSE(chat.last_request.autoroam);  // a string is no flag
 }
 
-TEST_F(SingleMsg, BadRequestsAreAnsweredOnceInTheEnvelope) {
-  const wchar_t* const methods[] = {L"GetNewMsg",     L"PeekNewMsg",        L"GetLocalHisMsg",
-                                    L"SetMsgRead",    L"SendNormalChatMsg", L"ReSendChatMsg",
-                                    L"GetUnreadCount"};
-  for (const wchar_t* method : methods) {
-    host.log->Clear();
-    EXPECT_EQ(host.Call(kPath, method, L"{oops").payload,
-              LR"({"code":-2147024809,"subcode":0,"result":"invalid!"})");
-    EXPECT_EQ(host.log->Lines(L"invalid!").size(), 1u);
-    for (const wchar_t* json : {L"{}", L"[]", L"5", LR"({"cid":{"appkey":7,"nick":"x"}})"}) {
-      EXPECT_EQ(host.Call(kPath, method, json).payload,
-                LR"({"code":-2147418113,"subcode":0,"result":"GetConversation failed!!"})")
-          << method;
-    }
-    EXPECT_EQ(host.log->Lines(L"GetConversation failed!!").size(), 4u);
-  }
-  EXPECT_EQ(host.Call(kPath, L"GetUnreadCountInBulk", L"{oops").failed, true);
-  EXPECT_EQ(host.Call(kPath, L"GetUnreadCountInBulk", L"[]").failed, false);
-}
-
 TEST_F(SingleMsg, UnreadCounts) {
   chat.unread = 2;
   EXPECT_EQ(host.Call(kPath, L"GetUnreadCount", kCid).payload,
@@ -135,86 +91,6 @@ TEST_F(SingleMsg, UnreadCounts) {
             one);
   host.Call(kPath, L"SetMsgRead", kCid);
   EXPECT_EQ(chat.unread, 0);
-}
-
-TEST_F(SingleMsg, SendsBodyItemsInOrderAndReportsTheStatus) {
-  const std::wstring request =
-      LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},"autosend":1,"msgbody":[)"
-      LR"({"type":0,"value":"hi","jvale":"{\"k\":1}"},)"
-      LR"({"type":1,"filepath":"a.png","filecontent":"AAEC"},{"type":1,"filecontent":"A"}]})";
-  EXPECT_EQ(host.Call(kPath, L"SendNormalChatMsg", request).payload,
-            LR"({"code":0,"subcode":0,"result":"success"})");
-  ASSERT_EQ(chat.sent.size(), 3u);
-  EXPECT_EQ(chat.sent[0].value, L"hi");
-  EXPECT_EQ(chat.sent[0].jvale, L"{\"k\":1}");
-  EXPECT_EQ(chat.sent[1].filepath.value(), L"a.png");
-  EXPECT_EQ(chat.sent[1].filecontent, std::string("\0\1\2", 3));
-  EXPECT_EQ(chat.sent[2].filecontent, "");
-  EXPECT_TRUE(chat.sent_options.autosend);
-  const auto traced = host.log->Lines(L"json");
-  ASSERT_EQ(traced.size(), 1u);
-  EXPECT_EQ(traced[0].items.at("it->filecontent"), L"A");
-
-  chat.send_status = 3;
-  const auto taken = host.Call(kPath, L"SendNormalChatMsg", request);
-  EXPECT_EQ(taken.payload, LR"({"code":3,"subcode":0,"result":"success"})");
-  EXPECT_FALSE(taken.failed);
-  chat.send_status = -7;
-  const auto refused = host.Call(kPath, L"SendNormalChatMsg", kCid);
-  EXPECT_EQ(refused.payload, LR"({"code":-7,"subcode":0,"result":"failed"})");
-  EXPECT_TRUE(refused.failed);
-  EXPECT_TRUE(chat.sent.empty());  // an empty body is the engine's to judge
-}
-
-TEST_F(SingleMsg, BroadcastReachesEveryoneAndReportsTheFirstRefusal) {
-  auto& mariner = engine.Chats().Chat({L"cnbazaro", L"mariner"});
-  const std::wstring request =
-      LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"},{"nick":"nobody"},)"
-      LR"({"appkey":"cnbazaro","nick":"mariner"}],"msgbody":[{"type":0,"value":"all"}]})";
-  EXPECT_EQ(host.Call(kPath, L"SendBroadcastMsg", request).payload,
-            LR"({"code":-2147418113,"subcode":0,"result":"failed"})");
-  EXPECT_EQ(chat.sent.size(), 1u);
-  EXPECT_EQ(mariner.sent.size(), 1u);
-  EXPECT_FALSE(
-      host.Call(kPath, L"SendBroadcastMsg", LR"({"cids":[{"appkey":"cnbazaro","nick":"mariner"}]})")
-          .failed);
-  EXPECT_TRUE(mariner.sent.empty());
-  EXPECT_TRUE(host.Call(kPath, L"SendBroadcastMsg", L"{}").failed);
-}
-
-TEST_F(SingleMsg, AutoRepliesAndFastResends) {
-  host.Call(kPath, L"SendAutoReplyMsg", kCid);
-  EXPECT_TRUE(chat.sent_options.autoreply);
-  EXPECT_FALSE(chat.sent_options.autosend);
-  for (const auto& [method, msgid] :
-       {std::pair{L"ReSendChatMsg", 11}, std::pair{L"FastReSendChatMsg", 12}}) {
-    host.Call(kPath, method,
-              LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},"msgid":")" +
-                  std::to_wstring(msgid) + L"\"}");
-    EXPECT_EQ(chat.resent, msgid);
-  }
-}
-
-class Emotions final : public RefPtrCounted<client::IEmotionListService> {
- public:
-  std::vector<client::IMEmotion> GetEmotions() override {
-    return {{L"/:)", L"a b.png"}, {L"/:))", L"\x4F60&.png"}, {L"/:", L"none.png"}, {L"", L"x"}};
-  }
-};
-
-TEST_F(SingleMsg, ConvertsShortcutsLongestFirst) {
-  const std::wstring request = LR"({"type":4,"jvale":"j","value":"/: x/:)/:))/:(y/:"})";
-  EXPECT_EQ(host.Call(kPath, L"ConvertMsgText2Emotion", request).payload,
-            LR"({"code":0,"subcode":0,"result":"success","type":4,)"
-            LR"("value":"/: x/:)/:))/:(y/:","jvale":"j"})");
-  const RefPtr<Emotions> emotions(new Emotions);
-  GetKexCOM()->RegisterService(Emotions::kServiceId, emotions.get());
-  EXPECT_EQ(host.Call(kPath, L"ConvertMsgText2Emotion", request).payload,
-            LR"({"code":0,"subcode":0,"result":"success","type":4,)"
-            LR"("value":"/: xpic:imemotion|ID?filepath=a%20b.png&shortcut=%2F%3A))"
-            LR"(pic:imemotion|ID?filepath=%E4%BD%A0%26.png&shortcut=%2F%3A))/:(y/:",)"
-            LR"("jvale":"j"})");
-  GetKexCOM()->UnregisterService(Emotions::kServiceId);
 }
 
 TEST_F(SingleMsg, EventsReachThePageAndForeignSendersAreTraced) {
@@ -256,4 +132,4 @@ TEST(MainNick, EndsBeforeTheFirstColonUnlessItStandsFirst) {
 }
 
 }  // namespace
-}  // namespace imsdk
+}  // namespace imsdk::test

@@ -30,7 +30,7 @@ void MemoryConversation::GetLocalHisMsg(const biz::IMPageRequest& request,
                                         biz::IMPageCallback done) {
   last_request = request;
   if (on_history) return on_history(std::move(done));
-  done({}, page);
+  done(result, page);
 }
 
 std::int32_t MemoryConversation::SendMsg(std::vector<biz::IMBodyItem> body,
@@ -40,9 +40,73 @@ std::int32_t MemoryConversation::SendMsg(std::vector<biz::IMBodyItem> body,
   return send_status;
 }
 
-std::int32_t MemoryConversation::ReSendMsg(std::int64_t msgid) {
-  resent = msgid;
+std::int32_t MemoryConversation::ReSendMsg(std::int64_t msgid, bool now) {
+  msgids = {msgid};
+  at_once = now;
   return send_status;
+}
+
+void MemoryConversation::GetRemoteHisMsg(const biz::IMPageRequest& request,
+                                         biz::IMPageCallback done) {
+  last_request = request;
+  done(result, page);
+}
+
+void MemoryConversation::RoamMsg(const biz::IMRoamRequest& request, biz::IMRoamCallback done) {
+  last_roam = request;
+  done(result, {9, 7});
+}
+
+void MemoryConversation::SearchMsgByID(std::int64_t msgid, biz::IMPageCallback done) {
+  msgids = {msgid};
+  done(result, page);
+}
+
+void MemoryConversation::SearchMsg(const biz::IMSearchRequest& request,
+                                   biz::IMSearchCallback done) {
+  last_search = request;
+  done(result, found);
+}
+
+void MemoryConversation::GetMsgPicture(const biz::IMPictureRequest& request,
+                                       biz::IMPicturesCallback done) {
+  last_pictures = request;
+  done(result, pictures);
+}
+
+void MemoryConversation::DeleteLocalMsg(const std::vector<std::int64_t>& ids,
+                                        biz::IMCountCallback done) {
+  msgids = ids;
+  done(result, static_cast<std::int32_t>(ids.size()));
+}
+
+void MemoryConversation::WithdrawMsg(std::int64_t msgid, biz::IMDoneCallback done) {
+  msgids = {msgid};
+  done(result);
+}
+
+void MemoryConversation::GetFlagsMyMsgReaded(const std::vector<std::int64_t>& ids,
+                                             biz::IMFlagsCallback done) {
+  msgids = ids;
+  std::vector<biz::IMFlagMsgReaded> flags;
+  for (const std::int64_t id : ids) flags.push_back({cid_, id, id + 1, biz::kMsgRead});
+  done(result, flags);
+}
+
+void MemoryConversation::SetFlagsPeerMsgReaded(const std::vector<std::int64_t>& ids,
+                                               biz::IMDoneCallback done) {
+  msgids = ids;
+  done(result);
+}
+
+void MemoryConversation::ShieldAutoReply(bool ignore, biz::IMDoneCallback done) {
+  ignored = ignore;
+  done(result);
+}
+
+void MemoryConversation::AddSysMsg(const std::wstring& text, biz::IMDoneCallback done) {
+  note = text;
+  done(result);
 }
 
 RefPtr<biz::IIMConversation> MemoryChats::GetConversation(const biz::IMUserID& cid) {
@@ -56,10 +120,34 @@ std::vector<biz::IMUnreadCount> MemoryChats::GetConversations() {
   return counts;
 }
 
+void MemoryChats::SearchMsg(const biz::IMSearchRequest& request, biz::IMSearchCallback done) {
+  last_search = request;
+  done({}, {});
+}
+
+void MemoryChats::SearchConversations(const biz::IMSearchRequest& request,
+                                      biz::IMUsersCallback done) {
+  last_search = request;
+  done({}, {kLighthouse});
+}
+
+void MemoryChats::SetRoamStatus(std::int32_t status, biz::IMDoneCallback done) {
+  roaming = {77, status};
+  done({});
+}
+
 MemoryConversation& MemoryChats::Chat(const biz::IMUserID& cid) {
   auto& chat = chats_[cid];
   if (!chat) chat = RefPtr<MemoryConversation>(new MemoryConversation(cid));
   return *chat;
+}
+
+RefPtr<biz::IIMConversation> MemoryVirtualChats::GetConversation(const biz::IMUserID& cid) {
+  return cid == chat->GetCID() ? RefPtr<biz::IIMConversation>(chat) : nullptr;
+}
+
+std::vector<biz::IMUnreadCount> MemoryVirtualChats::GetConversations() {
+  return {{chat->GetCID(), chat->unread}};
 }
 
 void MemoryAccounts::LoginByPassword(const biz::IMUserID& user, const std::wstring& password,
@@ -108,9 +196,8 @@ MemoryEngine::MemoryEngine() : accounts(new MemoryAccounts) {
 
 MemoryEngine::~MemoryEngine() { GetKexCOM()->UnregisterService(biz::IIMAccountMgr::kServiceId); }
 
-MemoryChats& MemoryEngine::Chats(const biz::IMUserID& user) {
-  const auto account = accounts->GetAccount(user);
-  return *static_cast<MemoryAccount&>(*account).chats;
+MemoryAccount& MemoryEngine::Account(const biz::IMUserID& user) {
+  return static_cast<MemoryAccount&>(*accounts->GetAccount(user));
 }
 
 }  // namespace imsdk::test

@@ -48,25 +48,8 @@ struct Record<CidsRequest> {
 };
 
 // History and peek requests.
-struct HisMsgRequest {
+struct HisMsgRequest : biz::IMPageRequest {
   biz::IMUserID cid;
-  std::wstring msgtime;
-  std::wstring msgid;
-  std::int32_t count = 0;
-  std::int32_t gohistory = 0;
-  std::int32_t ignoreboundary = 0;
-  std::int32_t autoroam = 0;
-
-  biz::IMPageRequest ToPage() const {
-    biz::IMPageRequest page;
-    base::StringToInt64(msgtime, &page.msgtime);
-    base::StringToInt64(msgid, &page.msgid);
-    page.count = count;
-    page.gohistory = gohistory != 0;
-    page.ignoreboundary = ignoreboundary != 0;
-    page.autoroam = autoroam != 0;
-    return page;
-  }
 };
 template <>
 struct Record<HisMsgRequest> {
@@ -78,59 +61,10 @@ struct Record<HisMsgRequest> {
                 Field("autoroam", &HisMsgRequest::autoroam));
 };
 
-struct BodyItem {
-  std::int32_t type = 0;
-  std::wstring jvale;
-  std::wstring value;
-  std::wstring filecontent;  // Base64
-  std::wstring filepath;
-};
-template <>
-struct Record<BodyItem> {
-  static constexpr auto kFields =
-      FieldList(Field("type", &BodyItem::type), Field("jvale", &BodyItem::jvale),
-                Field("value", &BodyItem::value), Field("filecontent", &BodyItem::filecontent),
-                Field("filepath", &BodyItem::filepath));
-};
-
-struct SendMsgRequest {
-  biz::IMUserID cid;
-  std::int32_t autosend = 0;
-  std::vector<BodyItem> msgbody;
-};
-template <>
-struct Record<SendMsgRequest> {
-  static constexpr auto kFields =
-      FieldList(Field("cid", &SendMsgRequest::cid), Field("autosend", &SendMsgRequest::autosend),
-                Field("msgbody", &SendMsgRequest::msgbody));
-};
-
-struct BroadcastMsgRequest {
-  std::vector<biz::IMUserID> cids;
-  std::vector<BodyItem> msgbody;
-};
-template <>
-struct Record<BroadcastMsgRequest> {
-  static constexpr auto kFields = FieldList(Field("cids", &BroadcastMsgRequest::cids),
-                                            Field("msgbody", &BroadcastMsgRequest::msgbody));
-};
-
-// A text to convert, and the converted text: a body item without its file keys.
-struct EmotionText {
-  std::int32_t type = 0;
-  std::wstring value;
-  std::wstring jvale;
-};
-template <>
-struct Record<EmotionText> {
-  static constexpr auto kFields =
-      FieldList(Field("type", &EmotionText::type), Field("value", &EmotionText::value),
-                Field("jvale", &EmotionText::jvale));
-};
-
+// One message of a conversation.
 struct MsgRequest {
   biz::IMUserID cid;
-  std::wstring msgid;
+  std::int64_t msgid = 0;
 };
 template <>
 struct Record<MsgRequest> {
@@ -169,28 +103,35 @@ struct Record<UnreadsAnswer> {
 
 // Notification with message records. Points to the event's own list.
 struct MsgsNotify {
-  const std::vector<biz::IMMessage>* msgs;
+  const std::vector<biz::IMMessage>* msgs = nullptr;
 };
 template <>
 struct Record<MsgsNotify> {
   static constexpr auto kFields = FieldList(Field("msgs", &MsgsNotify::msgs));
 };
 
-struct SendMsgStatusNotify {
-  std::int32_t code = 0;
-  std::int32_t subcode = 0;
+// A send status is an envelope with the message's own keys between.
+struct SendMsgStatusNotify : biz::ResultCode {
   std::int32_t msgtype = 0;
   std::int64_t msgid = 0;
   std::int64_t svrtime = 0;
-  std::wstring result;
 };
 template <>
 struct Record<SendMsgStatusNotify> {
   static constexpr auto kFields = FieldList(
       Field("code", &SendMsgStatusNotify::code), Field("subcode", &SendMsgStatusNotify::subcode),
       Field("msgtype", &SendMsgStatusNotify::msgtype), Field("msgid", &SendMsgStatusNotify::msgid),
-      Field("svrtime", &SendMsgStatusNotify::svrtime),
-      Field("result", &SendMsgStatusNotify::result));
+      Field("svrtime", &SendMsgStatusNotify::svrtime), Field("result", &SendMsgStatusNotify::text));
+};
+
+struct PeerInputNotify {
+  std::int32_t value = 0;
+  biz::IMUserID cid;
+};
+template <>
+struct Record<PeerInputNotify> {
+  static constexpr auto kFields =
+      FieldList(Field("value", &PeerInputNotify::value), Field("cid", &PeerInputNotify::cid));
 };
 
 }  // namespace imsdk::bridge

@@ -68,7 +68,9 @@ inline void ReadValue(const base::Value& json, std::int32_t* out) {
 }
 
 inline void ReadValue(const base::Value& json, bool* out) {
-  if (const auto value = json.GetIfInt64()) *out = *value != 0;
+  std::int32_t flag = *out;
+  ReadValue(json, &flag);
+  *out = flag != 0;
 }
 
 inline void ReadValue(const base::Value& json, std::int64_t* out) {
@@ -93,6 +95,7 @@ template <class T>
 bool HasJsonTypeOf(const base::Value& json) {
   if constexpr (IsRecord<T>) return json.is_dict();
   if constexpr (std::is_same_v<T, std::wstring>) return json.is_string();
+  if constexpr (std::is_same_v<T, std::int64_t>) return json.is_string();
   if constexpr (std::is_same_v<T, std::int32_t>) return json.is_int();
 }
 

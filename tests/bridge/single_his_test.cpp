@@ -1,0 +1,176 @@
+// "im.singlemsg": history, read state, and what the client's services do with messages.
+
+#include "imsdk/client/dynamic_content.h"
+#include "imsdk/client/translation.h"
+#include "tests/bridge/single_msg_fixture.h"
+
+namespace imsdk::test {
+namespace {
+
+std::wstring Answer(const std::wstring& keys) {
+  return LR"({"code":0,"subcode":0,"result":"success",)" + keys + L"}";
+}
+
+TEST_F(SingleMsg, AnswersHaveTheirKeysInOrder) {
+  chat.position = {5, 6};
+  chat.found.totalcount = 21;
+  chat.found.totalpage = 3;
+  chat.found.currentpage = 2;
+  chat.pictures = {{L"7_0", L"files/a.png", 7, 0, 70, kLighthouse, kHarbor, L"x"}};
+  const std::wstring lighthouse = LR"({"appkey":"cnbazaro","nick":"lighthouse"})";
+  const struct {
+    const wchar_t* method;
+    std::wstring request;
+    std::wstring keys;
+  } cases[] = {
+      {L"GetReadedBoundary", kCid, LR"("msgtime":"5","msgid":"6")"},
+      {L"DeleteLocalMsg", WithCid(LR"("msgids":["1","2"])"), LR"("count":2)"},
+      {L"DeleteLocalMsg", WithCid(LR"("all":1)"), LR"("count":100)"},
+      {L"GetFlagsMyMsgReaded", WithCid(LR"("msgids":["3"])"),
+       LR"("items":[{"cid":)" + lighthouse + LR"(,"msgid":"3","msgtime":"4","readflag":1}])"},
+      {L"SearchDBMsg", WithCid(LR"("keywords":["a b"],"msgtypes":[0],"needpage":1,"page":2)"),
+       LR"("cid":)" + lighthouse +
+           LR"(,"keywords":["a b"],"msgtypes":[0],"currentpage":2,"totalpage":3,"totalcount":21,)"
+           LR"("msgs":[])"},
+      {L"SearchDBMsg2", L"{}",
+       LR"("cid":{"appkey":"","nick":""},"keywords":[],"msgtypes":[],"currentpage":0,)"
+       LR"("totalpage":0,"totalcount":0,"msgs":[])"},
+      {L"SearchDBMsgCid", LR"({"msgtypes":[1,2]})",
+       LR"("msgtypes":[1,2],"cids":[)" + lighthouse + L"]"},
+      {L"GetMsgPicture", WithCid(LR"("pictureid":"8_1","btime":"3","count":4)"),
+       LR"("pictures":[{"pictureid":"7_0","url":"files/a.png","msgid":"7","index":0,)"
+       LR"("mgstime":"70","fromid":)" +
+           lighthouse + LR"(,"toid":{"appkey":"cnbazaro","nick":"harbor"},"extInfo":"x"}])"},
+      {L"RoamMsg", WithCid(LR"("btime":"3","etime":"9","count":4)"),
+       LR"("roamedcount":9,"affectcount":7)"},
+      {L"GetTranslateSetting", L"{}", LR"("enable":0)"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Payload(c.method, c.request), Answer(c.keys)) << c.method;
+  EXPECT_EQ(chat.last_search.keywords, std::vector<std::wstring>{L"a b"});
+  EXPECT_TRUE(chat.last_search.needpage);
+  EXPECT_EQ(chat.last_pictures.pictureid, L"8_1");
+  EXPECT_EQ(chat.last_pictures.btime, 3);
+  EXPECT_EQ(chat.last_roam.etime, 9);
+  EXPECT_TRUE(Payload(L"DeleteLocalMsg", kCid).ends_with(LR"("invalid!"})"));
+}
+
+TEST_F(SingleMsg, RequestsWithoutKeysInTheAnswerReachTheEngine) {
+  const std::wstring one = WithCid(LR"("msgid":"11","msgids":["11"])");
+  for (const wchar_t* method : {L"DoChatMsgWithdraw", L"SetFlagsPeerMsgReaded"}) {
+    chat.msgids.clear();
+    EXPECT_EQ(Payload(method, one), kSuccess);
+    EXPECT_EQ(chat.msgids, std::vector<std::int64_t>{11}) << method;
+  }
+  chat.result = {biz::kEngineRefused, 0, L"too late"};
+  EXPECT_EQ(Payload(L"DoChatMsgWithdraw", one), LR"({"code":-11,"subcode":0,"result":"too late"})");
+  chat.result = {};
+  EXPECT_EQ(Payload(L"SetRoamStatus", LR"({"roamstatus":1})"), kSuccess);
+  EXPECT_EQ(Payload(L"GetRoamStatus", L"{}"), Answer(LR"("opentime":"77","roamstatus":1)"));
+  EXPECT_EQ(Payload(L"SetNewMsgMaxCache", LR"({"maxmsgcount":-5})"), kSuccess);
+  EXPECT_EQ(engine.Chats().max_cache, -5);  // the engine's to judge
+  Payload(L"SetNewMsgMaxCache", L"{oops");
+  EXPECT_EQ(engine.Chats().max_cache, -5);
+  EXPECT_EQ(Payload(L"AddAudio2textSettingRemind", kCid), kSuccess);
+  EXPECT_FALSE(chat.note.empty());
+}
+
+TEST_F(SingleMsg, FetchedMessagesAreTracedAndChecked) {
+  chat.page.msgs = {MakeMessage(5, kLighthouse, kHarbor, L"a"),
+                    MakeMessage(6, kLighthouse, kHarbor, L"b")};
+  chat.page.msgs[1].cid = {L"cnbazaro", L"mariner"};
+  for (const wchar_t* method :
+       {L"GetOfflineMsg", L"PeekOfflineMsg", L"GetRemoteHisMsg", L"SearchMsgByID"}) {
+    host.log->Clear();
+    EXPECT_TRUE(Payload(method, kCid).starts_with(Answer(L"").substr(0, 41))) << method;
+    EXPECT_EQ(host.log->Lines(L"response msgs.").at(0).items.at("msgids"), L"5,6");
+    EXPECT_EQ(host.log->Lines(L"rsp msg. fromid is invalid!!").size(), 1u);
+    const bool marks = method == std::wstring(L"GetOfflineMsg");
+    EXPECT_EQ(host.log->Lines(L"window is NOT visible and BeActived!!").size(), marks ? 1u : 0u);
+  }
+}
+
+class Translation final : public RefPtrCounted<client::ITranslationService> {
+ public:
+  bool IsEnabled() override { return true; }
+  void Translate(const biz::IMUserID& account, const std::wstring& msgid, const std::wstring& text,
+                 client::IMTranslateCallback done) override {
+    if (text.empty()) return done({biz::kEngineEmpty, 0, L"nothing to translate"}, {});
+    events.on_translated(account, msgid, L"~" + text);
+    done({}, L"~" + text);
+  }
+  TranslationEvents& Events() override { return events; }
+
+  TranslationEvents events;
+};
+
+TEST_F(SingleMsg, TranslatesThroughTheClient) {
+  const std::wstring request = LR"({"msgid":"5","msgcontent":"text"})";
+  EXPECT_EQ(Payload(L"GetTranslateMsg", request),
+            LR"({"code":-2147418113,"subcode":0,"result":"no translation is set up"})");
+
+  const RefPtr<Translation> translation(new Translation);
+  const Registered<client::ITranslationService> service(translation);
+  TestHost view;
+  view.Bind(kHarbor);
+  view.Invoke(L"workbench.im.event_register", L"r", L"register_all");
+  EXPECT_EQ(view.Call(kPath, L"GetTranslateSetting").payload, Answer(LR"("enable":1)"));
+  EXPECT_EQ(view.Call(kPath, L"GetTranslateMsg", request).payload,
+            Answer(LR"("msgid":"5","msgcontent":"~text")"));
+  EXPECT_TRUE(view.Call(kPath, L"GetTranslateMsg", L"{}").failed);
+  translation->events.on_translated(kLighthouse, L"6", L"of another account");
+  translation->events.on_setting_changed(0);
+  ASSERT_EQ(view.page.notifications.size(), 2u);
+  EXPECT_EQ(view.page.notifications[0].json, LR"({"msgid":"5","msgcontent":"~text"})");
+  EXPECT_EQ(view.page.notifications[1].event, L"onTranslateSettingNotify");
+  EXPECT_EQ(view.page.notifications[1].json, LR"({"enable":0})");
+}
+
+class Dynamic final : public RefPtrCounted<client::IDynamicContentService> {
+ public:
+  void GetContent(const biz::IMUserID& account, const std::wstring& biz_type,
+                  const std::wstring& biz_uuid, client::IMDynamicCallback done) override {
+    done({}, account.nick + L"/" + biz_type + L"/" + biz_uuid);
+  }
+};
+
+TEST_F(SingleMsg, DynamicContentComesFromTheClient) {
+  const std::wstring request = LR"({"bizType":"order","bizUuid":"u"})";
+  EXPECT_TRUE(host.Call(kPath, L"GetDynamicMsg", request).failed);
+  const Registered<client::IDynamicContentService> service(RefPtr(new Dynamic));
+  EXPECT_EQ(Payload(L"GetDynamicMsg", request), Answer(LR"("content":"harbor/order/u")"));
+}
+
+TEST_F(SingleMsg, StateEventsReachThePage) {
+  auto& events = engine.Chats().events;
+  events.on_shake_msg(kLighthouse);
+  events.on_flag_my_msg_readed(kLighthouse, {{kLighthouse, 3, 4, biz::kMsgRead}});
+  events.on_msg_withdraw(kLighthouse, {kLighthouse, kHarbor, 5, 6, 7}, {});
+  events.on_peer_input({L"cnbazaro", L"lighthouse:keeper"}, biz::kInputTyping);
+  const std::wstring lighthouse = LR"({"appkey":"cnbazaro","nick":"lighthouse"})";
+  const std::pair<const wchar_t*, std::wstring> expected[] = {
+      {L"onShakeMsgNotify", lighthouse},
+      {L"onFlagMyMsgReaded",
+       LR"({"items":[{"cid":)" + lighthouse + LR"(,"msgid":"3","msgtime":"4","readflag":1}]})"},
+      {L"onMsgWithdrawNty", LR"({"code":0,"subcode":0,"result":"success","withdraws":[{"cid":)" +
+                                lighthouse +
+                                LR"(,"fromid":{"appkey":"cnbazaro","nick":"harbor"},"msgid":"5",)"
+                                LR"("msgtime":"6","svrtime":"7"}]})"},
+      {L"onPeerInputNotify", LR"({"value":1,"cid":)" + lighthouse + L"}"},
+  };
+  ASSERT_EQ(host.page.notifications.size(), std::size(expected));
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    EXPECT_EQ(host.page.notifications[i].event, expected[i].first);
+    EXPECT_EQ(host.page.notifications[i].json, expected[i].second);
+  }
+
+  engine.Account().type = biz::kSubAccount;
+  TestHost sub;
+  sub.Bind(kHarbor);
+  sub.Invoke(L"workbench.im.event_register", L"r", L"register_all");
+  events.on_peer_input({L"cnbazaro", L"lighthouse:keeper"}, biz::kInputStopped);
+  EXPECT_EQ(sub.page.notifications.at(0).json,
+            LR"({"value":0,"cid":{"appkey":"cnbazaro","nick":"lighthouse:keeper"}})");
+}
+
+}  // namespace
+}  // namespace imsdk::test
