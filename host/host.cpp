@@ -5,13 +5,14 @@
 #include <utility>
 
 #include "bridge_library.h"
-#include "chat_windows.h"
+#include "client/client_services.h"
 #include "data_folder.h"
 #include "host_trace.h"
 #include "imsdk/biz/account.h"
 #include "kexbase/strings.h"
 #include "kexbase/time.h"
 #include "kexcore/kexcom.h"
+#include "registered.h"
 #include "run_token.h"
 #include "server/server.h"
 #include "trace_log.h"
@@ -20,18 +21,6 @@ namespace imsdk::host {
 namespace {
 
 constexpr wchar_t kAppKey[] = L"cnbazaro";
-
-// A service that is in the component registry as long as this lives.
-template <class I>
-class Registered {
- public:
-  explicit Registered(const RefPtr<I>& service) {
-    GetKexCOM()->RegisterService(I::kServiceId, service.get());
-  }
-  ~Registered() { GetKexCOM()->UnregisterService(I::kServiceId); }
-  Registered(const Registered&) = delete;
-  Registered& operator=(const Registered&) = delete;
-};
 
 }  // namespace
 
@@ -43,7 +32,7 @@ class Host::Impl final : public Backend {
     log_ = TraceLog::Open({folder_->path() / "logs", options.trace_file}, error);
     if (!log_) return false;
     log_service_.emplace(log_->Service());
-    windows_service_.emplace(RefPtr<client::IChatWindowService>(windows_));
+    client_.emplace(folder_->path(), options.web);
     EngineOptions engine;
     engine.data = base::FilePath::FromUTF8(folder_->path().string());
     engine.demo = options.demo;
@@ -61,7 +50,9 @@ class Host::Impl final : public Backend {
     server.port = options.port;
     server.web = options.web;
     server.data = folder_->path();
-    server_ = Server::Start(server, {*this, *token_, windows_, log_->Logger()}, error);
+    server_ = Server::Start(
+        server, {*this, *token_, client_->windows(), log_->Logger(), client_->translation()},
+        error);
     if (!server_) return false;
     if (!token_->Save()) {
       WriteTrace(*log_->Logger(), ns_log::kWarning, {"Host::Start", "host\\host"},
@@ -79,6 +70,7 @@ class Host::Impl final : public Backend {
       server_->Stop();
       token_->Retire();
     }
+    if (client_) client_->Stop();
     library_.reset();
     const std::lock_guard hold(engine_lock_);
     engine_.reset();
@@ -110,9 +102,8 @@ class Host::Impl final : public Backend {
  private:
   std::unique_ptr<DataFolder> folder_;
   std::unique_ptr<TraceLog> log_;
-  RefPtr<ChatWindows> windows_{new ChatWindows};
   std::optional<Registered<ns_log::ILogService>> log_service_;
-  std::optional<Registered<client::IChatWindowService>> windows_service_;
+  std::optional<ClientServices> client_;
   std::unique_ptr<RunToken> token_;
   // The server object outlives the engine: an open login holds its connection.
   std::unique_ptr<Server> server_;

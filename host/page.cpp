@@ -12,13 +12,19 @@ namespace {
 
 constexpr char kSource[] = "host\\page";
 
-// An event that a page raises for its host: which of its chat windows is on the screen.
+// Events that a page raises for its host: which of its chat windows is on the screen, and whether
+// messages are to be translated.
 constexpr std::wstring_view kChatWindowState = L"chatWindowState";
+constexpr std::wstring_view kTranslateSetting = L"translateSetting";
 
 }  // namespace
 
-Page::Page(RefPtr<ns_log::ILogger> log, RefPtr<ChatWindows> windows, FrameSink sink)
-    : log_(std::move(log)), windows_(std::move(windows)), sink_(std::move(sink)) {}
+Page::Page(RefPtr<ns_log::ILogger> log, RefPtr<ChatWindows> windows,
+           RefPtr<Translation> translation, FrameSink sink)
+    : log_(std::move(log)),
+      windows_(std::move(windows)),
+      translation_(std::move(translation)),
+      sink_(std::move(sink)) {}
 
 bool Page::Open(Backend& backend, std::shared_ptr<base::TaskRunner> runner, biz::IMUserID account) {
   browser_id_utf8_ = base::GenerateGUID();
@@ -67,10 +73,19 @@ void Page::DeliverAnswer(const std::wstring& page, const std::wstring& seq, bool
 
 void Page::Notify(const std::wstring& event, const std::wstring& json) {
   if (!sink_) return;
-  if (event != kChatWindowState) return sink_(NotifyFrame(event, json));
-  if (!windows_->Report(this, account_, base::WideToUTF8(json))) {
-    Refuse("chatWindowState is not of the agreed form");
+  bool problem = false;
+  if (!KeepHostEvent(event, json, &problem)) return sink_(NotifyFrame(event, json));
+  if (problem) Refuse(base::WideToUTF8(event) + " is not of the agreed form");
+}
+
+bool Page::KeepHostEvent(const std::wstring& event, const std::wstring& json, bool* problem) {
+  if (event == kChatWindowState) {
+    *problem = !windows_->Report(this, account_, base::WideToUTF8(json));
+    return true;
   }
+  if (event != kTranslateSetting || !translation_) return false;
+  *problem = !translation_->Report(base::WideToUTF8(json));
+  return true;
 }
 
 }  // namespace imsdk::host

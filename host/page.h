@@ -9,6 +9,7 @@
 #include "backend.h"
 #include "bridge/page_handler.h"
 #include "chat_windows.h"
+#include "client/translation.h"
 #include "kexcore/logger.h"
 
 namespace imsdk::host {
@@ -20,7 +21,9 @@ using FrameSink = std::function<void(std::string frame)>;
 // may hold the page longer than the view does; after `Close` it does nothing.
 class Page final : public bridge::IPageHandler {
  public:
-  Page(RefPtr<ns_log::ILogger> log, RefPtr<ChatWindows> windows, FrameSink sink);
+  // `translation` may be null.
+  Page(RefPtr<ns_log::ILogger> log, RefPtr<ChatWindows> windows, RefPtr<Translation> translation,
+       FrameSink sink);
 
   // Says hello and binds a fresh bridge to `runner`. `account` may be empty. False when there is no
   // bridge to be had; the page is then closed.
@@ -48,9 +51,14 @@ class Page final : public bridge::IPageHandler {
  private:
   ~Page() = default;
 
+  // Keeps an event that is meant for the host. False when it is one for the page; `*problem` tells
+  // when its JSON was not of the agreed form.
+  bool KeepHostEvent(const std::wstring& event, const std::wstring& json, bool* problem);
+
   ThreadSafeRefPolicy count_;
   RefPtr<ns_log::ILogger> log_;
   RefPtr<ChatWindows> windows_;
+  RefPtr<Translation> translation_;
   FrameSink sink_;  // empty once closed
   std::wstring browser_id_;
   std::string browser_id_utf8_;

@@ -9,6 +9,7 @@
 
 #include "backend.h"
 #include "chat_windows.h"
+#include "client/translation.h"
 #include "kexcore/logger.h"
 #include "run_token.h"
 
@@ -28,6 +29,7 @@ struct ServerParts {
   const RunToken& token;
   RefPtr<ChatWindows> windows;
   RefPtr<ns_log::ILogger> log;
+  RefPtr<Translation> translation{};  // may be null
 };
 
 // Listens on the loopback address. Each WebSocket is one view: it has a bridge of its own and a

@@ -53,7 +53,7 @@ void View::Start(UpgradeRequest request) {
 void View::OnAccepted(boost::system::error_code failure) {
   if (ended_) return;
   if (failure) return End(failure.message());
-  page_ = RefPtr<Page>(new Page(server_.parts.log, server_.parts.windows,
+  page_ = RefPtr<Page>(new Page(server_.parts.log, server_.parts.windows, server_.parts.translation,
                                 [this](std::string frame) { Send(std::move(frame)); }));
   try {
     if (!page_->Open(server_.parts.backend, runner_, account_)) return Cut("no bridge");

@@ -1,0 +1,223 @@
+// The client's services of the host, on real files and programs.
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <future>
+
+#include "client/dynamic_content.h"
+#include "client/emotions.h"
+#include "client/picture_editor.h"
+#include "client/run_program.h"
+#include "client/translation.h"
+#include "kexbase/md5.h"
+#include "kexbase/strings.h"
+#include "kexcom/result.h"
+#include "temp_folder.h"
+
+namespace imsdk::host {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(RunProgram, GivesTheOutputOrTheReason) {
+  const std::atomic<bool> go_on{false};
+  const std::string large(300'000, 'x');  // more than a socket holds at once
+  const struct {
+    std::vector<std::string> command;
+    std::string input;
+    ProgramLimits limits;
+    bool ok;
+    std::string said;
+  } cases[] = {
+      {{"cat"}, large, {}, true, large},
+      {{"cat"}, "", {}, true, ""},
+      {{"tr", "a-z", "A-Z"}, "\"$(id)\" é", {}, true, "\"$(ID)\" é"},  // no shell reads it
+      {{"true"}, large, {}, true, ""},                                 // does not read its input
+      {{"false"}, "x", {}, false, "the program failed"},
+      {{"no-such-program-here"}, "x", {}, false, "no-such-program-here: No such file or directory"},
+      {{"sleep", "60"}, "", {milliseconds(50)}, false, "the program took too long"},
+      {{"sh", "-c", "exec >&-; sleep 60"},
+       "",
+       {milliseconds(50)},
+       false,
+       "the program took too long"},
+      {{"yes"}, "", {milliseconds(20'000), 1000}, false, "the program wrote too much"},
+  };
+  for (const auto& c : cases) {
+    const ProgramOutcome outcome = RunProgram(c.command, c.input, c.limits, go_on);
+    EXPECT_EQ(outcome.ok, c.ok) << c.command[0] << outcome.reason;
+    EXPECT_TRUE((c.ok ? outcome.output : outcome.reason) == c.said)
+        << c.command[0] << outcome.reason;
+  }
+  const std::atomic<bool> stop{true};
+  EXPECT_EQ(RunProgram({"sleep", "60"}, "", {}, stop).reason, "the host stops");
+}
+
+struct Answer {
+  biz::ResultCode result;
+  std::wstring text;
+};
+
+// Waits for what `start` is given to call.
+template <class Start>
+Answer Await(const Start& start) {
+  const auto answer = std::make_shared<std::promise<Answer>>();
+  auto future = answer->get_future();
+  start([answer](const biz::ResultCode& result, const std::wstring& text) {
+    answer->set_value({result, text});
+  });
+  return future.get();
+}
+
+Answer Translate(Translation& translation, const std::wstring& text) {
+  return Await([&](client::IMTranslateCallback done) {
+    translation.Translate({L"cnbazaro", L"harbor"}, L"5", text, std::move(done));
+  });
+}
+
+TEST(TranslationTest, RunsTheProgramThatTheUserNamed) {
+  const TempFolder folder;
+  const auto file = folder.Write("t.json", R"({"program":"tr","args":["a-z","A-Z"],"mine":[1]})");
+  const RefPtr<Translation> translation(new Translation(file));
+  std::vector<std::wstring> heard;
+  std::vector<int> settings;
+  translation->Events().on_translated.connect(
+      [&](const biz::IMUserID& account, const std::wstring& msgid, const std::wstring& text) {
+        heard.push_back(account.nick + L" " + msgid + L" " + text);
+      });
+  translation->Events().on_setting_changed.connect([&](int enable) { settings.push_back(enable); });
+
+  EXPECT_TRUE(translation->IsEnabled());
+  EXPECT_EQ(Translate(*translation, L"wind from 东").text, L"WIND FROM 东");
+  EXPECT_EQ(heard, std::vector<std::wstring>{L"harbor 5 WIND FROM 东"});
+  EXPECT_EQ(Translate(*translation, L"").result.code, biz::kEngineEmpty);
+  EXPECT_EQ(Translate(*translation, std::wstring(70'000, L'x')).result.code, biz::kEngineTooLarge);
+
+  for (const char* bad : {"", "{}", "[1]", R"({"enable":"1"})"}) {
+    EXPECT_FALSE(translation->Report(bad)) << bad;
+  }
+  EXPECT_TRUE(translation->Report(R"({"enable":0})"));
+  EXPECT_EQ(Translate(*translation, L"x").result.text, L"translation is switched off");
+  EXPECT_EQ(settings, std::vector<int>{0});
+  // The switch lasts, and the user's own keys stay.
+  EXPECT_FALSE(RefPtr(new Translation(file))->IsEnabled());
+  EXPECT_NE(folder.Read("t.json").find("mine"), std::string::npos);
+
+  translation->Report(R"({"enable":1})");
+  translation->Stop();
+  EXPECT_FALSE(Translate(*translation, L"x").result.ok());
+}
+
+TEST(TranslationTest, WithoutAProgramThereIsNone) {
+  const TempFolder folder;
+  for (const char* content : {"", "{oops", "[]", R"({"program":7})"}) {
+    const RefPtr<Translation> translation(new Translation(folder.Write("t.json", content)));
+    EXPECT_TRUE(translation->Report(R"({"enable":1})"));
+    EXPECT_FALSE(translation->IsEnabled()) << content;
+    EXPECT_EQ(Translate(*translation, L"x").result.text, L"no translation is set up");
+    EXPECT_EQ(folder.Read("t.json"), content);
+  }
+}
+
+TEST(EmotionsTest, AreThoseOfTheList) {
+  const TempFolder folder;
+  EXPECT_TRUE(RefPtr(new Emotions(folder.path()))->GetEmotions().empty());
+  folder.Write(
+      "emotions/list.json",
+      R"list([{"shortcut":"/:)","file":"smile.svg"},{"shortcut":"/:("},7,{"file":"x"}])list");
+  const auto emotions = RefPtr(new Emotions(folder.path()))->GetEmotions();
+  ASSERT_EQ(emotions.size(), 1u);
+  EXPECT_EQ(emotions[0].shortcut, L"/:)");
+  EXPECT_EQ(emotions[0].path, L"emotions/smile.svg");
+}
+
+class WorkerTest : public testing::Test {
+ protected:
+  WorkerTest() { thread_.Start(); }
+
+  const TempFolder folder_;
+  base::Thread thread_{"test"};
+};
+
+TEST_F(WorkerTest, DynamicContentIsAFileWithAPlainName) {
+  folder_.Write("order/u-1.json", R"({"state":"sent"})");
+  folder_.Write("order/bad.json", "{oops");
+  folder_.Write("secret.json", "{}");
+  const RefPtr<DynamicContent> content(new DynamicContent(folder_.path(), thread_.task_runner()));
+  const struct {
+    const wchar_t* type;
+    const wchar_t* uuid;
+    std::int32_t code;
+  } cases[] = {{L"order", L"u-1", 0},
+               {L"order", L"bad", E_UNEXPECTED},
+               {L"order", L"none", biz::kEngineNotFound},
+               {L"..", L"secret", E_INVALIDARG},
+               {L"order", L"../../secret", E_INVALIDARG},
+               {L"", L"u-1", E_INVALIDARG},
+               {L"order", L"", E_INVALIDARG}};
+  for (const auto& c : cases) {
+    const Answer answer = Await([&](client::IMDynamicCallback done) {
+      content->GetContent({}, c.type, c.uuid, std::move(done));
+    });
+    EXPECT_EQ(answer.result.code, c.code) << c.type << L" " << c.uuid;
+    EXPECT_EQ(answer.text, c.code == 0 ? LR"({"state":"sent"})" : L"");
+  }
+}
+
+// A picture whose left half is red and whose right half is transparent.
+std::string HalfRed(unsigned width, unsigned height) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  image.width = width;
+  image.height = height;
+  image.format = PNG_FORMAT_RGBA;
+  std::vector<png_byte> pixels(PNG_IMAGE_SIZE(image));
+  for (std::size_t i = 0; i < pixels.size(); i += 4) {
+    if (i / 4 % width < width / 2) pixels[i] = pixels[i + 3] = 255;
+  }
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+  std::string file(size, '\0');
+  EXPECT_TRUE(png_image_write_to_memory(&image, file.data(), &size, 0, pixels.data(), 0, nullptr));
+  file.resize(size);
+  return file;
+}
+
+TEST_F(WorkerTest, EditedPicturesFitAndKeepTheirLook) {
+  const std::string picture = HalfRed(3000, 30);
+  folder_.Write("files/a/big.png", picture);
+  folder_.Write("files/a/text.png", "no picture");
+  folder_.Write("outside.png", picture);
+  const RefPtr<PictureEditor> editor(new PictureEditor(folder_.path(), thread_.task_runner()));
+  const auto edit = [&](const wchar_t* file, const std::wstring& md5) {
+    return Await([&](auto done) {
+      editor->EditImage(base::FilePath(file), md5,
+                        [done](const biz::ResultCode& result, const base::FilePath& edited) {
+                          done(result, edited.value());
+                        });
+    });
+  };
+  EXPECT_EQ(edit(L"files/a/none.png", L"").result.code, biz::kEngineNotFound);
+  EXPECT_EQ(edit(L"outside.png", L"").result.code, biz::kEngineNotFound);
+  EXPECT_EQ(edit(L"files/../outside.png", L"").result.code, biz::kEngineNotFound);
+  EXPECT_EQ(edit(L"files/a/text.png", L"").result.code, E_INVALIDARG);
+  EXPECT_EQ(edit(L"files/a/big.png", L"00").result.code, E_INVALIDARG);
+
+  const Answer edited = edit(L"files/a/big.png", base::UTF8ToWide(base::MD5String(picture)));
+  ASSERT_TRUE(edited.result.ok()) << edited.result.text;
+  const std::string made = folder_.Read(base::WideToUTF8(edited.text));
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  ASSERT_TRUE(png_image_begin_read_from_memory(&image, made.data(), made.size()));
+  EXPECT_EQ(image.width, kLongestSide);
+  EXPECT_EQ(image.height, 20u);
+  image.format = PNG_FORMAT_RGBA;
+  std::vector<png_byte> pixels(PNG_IMAGE_SIZE(image));
+  ASSERT_TRUE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr));
+  EXPECT_EQ(std::vector<png_byte>(pixels.begin(), pixels.begin() + 4),
+            (std::vector<png_byte>{255, 0, 0, 255}));
+  EXPECT_EQ(pixels[(kLongestSide - 1) * 4 + 3], 0);
+  EXPECT_EQ(folder_.Read("files/a/big.png"), picture);
+}
+
+}  // namespace
+}  // namespace imsdk::host
