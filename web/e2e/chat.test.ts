@@ -57,7 +57,10 @@ test("any text arrives unchanged in the other window and is shown as text", asyn
       assert.equal(await bubble.locator(".text").textContent(), text);
       assert.equal(await bubble.locator(".body :not(.text):not(button)").count(), 0);
     }
-    await harbor.message(msgid).getByLabel("Sent", { exact: true }).waitFor();
+    await harbor
+      .message(msgid)
+      .getByLabel(/Sent|Read/)
+      .waitFor();
   }
   const right = lighthouse.page.locator(".body", { hasText: "مرحبا" }).last();
   assert.equal(await right.evaluate((body) => getComputedStyle(body).direction), "rtl");
@@ -147,35 +150,26 @@ test("after SIGKILL and a restart the pages come back with everything reported s
   await harbor.page.locator(".message", { hasText: "written while" }).waitFor();
   await lighthouse.page.locator(".message", { hasText: "written while" }).waitFor();
 
-  await scrollToBeginningOf(harbor, texts[0]!);
-  await scrollToBeginningOf(lighthouse, texts[0]!);
-  for (const msgid of sent) assert.equal(await harbor.message(msgid).count(), 1, `lost ${msgid}`);
-  const shown = await harbor.page.locator(".message.mine .text").allTextContents();
+  const kept = await harbor.allMessages();
+  const identifiers = new Set(kept.map(({ msgid }) => msgid));
+  for (const msgid of sent) assert.ok(identifiers.has(msgid), `lost ${msgid}`);
+  const shown = kept.filter(({ mine }) => mine).map(({ text }) => text);
   const draft = (await harbor.composer("lighthouse").inputValue()).split("\n");
   for (const text of texts) assert.ok([...shown, ...draft].includes(text), `${text} is gone`);
-  const arrived = await lighthouse.page.locator(".message.theirs .text").allTextContents();
+  const arrived = (await lighthouse.allMessages()).map(({ text }) => text);
   const stormy = (list: string[]) => list.filter((text) => text.startsWith("storm"));
   assert.deepEqual(stormy(arrived), stormy(shown), "both sides hold the same messages in order");
   await harbor.close();
   await lighthouse.close();
 });
 
-async function scrollToBeginningOf(chat: ChatPage, text: string): Promise<void> {
-  await eventually(async () => {
-    await chat.page.locator(".messages").evaluate((list) => (list.scrollTop = 0));
-    return (await chat.page.locator(".message", { hasText: text }).count()) > 0;
-  }, `${text} after scrolling up`);
-}
-
 test("history comes in page by page while the person scrolls up", async () => {
   const mariner = await ChatPage.signedIn(browser, host.url, "mariner");
   await mariner.sendEntries("mariner", "navigator", 130);
   await mariner.openConversation("navigator");
   await mariner.page.locator(".message", { hasText: "entry 129" }).waitFor();
-  const loaded = await mariner.page.locator(".message").count();
-  assert.ok(loaded < 130, "only the newest page is loaded at first");
-  await scrollToBeginningOf(mariner, "entry 0");
-  const texts = await mariner.page.locator(".message .text").allTextContents();
+  assert.ok((await mariner.page.locator(".row").count()) < 60, "only rows in sight exist");
+  const texts = (await mariner.allMessages()).map(({ text }) => text);
   const entries = texts.filter((text) => text.startsWith("entry "));
   assert.deepEqual(
     entries,

@@ -1,8 +1,8 @@
 import { spawn, type ChildProcess } from "node:child_process";
 import { once } from "node:events";
-import { mkdtempSync, rmSync } from "node:fs";
+import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
-import { join } from "node:path";
+import { dirname, join } from "node:path";
 import { createInterface } from "node:readline";
 
 const startTimeout = 20_000;
@@ -22,6 +22,13 @@ export class Host {
   /** Address of anything on this host. */
   address(path: string): string {
     return `http://127.0.0.1:${this.port}${path}`;
+  }
+
+  /** Writes a file of the data folder. */
+  put(name: string, content: string): void {
+    const file = join(this.#data, name);
+    mkdirSync(dirname(file), { recursive: true });
+    writeFileSync(file, content);
   }
 
   /** Starts the host, on the same port as before if it ran before. */

@@ -102,6 +102,42 @@ export class ChatPage {
     return this.page.locator(`.message[data-msgid="${msgid}"]`);
   }
 
+  /**
+   * Every message of the shown conversation, oldest first. Only those in sight exist as elements, so
+   * the list is scrolled from its beginning to its end.
+   */
+  async allMessages(): Promise<{ msgid: string; mine: boolean; text: string }[]> {
+    const list = this.page.locator(".messages");
+    await eventually(async () => {
+      await list.evaluate((element) => (element.scrollTop = 0));
+      return (await this.page.locator(".beginning-mark").count()) > 0;
+    }, "the beginning of the conversation");
+    return list.evaluate(async (element) => {
+      const frame = () => new Promise((resolve) => requestAnimationFrame(resolve));
+      const found = new Map<string, { msgid: string; mine: boolean; text: string }>();
+      element.scrollTop = 0;
+      for (;;) {
+        await frame();
+        await frame();
+        for (const one of element.querySelectorAll<HTMLElement>("[data-msgid]")) {
+          const msgid = one.dataset["msgid"]!;
+          const text = one.querySelector(".text, .note")?.textContent ?? "";
+          found.set(msgid, { msgid, mine: one.classList.contains("mine"), text });
+        }
+        if (element.scrollTop + element.clientHeight >= element.scrollHeight - 2) break;
+        element.scrollTop += element.clientHeight / 2;
+      }
+      return [...found.values()];
+    });
+  }
+
+  /** Chooses an entry of the menu of the shown message with this text. */
+  async choose(text: string | RegExp, action: string): Promise<void> {
+    const message = this.page.locator(".message", { hasText: text }).last();
+    await message.locator(".bubble").click({ button: "right" });
+    await this.page.getByRole("menuitem", { name: action }).click();
+  }
+
   /** Shows the conversation with `nick`, starting it if need be. */
   async openConversation(nick: string): Promise<void> {
     await this.page.getByLabel("Start a chat with").fill(nick);

@@ -45,6 +45,8 @@ async function buildChat() {
   cpSync(inRoot("chat/index.html"), join(outdir, "index.html"));
   cpSync(inRoot("chat/index.html"), inRoot("dist/index.html"));
   cpSync(inRoot("chat/icon.svg"), join(outdir, "icon.svg"));
+  rmSync(inRoot("dist/emotions"), { recursive: true, force: true });
+  cpSync(inRoot("chat/public"), inRoot("dist"), { recursive: true });
 }
 
 await Promise.all([buildClient(), buildChat()]);

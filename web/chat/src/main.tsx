@@ -1,13 +1,19 @@
 import { connect, type Calls } from "@imsdkbridge/client";
 import { effect } from "@preact/signals";
 import { render } from "preact";
+import { fetchEmotions, readAsBase64 } from "./files.ts";
 import { ChatStore } from "./store/chat_store.ts";
 import { documentFocus } from "./store/chat_window.ts";
 import { App } from "./views/app.tsx";
 import { StoreProvider } from "./views/context.ts";
 
 const client = connect({ onConnect: (direct: Calls): Promise<void> => store.restore(direct) });
-const store = new ChatStore(client, sessionStorage, documentFocus(document));
+const store = new ChatStore<File>(client, {
+  storage: sessionStorage,
+  focus: documentFocus(document),
+  readFile: readAsBase64,
+  emotions: fetchEmotions,
+});
 
 effect(() => {
   const unread = store.conversations.totalUnread.value;

@@ -1,4 +1,4 @@
-import type { Message } from "@imsdkbridge/client";
+import type { HistoryRequest, Message } from "@imsdkbridge/client";
 import { FakeSocket, rig, until, type SentCall } from "../../client/test/fake_socket.ts";
 import { ChatStore } from "../src/store/chat_store.ts";
 
@@ -8,13 +8,10 @@ export { until };
 export const user = (nick: string) => ({ appkey: "cnbazaro", nick });
 
 /** A message from `from` in the conversation with "peer". */
-export function message(fields: {
-  id: number;
-  from?: string;
-  time?: number;
-  body?: string;
-}): Message {
-  const { id, from = "peer", time = 1000 + id, body = `text ${id}` } = fields;
+export function message(
+  fields: Partial<Message> & { id: number; from?: string; time?: number; body?: string },
+): Message {
+  const { id, from = "peer", time = 1000 + id, body = `text ${id}`, ...more } = fields;
   return {
     msgid: String(id),
     msgtime: String(time),
@@ -27,10 +24,11 @@ export function message(fields: {
     svrtime: "",
     readflag: 0,
     extinfo: { others: "", fixmsgread: 0, autochatmsg: 0, syschatmsg: 0 },
+    ...more,
   };
 }
 
-/** Answers by method name; a list of messages is paged backwards as the host does. */
+/** Answers by method name; what is missing fails as on a host that cannot do it. */
 export type Host = Record<string, (request: never, call: SentCall) => object | undefined>;
 
 /** A chat on fake connections, with a host played by `host`, signed in as "me". */
@@ -47,10 +45,18 @@ export async function chat(host: Host) {
   const respond = (call: SentCall) =>
     (host[call.name] ?? defaults[call.name])?.(call.request as never, call);
   const { client, sockets, socket } = rig({ onConnect: (direct) => store.restore(direct) });
-  const store = new ChatStore(client, storage, {
-    visible: () => focus.shown,
-    activated: () => focus.shown,
-    onChange: (changed) => void (focus.changed = changed),
+  const store = new ChatStore(client, {
+    storage,
+    focus: {
+      visible: () => focus.shown,
+      activated: () => focus.shown,
+      onChange: (changed) => void (focus.changed = changed),
+    },
+    readFile: async (file, progress) => {
+      progress(0.5);
+      return `content of ${file.name}`;
+    },
+    emotions: async () => [],
   });
   const up = async (connection: FakeSocket) => {
     connection.respond = respond;
@@ -88,13 +94,37 @@ const defaults: Host = {
   GetNewMsg: () => ({ outofcache: 1, msgs: [] }),
   GetLocalHisMsg: () => ({ outofcache: 1, msgs: [] }),
   SendNormalChatMsg: () => ({}),
+  ConvertMsgText2Emotion: (request: object) => request,
 };
 
-/** Answers GetLocalHisMsg from `messages`, oldest first. */
+/** Answers GetLocalHisMsg from `messages`, oldest first, in both directions. */
 export function history(messages: Message[]) {
-  return ({ msgid, count }: { msgid: string; count: number }) => {
-    const end = msgid ? messages.findIndex((entry) => entry.msgid === msgid) : messages.length;
-    const start = Math.max(0, end - count);
-    return { outofcache: start === 0 ? 1 : 0, msgs: messages.slice(start, end) };
+  return ({ msgid, count = 0, gohistory }: HistoryRequest) => {
+    const at = msgid ? messages.findIndex((entry) => entry.msgid === msgid) : messages.length;
+    const start = gohistory ? Math.max(0, at - count) : at + 1;
+    const msgs = messages.slice(start, gohistory ? at : at + 1 + count);
+    const last = gohistory ? start === 0 : msgs.at(-1) === messages.at(-1);
+    return { outofcache: Number(last), msgs };
   };
+}
+
+/** The other side of the conversation that tests look at. */
+export const peer = user("peer");
+/** Messages of the peer with the identifiers [from, to). */
+export const run = (from: number, to: number) =>
+  Array.from({ length: to - from }, (_, index) => message({ id: from + index }));
+
+/** A chat that shows the conversation with "peer". */
+export async function shown(all: Message[], host: Host = {}) {
+  const rig = await chat({ GetLocalHisMsg: history(all), ...host });
+  rig.store.open(peer);
+  const thread = rig.store.threads.of(peer);
+  await until(() => thread.value.status === "ready");
+  const ids = () => thread.value.messages.map(({ msgid }) => Number(msgid));
+  const requests = (name: string) =>
+    rig
+      .socket()
+      .named(name)
+      .map((call) => call.request as never);
+  return { ...rig, thread, ids, requests };
 }

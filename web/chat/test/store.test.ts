@@ -20,7 +20,7 @@ test("history: pages join in order without gaps or doubles, up to the beginning"
 
   socket().notify("onReceiveNewMsg", { msgs: [message({ id: 101 }), message({ id: 101 })] });
   socket().notify("onReceiveOfflineMsg", { msgs: [all[10]] });
-  for (let page = 0; page < 4; page++) await store.threads.loadOlder(peer);
+  for (let page = 0; page < 4; page++) await store.threads.load(peer, "older");
   assert.deepEqual(thread.value.messages, [...all, message({ id: 101 })]);
   assert.equal(thread.value.older, "none");
   client.close();
@@ -70,7 +70,7 @@ test("what is sent: waiting, stored, settled, failed and sent again", async () =
   assert.equal(status(), MessageStatus.failed);
   assert.equal(store.threads.failures.value.get("7"), "busy");
 
-  void store.resend(own);
+  void store.actions.resend(own);
   assert.equal(status(), MessageStatus.sending);
   assert.deepEqual(socket().named("ReSendChatMsg")[0]!.request, { cid: peer, msgid: "7" });
   socket().notify("onSendMsgStatus", { ...event, code: 0, svrtime: "5" });
@@ -100,6 +100,7 @@ test("refused texts come back in order before what was written since, with the r
     void store.send();
   }
   store.outbox.setDraft(peer, "next");
+  await until(() => refuse.length === 2);
   for (const answer of refuse) answer();
   await until(() => store.outbox.outgoing.value.length === 0);
   assert.equal(store.outbox.drafts.value[key], "first\nline\nsecond \ufffd\nnext");

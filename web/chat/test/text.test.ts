@@ -2,7 +2,7 @@ import assert from "node:assert/strict";
 import { test } from "node:test";
 import { bodyParts, cut, preview } from "../src/text/body.ts";
 import { folded, sizeOf } from "../src/text/fold.ts";
-import { rowsOf } from "../src/text/rows.ts";
+import { rowAt } from "../src/text/rows.ts";
 import { dayName, listTime } from "../src/text/time.ts";
 import { message } from "./rig.ts";
 
@@ -35,8 +35,16 @@ test("bodies are taken apart into text, tokens and files", () => {
   for (const [msgtype, msgbody, parts] of cases) {
     assert.deepEqual(bodyParts({ msgtype, msgbody }), parts, msgbody);
   }
-  assert.equal(preview({ msgtype: 0, msgbody: `a\n\n b${smile}` }), "a b/:^_^");
-  assert.equal(preview({ msgtype: 2, msgbody: "file:v.amr|filepath=x" }), "[Voice message]");
+  const previews: [msgtype: number, msgstatus: number, body: string, words: string][] = [
+    [0, 3, `a\n\n b${smile}`, "a b/:^_^"],
+    [1, 3, picture, "[Picture]"],
+    [2, 3, "file:v.amr|filepath=x", "[Voice message]"],
+    [5, 3, "", "[Window shake]"],
+    [0, 4, "", "Message withdrawn"],
+  ];
+  for (const [msgtype, msgstatus, msgbody, words] of previews) {
+    assert.equal(preview({ msgtype, msgstatus, msgbody }), words);
+  }
 });
 
 test("long texts are folded without cutting a character", () => {
@@ -60,17 +68,14 @@ test("rows separate days and group one sender's neighbouring messages", () => {
   const evening = new Date(2026, 2, 4, 23, 58).getTime();
   const minutes = [0, 1, 1.5, 3, 4, 20];
   const senders = ["a", "a", "b", "b", "b", "b"];
-  const rows = rowsOf(
-    minutes.map((minute, index) =>
-      message({ from: senders[index]!, time: evening + minute * 60_000, id: index }),
-    ),
+  const messages = minutes.map((minute, index) =>
+    message({ from: senders[index]!, time: evening + minute * 60_000, id: index }),
   );
-  const outline = rows.map((row) =>
-    row.kind === "day"
-      ? "day"
-      : `${row.message.msgid}${row.first ? "<" : ""}${row.last ? ">" : ""}`,
-  );
-  assert.deepEqual(outline, ["day", "0<", "1>", "2<>", "day", "3<", "4>", "5<>"]);
+  const outline = messages.map((_, index) => {
+    const { newDay, message, first, last } = rowAt(messages, index);
+    return `${newDay ? "day " : ""}${message.msgid}${first ? "<" : ""}${last ? ">" : ""}`;
+  });
+  assert.deepEqual(outline, ["day 0<", "1>", "2<>", "day 3<", "4>", "5<>"]);
 });
 
 test("days are named by the calendar, not by hours", () => {

@@ -96,6 +96,11 @@ export class BridgeClient implements Calls {
     return this.#browserId;
   }
 
+  /** Bytes of sent calls that the network has not taken yet; for showing progress. */
+  get unsentBytes(): number {
+    return this.#link.unsentBytes;
+  }
+
   /** Calls `handler` for each such notification; the returned function ends that. */
   on<E extends keyof Notifications>(
     event: E,

@@ -64,6 +64,11 @@ export class Link {
     this.#socket?.send(frame);
   }
 
+  /** Bytes that were sent and that the network has not taken yet. */
+  get unsentBytes(): number {
+    return this.#socket?.bufferedAmount ?? 0;
+  }
+
   /** Drops the connection and stays down until `start`. Reports nothing. */
   stop(): void {
     clearTimeout(this.#timer);

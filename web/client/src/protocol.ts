@@ -3,6 +3,8 @@
  * included. Times are milliseconds since the Unix epoch; they and message identifiers travel as
  * decimal text. A request may leave any key out: the host then reads "", 0 or an empty list.
  */
+import type { SingleChatMethods, SingleChatNotifications } from "./single_chat.ts";
+import type { VirtualChatMethods, VirtualChatNotifications } from "./virtual_chat.ts";
 
 /** Routing paths by the name of the client's module face. */
 export const routingPaths = {
@@ -34,9 +36,13 @@ export type Empty = Record<never, never>;
 
 /** Extra information of a message. */
 export interface MessageExtra {
+  /** Free text that travels with the message. */
   others: string;
+  /** 1 on a peer's message: it was reported read already, or needs no report. */
   fixmsgread: number;
+  /** 1: an automatic reply. */
   autochatmsg: number;
+  /** 1: a note of the client or the system, not written by anybody. */
   syschatmsg: number;
 }
 
@@ -47,10 +53,13 @@ export interface Message {
   cid: UserId;
   fromid: UserId;
   toid: UserId;
+  /** One of `MessageType`. */
   msgtype: number;
+  /** One of `MessageStatus`. */
   msgstatus: number;
   msgbody: string;
   svrtime: string;
+  /** 1 on an own message: the peer reported it read. On a peer's message: this account read it. */
   readflag: number;
   extinfo: MessageExtra;
 }
@@ -71,19 +80,30 @@ export const EngineCode = {
   busy: -12,
 } as const;
 
-/** Values of a message's "msgtype". */
-export const MessageType = { text: 0, picture: 1, audio: 2, file: 3, emotion: 4 } as const;
+/** Values of a message's "msgtype". A typing state is sent like a message and never stored. */
+export const MessageType = {
+  text: 0,
+  picture: 1,
+  audio: 2,
+  file: 3,
+  emotion: 4,
+  shake: 5,
+  typing: 6,
+} as const;
 
-/** Values of a message's "msgstatus". */
-export const MessageStatus = { sending: 0, sent: 1, failed: 2, received: 3 } as const;
+/** Values of a message's "msgstatus"; a withdrawn message has an empty body. */
+export const MessageStatus = { sending: 0, sent: 1, failed: 2, received: 3, withdrawn: 4 } as const;
 
 /** One element of a message to send. */
 export interface BodyItem {
+  /** One of `MessageType`. */
   type: number;
-  jvale: string;
-  value: string;
-  filecontent: string;
-  filepath: string;
+  jvale?: string;
+  value?: string;
+  /** A file's content in Base64, at most 32 MB before encoding. */
+  filecontent?: string;
+  /** The file's name, or with an empty content its path on the host's machine. */
+  filepath?: string;
 }
 
 export interface PasswordLogin {
@@ -106,85 +126,15 @@ export interface UserIdAnswer extends Envelope {
   userid: UserId;
 }
 
-/** Messages older (gohistory not 0) or newer (0) than (msgtime, msgid); both "": the newest end. */
-export interface HistoryRequest {
-  cid?: UserId;
-  msgtime?: string;
-  msgid?: string;
-  count?: number;
-  gohistory?: number;
-  ignoreboundary?: number;
-  autoroam?: number;
-}
-
-/** Messages, oldest first. */
-export interface MessagesAnswer extends Envelope {
-  /** Not 0: there is nothing further in the asked direction. */
-  outofcache: number;
-  msgs: Message[];
-}
-
-export interface CidRequest {
-  cid?: UserId;
-}
-
-/** Without "cids": every conversation the account has. */
-export interface CidsRequest {
-  cids?: UserId[];
-}
-
-export interface CountAnswer extends Envelope {
-  count: number;
-}
-
-export interface Unread {
-  cid: UserId;
-  count: number;
-}
-
-export interface UnreadsAnswer extends Envelope {
-  unreads: Unread[];
-}
-
-export interface SendRequest {
-  cid?: UserId;
-  autosend?: number;
-  msgbody?: BodyItem[];
-}
-
-export interface BroadcastRequest {
-  cids?: UserId[];
-  msgbody?: BodyItem[];
-}
-
-/** A typed text; the answer's "value" has emotion tokens for its shortcuts. */
-export interface EmotionText {
-  type?: number;
-  value?: string;
-  jvale?: string;
-}
-
-export interface ResendRequest {
-  cid?: UserId;
-  msgid?: string;
+/** Only the outcome. */
+export interface Plain<R> {
+  request: R;
+  answer: Envelope;
 }
 
 /** Every method: by routing path, then by name. */
 export interface Methods {
-  "im.singlemsg": {
-    GetNewMsg: { request: HistoryRequest; answer: MessagesAnswer };
-    PeekNewMsg: { request: HistoryRequest; answer: MessagesAnswer };
-    GetLocalHisMsg: { request: HistoryRequest; answer: MessagesAnswer };
-    GetUnreadCount: { request: CidRequest; answer: CountAnswer };
-    GetUnreadCountInBulk: { request: CidsRequest; answer: UnreadsAnswer };
-    SetMsgRead: { request: CidRequest; answer: Envelope };
-    FastReSendChatMsg: { request: ResendRequest; answer: Envelope };
-    ReSendChatMsg: { request: ResendRequest; answer: Envelope };
-    SendBroadcastMsg: { request: BroadcastRequest; answer: Envelope };
-    SendNormalChatMsg: { request: SendRequest; answer: Envelope };
-    SendAutoReplyMsg: { request: SendRequest; answer: Envelope };
-    ConvertMsgText2Emotion: { request: EmotionText; answer: Envelope & EmotionText };
-  };
+  "im.singlemsg": SingleChatMethods;
   "im.tribemsg": Empty;
   "im.tribemgr": Empty;
   "im.bizutil": Empty;
@@ -194,20 +144,10 @@ export interface Methods {
     GetCurrentLoginID: { request: Empty; answer: UserIdAnswer };
     DoLoginByToken: { request: TokenLogin; answer: LoginAnswer };
     DoLoginByPassWord: { request: PasswordLogin; answer: LoginAnswer };
-    DoNetReConnect: { request: Empty; answer: Envelope };
-    DoLogout: { request: Empty; answer: Envelope };
+    DoNetReConnect: Plain<Empty>;
+    DoLogout: Plain<Empty>;
   };
-  "im.virtualmsg": Empty;
-}
-
-export interface MessagesNotification {
-  msgs: Message[];
-}
-
-export interface SendStatusNotification extends Envelope {
-  msgtype: number;
-  msgid: string;
-  svrtime: string;
+  "im.virtualmsg": VirtualChatMethods;
 }
 
 export interface UserIdNotification {
@@ -215,11 +155,7 @@ export interface UserIdNotification {
 }
 
 /** Every notification and its payload. */
-export interface Notifications {
-  onReceiveNewMsg: MessagesNotification;
-  onReceiveOfflineMsg: MessagesNotification;
-  onSendNewMsg: MessagesNotification;
-  onSendMsgStatus: SendStatusNotification;
+export interface Notifications extends SingleChatNotifications, VirtualChatNotifications {
   onIMLoginOK: UserIdNotification;
   onIMLoginFailed: Envelope;
   onIMLogouted: UserIdNotification;
@@ -234,7 +170,13 @@ export interface ChatWindowState {
   activated: number;
 }
 
+/** Switches translation on (1) or off (0) for the whole host; "onTranslateSettingNotify" follows. */
+export interface TranslateSetting {
+  enable: number;
+}
+
 /** Events that a page raises itself, and their payload. */
 export interface PageEvents {
   chatWindowState: ChatWindowState;
+  translateSetting: TranslateSetting;
 }

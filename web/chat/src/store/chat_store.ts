@@ -1,54 +1,102 @@
-import {
-  MessageStatus,
-  type BridgeClient,
-  type Calls,
-  type ConnectionState,
-  type Message,
-  type UserId,
-} from "@imsdkbridge/client";
+import type { BridgeClient, Calls, ConnectionState, Message, UserId } from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
 import { preview } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
+import { Attachments, type LocalFile, type ReadFile } from "./attachments.ts";
 import { ChatWindow, type PageFocus } from "./chat_window.ts";
+import { ConversationSearch } from "./conversation_search.ts";
 import { Conversations } from "./conversations.ts";
+import { Emotions, type Emotion } from "./emotions.ts";
+import { Faces } from "./faces.ts";
+import { GlobalSearch } from "./global_search.ts";
+import { MessageActions } from "./message_actions.ts";
 import { Outbox } from "./outbox.ts";
+import { PictureViewer } from "./picture_viewer.ts";
+import { Receipts } from "./receipts.ts";
+import { Selection } from "./selection.ts";
 import { Session } from "./session.ts";
+import { Shaking } from "./shaking.ts";
 import { Threads } from "./threads.ts";
+import { Toasts } from "./toasts.ts";
+import { Translations } from "./translation.ts";
+import { Typing } from "./typing.ts";
 import { appkey, keyOf, sameUser } from "./users.ts";
 
 /** How many new messages are taken in at a time. */
 const intakeCount = 40;
 
+/** What the store needs of the page around it. */
+export interface Surroundings<F extends LocalFile = LocalFile> {
+  storage: Storage;
+  focus: PageFocus;
+  readFile: ReadFile<F>;
+  emotions: () => Promise<readonly Emotion[]>;
+}
+
+/** A question or a form in front of the page. */
+export type Dialog =
+  | { kind: "forward"; messages: readonly Message[] }
+  | { kind: "delete"; cid: UserId; msgids: readonly string[] | "all" }
+  | { kind: "broadcast" | "search" | "settings" };
+
 /** The chat's whole state, and everything a person can do; views read signals and call methods. */
-export class ChatStore {
+export class ChatStore<F extends LocalFile = LocalFile> {
   readonly connection = signal<{ state: ConnectionState; reason: string }>({
     state: "connecting",
     reason: "",
   });
   /** The conversation in the message pane. */
   readonly active = signal<UserId | undefined>(undefined);
+  /** The message to bring into view; another object for each wish. */
+  readonly target = signal<{ msgid: string } | undefined>(undefined);
   /** The newest event in words, for screen readers. */
   readonly announcement = signal("");
+  readonly dialog = signal<Dialog | undefined>(undefined);
 
   readonly session: Session;
+  readonly faces: Faces;
   readonly conversations: Conversations;
   readonly threads: Threads;
   readonly outbox: Outbox;
+  readonly toasts = new Toasts();
+  readonly receipts: Receipts;
+  readonly typing: Typing;
+  readonly shaking: Shaking;
+  readonly translations: Translations;
+  readonly actions: MessageActions;
+  readonly selection = new Selection();
+  readonly search: ConversationSearch;
+  readonly globalSearch: GlobalSearch;
+  readonly attachments: Attachments<F>;
+  readonly viewer: PictureViewer;
+  readonly emotions: Emotions;
+  readonly window: ChatWindow;
 
   readonly #client: BridgeClient;
-  readonly #window: ChatWindow;
   #account = "";
 
-  constructor(client: BridgeClient, storage: Storage, focus: PageFocus) {
+  constructor(client: BridgeClient, { storage, focus, readFile, emotions }: Surroundings<F>) {
     this.#client = client;
     this.session = new Session(client, storage, () => this.#entered());
-    this.conversations = new Conversations(client);
-    this.threads = new Threads(client, (cid, messages) => {
+    this.faces = new Faces(client);
+    this.conversations = new Conversations(client, this.faces);
+    this.threads = new Threads(client, this.faces, (cid, messages) => {
       for (const message of messages) this.outbox.landed(message, this.session.me.value);
       this.outbox.reconcile(cid);
     });
     this.outbox = new Outbox(client, storage);
-    this.#window = new ChatWindow(client, focus, (cid) => void this.#takeIn(cid));
+    this.receipts = new Receipts(client, this.threads);
+    this.typing = new Typing(client);
+    this.shaking = new Shaking(client, this.toasts, (cid) => this.#shaken(cid));
+    this.translations = new Translations(client);
+    const { faces, threads, conversations, toasts } = this;
+    this.actions = new MessageActions({ client, faces, threads, conversations, toasts });
+    this.search = new ConversationSearch(client, (hit) => void this.jumpTo(hit.cid, hit.msgid));
+    this.globalSearch = new GlobalSearch(client);
+    this.attachments = new Attachments(client, readFile);
+    this.viewer = new PictureViewer(client);
+    this.emotions = new Emotions(emotions);
+    this.window = new ChatWindow(client, focus, (cid) => void this.#takeIn(cid));
 
     this.connection.value = { state: client.state, reason: client.reason };
     client.onState((state, reason) => {
@@ -57,6 +105,8 @@ export class ChatStore {
     });
     client.on("onReceiveNewMsg", ({ msgs }) => this.#received(msgs));
     client.on("onReceiveOfflineMsg", ({ msgs }) => this.#received(msgs));
+    client.on("onReceiveSysMsg", ({ msgs }) => this.#receivedVirtual(msgs));
+    client.on("onReceiveSubscribeMsg", ({ msgs }) => this.#receivedVirtual(msgs));
     client.on("onSendNewMsg", ({ msgs }) => this.#sent(msgs));
     client.on("onSendMsgStatus", (status) => {
       const message = this.threads.setStatus(status);
@@ -77,15 +127,17 @@ export class ChatStore {
   /** Shows a conversation. */
   open(cid: UserId): void {
     if (sameUser(cid, this.active.value)) return;
+    this.#leave();
     this.active.value = cid;
-    this.#window.show(cid);
+    this.window.show(cid);
     void this.threads.open(cid);
   }
 
   /** Shows no conversation. */
   closeConversation(): void {
+    this.#leave();
     this.active.value = undefined;
-    this.#window.show(undefined);
+    this.window.show(undefined);
   }
 
   /** Shows the conversation with an account that may not be in the list yet. */
@@ -95,21 +147,34 @@ export class ChatStore {
     this.open(cid);
   }
 
-  /** Sends the draft of the shown conversation. */
-  async send(): Promise<void> {
-    const cid = this.active.value;
-    if (cid) await this.outbox.send(cid, this.threads.of(cid).value.messages.at(-1));
+  /** Shows a message, with its conversation around it. */
+  async jumpTo(cid: UserId, msgid: string): Promise<void> {
+    this.open(cid);
+    const wish = (this.target.value = { msgid });
+    try {
+      await this.threads.loadAround(cid, msgid);
+      // The list may have looked for it before it was loaded.
+      if (this.target.value === wish) this.target.value = { msgid };
+    } catch (error) {
+      this.toasts.problem(`The message cannot be shown: ${textOf(error)}.`);
+    }
   }
 
-  /** Sends a failed message again. */
-  async resend({ cid, msgid, msgtype, svrtime }: Message): Promise<void> {
-    this.threads.patch(msgid, { msgstatus: MessageStatus.sending });
-    try {
-      await this.#client.singlemsg.ReSendChatMsg({ cid, msgid });
-    } catch (error) {
-      const result = textOf(error);
-      this.threads.setStatus({ code: -1, subcode: 0, result, msgtype, msgid, svrtime });
-    }
+  /** Sends the draft and the files of the shown conversation. */
+  async send(): Promise<void> {
+    const cid = this.active.value;
+    if (!cid) return;
+    this.typing.stopped();
+    if (this.threads.of(cid).value.newer !== "none") await this.threads.toNewest(cid);
+    const after = this.threads.of(cid).value.messages.at(-1);
+    await Promise.all([this.attachments.send(cid), this.outbox.send(cid, after)]);
+  }
+
+  #leave(): void {
+    this.typing.stopped();
+    this.search.close();
+    this.selection.end();
+    this.target.value = undefined;
   }
 
   #entered(): void {
@@ -119,25 +184,36 @@ export class ChatStore {
       this.#account = keyOf(me);
       batch(() => {
         this.closeConversation();
+        this.dialog.value = undefined;
+        this.viewer.close();
         this.conversations.clear();
         this.threads.clear();
+        this.faces.clear();
+        this.attachments.clear();
       });
     }
     this.outbox.enter(me);
     this.threads.markStale();
     void this.conversations.load();
-    this.#window.tellAgain();
+    void this.translations.load();
+    this.window.tellAgain();
     if (this.active.value) void this.threads.open(this.active.value);
   }
 
   #received(messages: readonly Message[]): void {
     this.#stored(messages);
     for (const cid of conversationsOf(messages)) {
-      if (this.#window.shows(cid)) void this.#takeIn(cid);
+      this.typing.arrived(cid);
+      if (this.window.shows(cid)) void this.#takeIn(cid);
       else void this.conversations.refreshUnread(cid);
     }
     const last = messages.at(-1);
     if (last) this.announcement.value = `${last.fromid.nick}: ${preview(last)}`;
+  }
+
+  #receivedVirtual(messages: readonly Message[]): void {
+    for (const { cid } of messages) this.faces.addVirtual(cid);
+    this.#received(messages);
   }
 
   #sent(messages: readonly Message[]): void {
@@ -154,11 +230,18 @@ export class ChatStore {
     });
   }
 
+  #shaken(cid: UserId): void {
+    const text = `${cid.nick} shook your window`;
+    this.announcement.value = text;
+    if (this.window.shows(cid)) return;
+    this.toasts.show(text, "note", { label: "Open", run: () => this.open(cid) });
+  }
+
   /** The person sees this conversation: its new messages are taken in, which marks them read. */
   async #takeIn(cid: UserId): Promise<void> {
     const request = { cid, msgtime: "", msgid: "", count: intakeCount, gohistory: 1 };
     try {
-      const { msgs } = await this.#client.singlemsg.GetNewMsg(request);
+      const { msgs } = await this.faces.of(cid).GetNewMsg(request);
       this.#stored(msgs);
     } catch {
       // They are marked read the next time the conversation is shown.

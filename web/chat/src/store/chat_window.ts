@@ -1,4 +1,5 @@
 import type { BridgeClient, ChatWindowState, UserId } from "@imsdkbridge/client";
+import { signal } from "@preact/signals";
 import { sameUser } from "./users.ts";
 
 /** Whether the page can be seen and has the focus. */
@@ -24,6 +25,9 @@ export function documentFocus(page: Document): PageFocus {
 
 /** Tells the host which conversation is in front of the person, as it decides what counts as read. */
 export class ChatWindow {
+  /** Whether somebody sits in front of the page: it can be seen and has the focus. */
+  readonly attentive = signal(false);
+
   readonly #client: BridgeClient;
   readonly #focus: PageFocus;
   readonly #shown: (cid: UserId) => void;
@@ -35,7 +39,11 @@ export class ChatWindow {
     this.#client = client;
     this.#focus = focus;
     this.#shown = shown;
-    focus.onChange(() => this.#tell());
+    this.attentive.value = focus.activated();
+    focus.onChange(() => {
+      this.attentive.value = focus.activated();
+      this.#tell();
+    });
   }
 
   /** Whether the person can see this conversation now. */

@@ -1,6 +1,7 @@
 import type { BridgeClient, Message, UserId } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
+import type { Faces } from "./faces.ts";
 import { comparePositions, keyOf } from "./users.ts";
 
 /** One line of the conversation list. */
@@ -30,13 +31,15 @@ export class Conversations {
   readonly totalUnread = computed(() => this.sorted.value.reduce((sum, c) => sum + c.unread, 0));
 
   readonly #client: BridgeClient;
+  readonly #faces: Faces;
   /** Grows when the account changes, so that answers meant for the one before are dropped. */
   #generation = 0;
   /** Unread counts being asked for; true when asked for again meanwhile. */
   readonly #asking = new Map<string, boolean>();
 
-  constructor(client: BridgeClient) {
+  constructor(client: BridgeClient, faces: Faces) {
     this.#client = client;
+    this.#faces = faces;
   }
 
   /** Forgets everything; for a change of account. */
@@ -50,7 +53,13 @@ export class Conversations {
   async load(): Promise<void> {
     const generation = this.#generation;
     try {
-      const { unreads } = await this.#client.singlemsg.GetUnreadCountInBulk({});
+      const [single, virtual] = await Promise.all([
+        this.#client.singlemsg.GetUnreadCountInBulk({}),
+        // A host without virtual conversations has the others all the same.
+        this.#client.virtualmsg.GetUnreadCountInBulk({}).catch(() => ({ unreads: [] })),
+      ]);
+      for (const { cid } of virtual.unreads) this.#faces.addVirtual(cid);
+      const unreads = [...single.unreads, ...virtual.unreads];
       if (generation !== this.#generation) return;
       for (const { cid, count } of unreads) this.#change(cid, { unread: count });
       const queue = unreads.map(({ cid }) => cid);
@@ -93,6 +102,22 @@ export class Conversations {
     if (last?.msgid === message.msgid) this.#change(message.cid, { last: message });
   }
 
+  /** Takes a conversation out of the list. */
+  remove(cid: UserId): void {
+    const all = new Map(this.#all.value);
+    all.delete(keyOf(cid));
+    this.#all.value = all;
+  }
+
+  /** Asks the host for the newest message anew, after the one known may have gone. */
+  async refreshLast(cid: UserId): Promise<void> {
+    try {
+      this.#change(cid, { last: await this.#newest(cid) });
+    } catch {
+      // The line keeps its old words until the list is loaded again.
+    }
+  }
+
   /** Asks the host for the unread count; requests that overlap are joined. */
   async refreshUnread(cid: UserId): Promise<void> {
     const key = keyOf(cid);
@@ -102,7 +127,7 @@ export class Conversations {
     try {
       do {
         this.#asking.set(key, false);
-        const { count } = await this.#client.singlemsg.GetUnreadCount({ cid });
+        const { count } = await this.#faces.of(cid).GetUnreadCount({ cid });
         this.#change(cid, { unread: count });
       } while (this.#asking.get(key));
     } catch {
@@ -114,7 +139,7 @@ export class Conversations {
 
   async #newest(cid: UserId): Promise<Message | undefined> {
     const request = { cid, msgtime: "", msgid: "", count: 1, gohistory: 1 };
-    const { msgs } = await this.#client.singlemsg.GetLocalHisMsg(request);
+    const { msgs } = await this.#faces.of(cid).GetLocalHisMsg(request);
     return msgs.at(-1);
   }
 

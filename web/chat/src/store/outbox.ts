@@ -1,6 +1,7 @@
 import { BridgeError, type BridgeClient, type Message, type UserId } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
+import { withEmotions } from "./emotion_text.ts";
 import { comparePositions, keyOf, sameUser, type Position } from "./users.ts";
 
 /** A text on its way to becoming a message. */
@@ -8,6 +9,8 @@ export interface Outgoing {
   id: number;
   cid: UserId;
   text: string;
+  /** The text as it is sent, with emotion tokens; none before the host has converted it. */
+  body?: string;
   /** The newest message of the conversation when it was sent; it can only land after that. */
   after: Position | undefined;
   /**
@@ -75,14 +78,16 @@ export class Outbox {
     this.outgoing.value = [...this.outgoing.value, entry];
     this.setDraft(cid, "");
     try {
-      const item = { type: 0, value: text, jvale: "", filecontent: "", filepath: "" };
+      const value = await withEmotions(this.#client, text);
+      this.#change({ body: value }, ({ id }) => id === entry.id);
+      const item = { type: 0, value, jvale: "", filecontent: "", filepath: "" };
       const request = { cid, autosend: 0, msgbody: [item] };
       await this.#client.singlemsg.SendNormalChatMsg(request, { timeout: sendTimeout });
-      this.#mark("accepted", ({ id }) => id === entry.id);
+      this.#change({ state: "accepted" }, ({ id }) => id === entry.id);
     } catch (error) {
       const kind = error instanceof BridgeError ? error.kind : "failed";
       if (kind === "disconnected" || kind === "closed") {
-        this.#mark("uncertain", ({ id }) => id === entry.id);
+        this.#change({ state: "uncertain" }, ({ id }) => id === entry.id);
       } else if (kind === "timeout")
         this.#putBack(entry.id, "No answer came; this may not be sent.");
       else this.#putBack(entry.id, `Not sent: ${textOf(error)}.`);
@@ -91,15 +96,15 @@ export class Outbox {
 
   /** The connection is gone: what was accepted may not have been stored. */
   connectionLost(): void {
-    this.#mark("uncertain", ({ state }) => state === "accepted");
+    this.#change({ state: "uncertain" }, ({ state }) => state === "accepted");
   }
 
   /** A message of `me` is stored: the text it came from has landed. */
   landed(message: Message, me: UserId | undefined): void {
     if (!sameUser(message.fromid, me) || this.#claimed.has(message.msgid)) return;
     const entry = this.outgoing.value.find(
-      ({ cid, text, after }) =>
-        text === message.msgbody &&
+      ({ cid, text, body = text, after }) =>
+        body === message.msgbody &&
         sameUser(cid, message.cid) &&
         (!after || comparePositions(message, after) > 0),
     );
@@ -130,9 +135,9 @@ export class Outbox {
     this.#notice(entry.cid, notice);
   }
 
-  #mark(state: Outgoing["state"], which: (entry: Outgoing) => boolean): void {
-    const mark = (entry: Outgoing) => (which(entry) ? { ...entry, state } : entry);
-    this.outgoing.value = this.outgoing.value.map(mark);
+  #change(change: Partial<Outgoing>, which: (entry: Outgoing) => boolean): void {
+    const changed = (entry: Outgoing) => (which(entry) ? { ...entry, ...change } : entry);
+    this.outgoing.value = this.outgoing.value.map(changed);
     this.#save();
   }
 

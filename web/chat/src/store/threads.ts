@@ -8,21 +8,28 @@ import {
 } from "@imsdkbridge/client";
 import { signal, type Signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
+import type { Faces } from "./faces.ts";
+import { merge } from "./message_runs.ts";
 import { comparePositions, keyOf, type Position } from "./users.ts";
 
-/** The loaded part of one conversation: its newest messages without a gap. */
+/** What lies beyond an end of the loaded part: perhaps more, a page under way, or nothing. */
+export type Edge = "more" | "loading" | "failed" | "none";
+
+/** The loaded part of one conversation, without a gap. */
 export interface Thread {
   cid: UserId;
   status: "loading" | "ready" | "failed";
   problem: string;
   /** Oldest first. */
   messages: readonly Message[];
-  /** What is before the first message: perhaps more, a page under way, a failed one, or nothing. */
-  older: "more" | "loading" | "failed" | "none";
+  older: Edge;
+  /** Not "none" after a jump into the past: the newest messages are not loaded. */
+  newer: Edge;
 }
 
 /** Messages per page of history. */
 const pageSize = 40;
+const newestEnd: Position = { msgtime: "", msgid: "" };
 
 /** The messages of the conversations that were opened. */
 export class Threads {
@@ -30,6 +37,7 @@ export class Threads {
   readonly failures = signal<ReadonlyMap<string, string>>(new Map());
 
   readonly #client: BridgeClient;
+  readonly #faces: Faces;
   readonly #loaded: (cid: UserId, messages: readonly Message[]) => void;
   readonly #all = new Map<string, Signal<Thread>>();
   /**
@@ -37,10 +45,18 @@ export class Threads {
    * first one that may be missing; none when nothing was loaded.
    */
   readonly #stale = new Map<string, Position | undefined>();
+  readonly #opening = new Map<string, Promise<void>>();
+  /** Threads away from their newest end for which a live message came meanwhile. */
+  readonly #passedBy = new Set<string>();
 
   /** `loaded` is told about each newest page that was fetched. */
-  constructor(client: BridgeClient, loaded: (cid: UserId, messages: readonly Message[]) => void) {
+  constructor(
+    client: BridgeClient,
+    faces: Faces,
+    loaded: (cid: UserId, messages: readonly Message[]) => void,
+  ) {
     this.#client = client;
+    this.#faces = faces;
     this.#loaded = loaded;
   }
 
@@ -49,7 +65,8 @@ export class Threads {
     const key = keyOf(cid);
     let thread = this.#all.get(key);
     if (!thread) {
-      thread = signal<Thread>({ cid, status: "loading", problem: "", messages: [], older: "more" });
+      const ends = { older: "more", newer: "none" } as const;
+      thread = signal<Thread>({ cid, status: "loading", problem: "", messages: [], ...ends });
       this.#all.set(key, thread);
       this.#stale.set(key, undefined);
     }
@@ -60,6 +77,7 @@ export class Threads {
   clear(): void {
     this.#all.clear();
     this.#stale.clear();
+    this.#opening.clear();
     this.failures.value = new Map();
   }
 
@@ -72,22 +90,41 @@ export class Threads {
   }
 
   /** Makes sure that the newest messages are there. */
-  async open(cid: UserId): Promise<void> {
+  open(cid: UserId): Promise<void> {
+    const key = keyOf(cid);
     const thread = this.of(cid);
+    const underWay = this.#opening.get(key);
+    if (underWay && !this.#stale.has(key)) return underWay;
+    if (!this.#stale.has(key)) return Promise.resolve();
+    const opening = this.#open(cid, thread).finally(() => {
+      if (this.#opening.get(key) === opening) this.#opening.delete(key);
+    });
+    this.#opening.set(key, opening);
+    return opening;
+  }
+
+  async #open(cid: UserId, thread: Signal<Thread>): Promise<void> {
     const key = keyOf(cid);
     const before = this.#stale.get(key);
-    if (!this.#stale.delete(key)) return;
+    this.#stale.delete(key);
     if (thread.value.status === "failed") this.#change(thread, { status: "loading" });
     try {
-      const page = await this.#page(cid, { msgtime: "", msgid: "" });
-      const first = page.msgs[0];
-      const touches = first && before && comparePositions(first, before) <= 0;
-      const keep = thread.value.messages.filter(
-        (message) => touches || !first || comparePositions(message, first) >= 0,
-      );
-      const older = touches ? thread.value.older : beginning(page);
-      const messages = merge(keep, page.msgs);
-      this.#change(thread, { status: "ready", problem: "", messages, older });
+      const page = await this.#page(cid, newestEnd, 1);
+      // Whoever reads in the past stays there.
+      if (thread.value.newer === "none") {
+        const first = page.msgs[0];
+        const touches = first && before && comparePositions(first, before) <= 0;
+        const keep = thread.value.messages.filter(
+          (message) => touches || !first || comparePositions(message, first) >= 0,
+        );
+        const older = touches ? thread.value.older : edge(page);
+        this.#change(thread, {
+          status: "ready",
+          problem: "",
+          messages: merge(keep, page.msgs),
+          older,
+        });
+      }
       this.#loaded(cid, page.msgs);
     } catch (error) {
       this.#stale.set(key, before);
@@ -97,34 +134,89 @@ export class Threads {
     }
   }
 
-  /** Loads the page before the first message. */
-  async loadOlder(cid: UserId): Promise<void> {
+  /** Loads the page beyond one end. */
+  async load(cid: UserId, end: "older" | "newer"): Promise<void> {
     const thread = this.of(cid);
-    const { status, older, messages } = thread.value;
-    const first = messages[0];
-    if (status !== "ready" || older === "loading" || older === "none" || !first) return;
-    this.#change(thread, { older: "loading" });
+    const { status, messages } = thread.value;
+    const from = end === "older" ? messages[0] : messages.at(-1);
+    const state = thread.value[end];
+    if (status !== "ready" || state === "loading" || state === "none" || !from) return;
+    this.#change(thread, { [end]: "loading" });
+    this.#passedBy.delete(keyOf(cid));
     try {
-      const page = await this.#page(cid, first);
+      const page = await this.#page(cid, from, end === "older" ? 1 : 0);
+      // A jump has put other messages here meanwhile.
+      if (!thread.value.messages.some(({ msgid }) => msgid === from.msgid)) return;
       const merged = merge(thread.value.messages, page.msgs);
       // A page without anything new would be asked for again and again.
-      const older = merged.length > thread.value.messages.length ? beginning(page) : "none";
-      this.#change(thread, { messages: merged, older });
+      const further = merged.length > thread.value.messages.length ? edge(page) : "none";
+      const passed = end === "newer" && this.#passedBy.has(keyOf(cid));
+      this.#change(thread, { messages: merged, [end]: passed ? "more" : further });
     } catch {
-      this.#change(thread, { older: "failed" });
+      this.#change(thread, { [end]: "failed" });
+    }
+  }
+
+  /** Loads a message and what stands around it, unless it is loaded; fails as the host does. */
+  async loadAround(cid: UserId, msgid: string): Promise<void> {
+    await this.open(cid);
+    const thread = this.of(cid);
+    if (thread.value.messages.some((message) => message.msgid === msgid)) return;
+    const { msgs } = await this.#client.singlemsg.SearchMsgByID({ cid, msgid });
+    const target = msgs[0];
+    if (!target) throw new Error("there is no such message any more");
+    const [before, after] = await Promise.all([
+      this.#page(cid, target, 1),
+      this.#page(cid, target, 0),
+    ]);
+    const around = [...before.msgs, target, ...after.msgs];
+    const { messages, newer } = thread.value;
+    const [first, last] = [messages[0], around.at(-1)!];
+    const touches =
+      first && comparePositions(target, first) < 0 && comparePositions(last, first) >= 0;
+    const ends = { older: edge(before), newer: touches ? newer : edge(after) };
+    const joined = touches ? merge(messages, around) : around;
+    this.#change(thread, { status: "ready", problem: "", messages: joined, ...ends });
+  }
+
+  /** Goes back to the newest messages after a jump into the past. */
+  async toNewest(cid: UserId): Promise<void> {
+    const thread = this.of(cid);
+    if (thread.value.newer === "none") return;
+    this.#change(thread, { newer: "loading" });
+    try {
+      const page = await this.#page(cid, newestEnd, 1);
+      this.#change(thread, { messages: page.msgs, older: edge(page), newer: "none" });
+    } catch {
+      this.#change(thread, { newer: "failed" });
     }
   }
 
   /** Adds messages that came or were sent just now; they follow what is loaded. */
   add(messages: readonly Message[]): void {
     for (const message of messages) {
-      const thread = this.#all.get(keyOf(message.cid));
+      const key = keyOf(message.cid);
+      const thread = this.#all.get(key);
       if (!thread) continue;
-      const first = thread.value.messages[0];
-      // Older than the loaded part: it comes with its page of history.
-      if (first && comparePositions(message, first) < 0 && thread.value.older !== "none") continue;
-      this.#change(thread, { messages: merge(thread.value.messages, [message]) });
+      const { messages: known, older, newer } = thread.value;
+      const [first, last] = [known[0], known.at(-1)];
+      // Outside the loaded part: it comes with its page of history.
+      if (first && older !== "none" && comparePositions(message, first) < 0) continue;
+      if (last && newer !== "none" && comparePositions(message, last) > 0) {
+        this.#passedBy.add(key);
+        continue;
+      }
+      this.#change(thread, { messages: merge(known, [message]) });
     }
+  }
+
+  /** Takes messages out, or with "all" every one of the conversation. */
+  remove(cid: UserId, msgids: ReadonlySet<string> | "all"): void {
+    const thread = this.of(cid);
+    const messages =
+      msgids === "all" ? [] : thread.value.messages.filter(({ msgid }) => !msgids.has(msgid));
+    const ends = msgids === "all" ? ({ older: "none", newer: "none" } as const) : {};
+    this.#change(thread, { messages, ...ends });
   }
 
   /** Takes in what became of a sent message; gives the message if it is loaded. */
@@ -152,9 +244,15 @@ export class Threads {
     return undefined;
   }
 
-  #page(cid: UserId, { msgtime, msgid }: Position): Promise<MessagesAnswer> {
-    const request = { cid, msgtime, msgid, count: pageSize, gohistory: 1 };
-    return this.#client.singlemsg.GetLocalHisMsg(request);
+  /** Changes many messages of one conversation at once, if it is loaded. */
+  patchAll(cid: UserId, change: (message: Message) => Message): void {
+    const thread = this.#all.get(keyOf(cid));
+    if (thread) this.#change(thread, { messages: thread.value.messages.map(change) });
+  }
+
+  #page(cid: UserId, { msgtime, msgid }: Position, gohistory: number): Promise<MessagesAnswer> {
+    const request = { cid, msgtime, msgid, count: pageSize, gohistory, autoroam: 1 };
+    return this.#faces.of(cid).GetLocalHisMsg(request);
   }
 
   #change(thread: Signal<Thread>, change: Partial<Thread>): void {
@@ -162,18 +260,6 @@ export class Threads {
   }
 }
 
-function beginning(page: MessagesAnswer): Thread["older"] {
+function edge(page: MessagesAnswer): Edge {
   return page.outofcache !== 0 || page.msgs.length === 0 ? "none" : "more";
-}
-
-/** Joins two sorted runs; of a message in both, the incoming one counts. */
-function merge(known: readonly Message[], incoming: readonly Message[]): readonly Message[] {
-  const byId = new Map(known.map((message) => [message.msgid, message]));
-  for (const message of incoming) {
-    const old = byId.get(message.msgid);
-    // A page read before the status event must not turn a settled message back to sending.
-    const settled = old && message.msgstatus === MessageStatus.sending;
-    byId.set(message.msgid, settled ? { ...message, msgstatus: old.msgstatus } : message);
-  }
-  return [...byId.values()].sort(comparePositions);
 }

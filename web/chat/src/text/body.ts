@@ -1,4 +1,4 @@
-import { MessageType, type Message } from "@imsdkbridge/client";
+import { MessageStatus, MessageType, type Message } from "@imsdkbridge/client";
 
 /** One piece of a message body, in display order. */
 export type BodyPart =
@@ -47,12 +47,12 @@ function unescape(text: string): string {
   }
 }
 
-/** One line that stands for a message in lists; long texts are cut. */
-export function preview(message: Pick<Message, "msgtype" | "msgbody">): string {
+/** A message as plain text, for copying: what is no text is named in brackets. */
+export function plainText(message: Pick<Message, "msgtype" | "msgbody">): string {
   const words = bodyParts(message).map((part) => {
     switch (part.kind) {
       case "text":
-        return part.text.slice(0, 400);
+        return part.text;
       case "picture":
         return "[Picture]";
       case "emotion":
@@ -61,7 +61,14 @@ export function preview(message: Pick<Message, "msgtype" | "msgbody">): string {
         return message.msgtype === MessageType.audio ? "[Voice message]" : `[File] ${part.name}`;
     }
   });
-  return cut(words.join("").replace(/\s+/g, " ").trim(), 160);
+  return words.join("");
+}
+
+/** One line that stands for a message in lists; long texts are cut. */
+export function preview(message: Pick<Message, "msgtype" | "msgbody" | "msgstatus">): string {
+  if (message.msgstatus === MessageStatus.withdrawn) return "Message withdrawn";
+  if (message.msgtype === MessageType.shake) return "[Window shake]";
+  return cut(plainText(message).slice(0, 2000).replace(/\s+/g, " ").trim(), 160);
 }
 
 /** The first `length` code units of a text, never half a character. */

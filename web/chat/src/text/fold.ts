@@ -18,7 +18,11 @@ export function folded(text: string): string {
 
 /** Size of a text as people read it, in bytes of UTF-8. */
 export function sizeOf(text: string): string {
-  const bytes = new TextEncoder().encode(text).length;
+  return sizeText(new TextEncoder().encode(text).length);
+}
+
+/** A number of bytes as people read it. */
+export function sizeText(bytes: number): string {
   if (bytes < 1024) return `${bytes} bytes`;
   const [size, unit] = bytes < 1024 * 1024 ? [bytes / 1024, "KB"] : [bytes / 1024 / 1024, "MB"];
   return `${size < 10 ? size.toFixed(1) : Math.round(size)} ${unit}`;

@@ -1,4 +1,4 @@
-import { BridgeError, EngineCode } from "@imsdkbridge/client";
+import { BridgeError, EngineCode, ResultCode } from "@imsdkbridge/client";
 
 const wordsByCode: Record<number, string> = {
   [EngineCode.notLoggedIn]: "nobody is signed in",
@@ -10,11 +10,14 @@ const wordsByCode: Record<number, string> = {
   [EngineCode.storage]: "the message could not be stored",
   [EngineCode.refused]: "the server does not allow it",
   [EngineCode.busy]: "too many messages are on their way",
+  [ResultCode.notImplemented]: "this host cannot do that",
+  [ResultCode.failed]: "the host cannot do that",
 };
 
 /** The words of an error for the person at the page. */
 export function textOf(error: unknown): string {
   if (!(error instanceof BridgeError)) return error instanceof Error ? error.message : `${error}`;
   // Some answers say no more than that they failed; their code knows why.
-  return error.text === "failed" ? (wordsByCode[error.code] ?? error.text) : error.text;
+  const mute = /^failed$|no such method$|not implemented/i.test(error.text);
+  return mute ? (wordsByCode[error.code] ?? error.text) : error.text;
 }

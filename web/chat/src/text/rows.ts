@@ -1,29 +1,30 @@
 import type { Message } from "@imsdkbridge/client";
 import { sameUser } from "../store/users.ts";
 
-/** One row of the message list. */
-export type Row =
-  | { kind: "day"; key: string; time: Date }
-  | { kind: "message"; key: string; message: Message; first: boolean; last: boolean };
+/** How a message stands among its neighbours. */
+export interface Row {
+  message: Message;
+  /** Whether a new day begins with it. */
+  newDay: boolean;
+  /** Whether it begins and ends a group of one sender's messages. */
+  first: boolean;
+  last: boolean;
+}
 
 /** Messages of one sender closer than this, in milliseconds, are shown as one group. */
 const groupGap = 5 * 60_000;
 
-/** Lays messages out as rows: a separator before each day, groups by sender within it. */
-export function rowsOf(messages: readonly Message[]): Row[] {
-  const rows: Row[] = [];
-  messages.forEach((message, index) => {
-    const before = messages[index - 1];
-    const after = messages[index + 1];
-    const time = timeOf(message);
-    if (!before || time.toDateString() !== timeOf(before).toDateString()) {
-      rows.push({ kind: "day", key: `day ${time.toDateString()}`, time });
-    }
-    const first = !before || !together(before, message);
-    const last = !after || !together(message, after);
-    rows.push({ kind: "message", key: message.msgid, message, first, last });
-  });
-  return rows;
+/** The row of one message; only its neighbours are looked at, so that long lists stay cheap. */
+export function rowAt(messages: readonly Message[], index: number): Row {
+  const message = messages[index]!;
+  const before = messages[index - 1];
+  const after = messages[index + 1];
+  return {
+    message,
+    newDay: !before || timeOf(message).toDateString() !== timeOf(before).toDateString(),
+    first: !before || !together(before, message),
+    last: !after || !together(message, after),
+  };
 }
 
 /** When a message was written. */

@@ -1,10 +1,18 @@
 import type { JSX } from "preact";
+import { useEffect, useState } from "preact/hooks";
+import type { ChatStore } from "../store/chat_store.ts";
 import { ConnectionBanner } from "./connection_banner.tsx";
 import { useStore } from "./context.ts";
 import { ConversationPane } from "./conversation_pane.tsx";
+import { Dialogs } from "./dialogs.tsx";
 import { Notice } from "./notice.tsx";
+import { PictureViewer } from "./picture_viewer.tsx";
 import { Sidebar } from "./sidebar.tsx";
 import { SignIn } from "./sign_in.tsx";
+import { ToastStack } from "./toasts.tsx";
+
+/** Milliseconds that a shaken window is marked. */
+const shakeTime = 900;
 
 /** The whole page. */
 export function App(): JSX.Element {
@@ -12,6 +20,7 @@ export function App(): JSX.Element {
   return (
     <>
       <Screen />
+      <ToastStack />
       <div class="visually-hidden" role="status" aria-live="polite">
         {store.announcement.value}
       </div>
@@ -20,19 +29,60 @@ export function App(): JSX.Element {
 }
 
 function Screen(): JSX.Element {
-  const { connection, session, ...store } = useStore();
+  const { connection, session } = useStore();
   const { state, reason } = connection.value;
   if (state === "refused") return <Refused reason={reason} />;
   if (session.status.value === "starting") return <Starting />;
   if (session.status.value !== "signedin") return <SignIn />;
+  return <Chat />;
+}
+
+function Chat(): JSX.Element {
+  const store = useStore();
   const cid = store.active.value;
+  const shaking = useShaking(store);
+  useShortcuts(store);
+  const classes = ["chat", cid && "has-conversation", shaking && "shaking"];
   return (
-    <div class={cid ? "chat has-conversation" : "chat"}>
+    <div class={classes.filter(Boolean).join(" ")}>
       <ConnectionBanner />
       <Sidebar />
       <main class="pane">{cid ? <ConversationPane cid={cid} /> : <NothingOpen />}</main>
+      <Dialogs />
+      <PictureViewer />
     </div>
   );
+}
+
+function useShaking({ shaking }: ChatStore<File>): boolean {
+  const [on, setOn] = useState(false);
+  const count = shaking.count.value;
+  const [seen] = useState(count);
+  useEffect(() => {
+    if (count === seen) return undefined;
+    setOn(true);
+    const timer = setTimeout(() => setOn(false), shakeTime);
+    return () => clearTimeout(timer);
+  }, [count]);
+  return on;
+}
+
+/** Ctrl+F searches the conversation, Ctrl+K everywhere; Escape ends the choice of messages. */
+function useShortcuts(store: ChatStore<File>): void {
+  useEffect(() => {
+    const onKeyDown = (event: KeyboardEvent) => {
+      if (event.key === "Escape" && !store.dialog.value) store.selection.end();
+      if (!(event.ctrlKey || event.metaKey) || event.altKey || event.shiftKey) return;
+      const cid = store.active.value;
+      const searchable = cid && !store.faces.isVirtual(cid);
+      if (event.key === "k") store.dialog.value = { kind: "search" };
+      else if (event.key === "f" && searchable) store.search.open(cid);
+      else return;
+      event.preventDefault();
+    };
+    addEventListener("keydown", onKeyDown);
+    return () => removeEventListener("keydown", onKeyDown);
+  }, [store]);
 }
 
 function Starting(): JSX.Element {

@@ -1,19 +1,31 @@
 import type { UserId } from "@imsdkbridge/client";
-import type { JSX } from "preact";
-import { useEffect, useRef } from "preact/hooks";
+import type { ComponentProps, JSX } from "preact";
+import { useEffect, useRef, useState } from "preact/hooks";
 import { keyOf } from "../store/users.ts";
+import { AttachmentStrip } from "./attachment_strip.tsx";
 import { useStore } from "./context.ts";
+import { EmotionPicker } from "./emotion_picker.tsx";
 import { Icon } from "./icons.tsx";
 
 /** Where messages are written. Enter sends, Shift+Enter breaks the line. */
 export function Composer({ cid }: { cid: UserId }): JSX.Element {
   const store = useStore();
   const field = useRef<HTMLTextAreaElement>(null);
+  const chooser = useRef<HTMLInputElement>(null);
+  const [picking, setPicking] = useState(false);
   const draft = store.outbox.drafts.value[keyOf(cid)] ?? "";
   const notice = store.outbox.notices.value[keyOf(cid)];
+  const sendable = store.attachments.of(cid).some(({ state }) => state !== "sending");
 
-  useEffect(() => field.current?.focus(), []);
+  useEffect(() => {
+    if (!store.search.cid.peek()) field.current?.focus();
+  }, []);
 
+  const write = (text: string) => {
+    store.outbox.setDraft(cid, text);
+    if (text) store.typing.typed(cid);
+    else store.typing.stopped();
+  };
   const submit = (event: Event) => {
     event.preventDefault();
     void store.send();
@@ -23,6 +35,27 @@ export function Composer({ cid }: { cid: UserId }): JSX.Element {
     // Enter that ends the composition of a character must not send.
     if (event.key === "Enter" && !event.shiftKey && !event.isComposing) submit(event);
   };
+  const onPaste = (event: ClipboardEvent) => {
+    const files = [...(event.clipboardData?.files ?? [])];
+    // Office programs put a picture of the text beside the text.
+    if (files.length === 0 || event.clipboardData?.getData("text/plain")) return;
+    event.preventDefault();
+    store.attachments.add(cid, files);
+  };
+  const insert = (shortcut: string) => {
+    const { selectionStart, selectionEnd } = field.current!;
+    write(draft.slice(0, selectionStart) + shortcut + draft.slice(selectionEnd));
+    setPicking(false);
+    const caret = selectionStart + shortcut.length;
+    requestAnimationFrame(() => {
+      field.current?.focus();
+      field.current?.setSelectionRange(caret, caret);
+    });
+  };
+  const closePicker = () => {
+    setPicking(false);
+    field.current?.focus();
+  };
 
   return (
     <form class="composer" onSubmit={submit}>
@@ -31,25 +64,75 @@ export function Composer({ cid }: { cid: UserId }): JSX.Element {
           {notice} Your text is kept below.
         </p>
       )}
-      <textarea
-        ref={field}
-        rows={1}
-        dir="auto"
-        aria-label={`Message to ${cid.nick}`}
-        placeholder="Write a message"
-        value={draft}
-        onInput={(event) => store.outbox.setDraft(cid, event.currentTarget.value)}
-        onKeyDown={onKeyDown}
-      />
-      <button
-        type="submit"
-        class="icon-button primary"
-        title="Send (Enter)"
-        aria-label="Send"
-        disabled={!draft.trim()}
-      >
-        <Icon name="send" />
-      </button>
+      <AttachmentStrip cid={cid} />
+      <div class="composer-line">
+        <div class="composer-tools">
+          <Tool icon="smile" label="Emotions" expanded={picking} run={() => setPicking(!picking)} />
+          <Tool icon="clip" label="Send files" run={() => chooser.current?.click()} />
+          <Tool
+            icon="shake"
+            label="Shake the window"
+            off={!store.shaking.ready.value}
+            run={() => void store.shaking.shake(cid)}
+          />
+        </div>
+        <input
+          ref={chooser}
+          type="file"
+          multiple
+          hidden
+          aria-label="Files to send"
+          onChange={(event) => {
+            store.attachments.add(cid, [...(event.currentTarget.files ?? [])]);
+            event.currentTarget.value = "";
+          }}
+        />
+        <textarea
+          ref={field}
+          rows={1}
+          dir="auto"
+          aria-label={`Message to ${cid.nick}`}
+          placeholder="Write a message"
+          value={draft}
+          onInput={(event) => write(event.currentTarget.value)}
+          onKeyDown={onKeyDown}
+          onPaste={onPaste}
+        />
+        <button
+          type="submit"
+          class="icon-button primary"
+          title="Send (Enter)"
+          aria-label="Send"
+          disabled={!draft.trim() && !sendable}
+        >
+          <Icon name="send" />
+        </button>
+      </div>
+      {picking && <EmotionPicker choose={insert} close={closePicker} />}
     </form>
+  );
+}
+
+interface ToolProps {
+  icon: ComponentProps<typeof Icon>["name"];
+  label: string;
+  off?: boolean;
+  expanded?: boolean;
+  run: () => void;
+}
+
+function Tool({ icon, label, off, expanded, run }: ToolProps): JSX.Element {
+  return (
+    <button
+      type="button"
+      class="icon-button"
+      title={label}
+      aria-label={label}
+      aria-expanded={expanded}
+      disabled={off}
+      onClick={run}
+    >
+      <Icon name={icon} />
+    </button>
   );
 }

@@ -4,6 +4,7 @@ import { useRef } from "preact/hooks";
 import type { Conversation } from "../store/conversations.ts";
 import { keyOf, sameUser } from "../store/users.ts";
 import { preview } from "../text/body.ts";
+import { noteOf } from "../text/note.ts";
 import { timeOf } from "../text/rows.ts";
 import { fullTime, listTime } from "../text/time.ts";
 import { Avatar } from "./avatar.tsx";
@@ -89,6 +90,8 @@ interface RowProps {
 
 function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element {
   const { cid, unread, last } = conversation;
+  const store = useStore();
+  const typing = store.typing.peers.value.has(keyOf(cid));
   const onKeyDown = (event: KeyboardEvent) => {
     if (event.key !== "Enter" && event.key !== " ") return;
     event.preventDefault();
@@ -108,6 +111,7 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
       <span class="conversation-lines">
         <span class="conversation-line">
           <span class="conversation-name">{cid.nick}</span>
+          {store.faces.isVirtual(cid) && <span class="tag">Service</span>}
           {last && (
             <time class="conversation-time" title={fullTime(timeOf(last))}>
               {listTime(timeOf(last), new Date())}
@@ -116,7 +120,7 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
         </span>
         <span class="conversation-line">
           <span class="conversation-preview" dir="auto">
-            {last ? previewOf(last, cid) : "No messages yet"}
+            {typing ? <i>typing…</i> : last ? previewOf(last, cid) : "No messages yet"}
           </span>
           {unread > 0 && (
             <span class="badge" aria-label={`${unread} unread`}>
@@ -130,6 +134,8 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
 }
 
 function previewOf(last: NonNullable<Conversation["last"]>, cid: UserId): string {
+  const note = noteOf(last, !sameUser(last.fromid, cid));
+  if (note !== undefined) return note;
   const text = preview(last);
   if (last.msgstatus === MessageStatus.failed) return `Not sent: ${text}`;
   return sameUser(last.fromid, cid) ? text : `You: ${text}`;

@@ -1,34 +1,95 @@
 import type { UserId } from "@imsdkbridge/client";
 import type { JSX } from "preact";
+import { useState } from "preact/hooks";
 import { keyOf } from "../store/users.ts";
 import { Avatar } from "./avatar.tsx";
 import { Composer } from "./composer.tsx";
 import { useStore } from "./context.ts";
+import { DropZone } from "./drop_zone.tsx";
 import { Icon } from "./icons.tsx";
+import { Menu } from "./menu.tsx";
 import { MessageList } from "./message_list.tsx";
 import { Notice } from "./notice.tsx";
+import { SearchBar } from "./search_bar.tsx";
+import { SelectionBar } from "./selection_bar.tsx";
 
 /** The right side: one conversation with its messages and the field to write in. */
 export function ConversationPane({ cid }: { cid: UserId }): JSX.Element {
   const store = useStore();
   const key = keyOf(cid);
+  const readOnly = store.faces.isVirtual(cid);
   return (
-    <>
-      <header class="bar">
+    <DropZone take={(files) => !readOnly && store.attachments.add(cid, files)}>
+      <Header cid={cid} readOnly={readOnly} />
+      {store.search.cid.value && <SearchBar key={`search ${key}`} />}
+      <Messages key={`messages ${key}`} cid={cid} />
+      {store.selection.active.value ? (
+        <SelectionBar cid={cid} />
+      ) : readOnly ? (
+        <p class="read-only">These messages come from the service. They cannot be answered.</p>
+      ) : (
+        <Composer key={`composer ${key}`} cid={cid} />
+      )}
+    </DropZone>
+  );
+}
+
+function Header({ cid, readOnly }: { cid: UserId; readOnly: boolean }): JSX.Element {
+  const store = useStore();
+  const [menu, setMenu] = useState<{ x: number; y: number } | undefined>(undefined);
+  const typing = store.typing.peers.value.has(keyOf(cid));
+  const remove = {
+    label: "Delete the conversation…",
+    icon: "trash" as const,
+    danger: true,
+    run: () => void (store.dialog.value = { kind: "delete", cid, msgids: "all" }),
+  };
+  return (
+    <header class="bar">
+      <button
+        type="button"
+        class="icon-button back"
+        aria-label="Back to the conversations"
+        onClick={() => store.closeConversation()}
+      >
+        <Icon name="back" />
+      </button>
+      <Avatar nick={cid.nick} />
+      <div class="bar-lines">
+        <h2 class="bar-title">{cid.nick}</h2>
+        <span class="bar-line" role="status">
+          {typing && `${cid.nick} is typing…`}
+          {readOnly && "Service messages"}
+        </span>
+      </div>
+      {!readOnly && (
         <button
           type="button"
-          class="icon-button back"
-          aria-label="Back to the conversations"
-          onClick={() => store.closeConversation()}
+          class="icon-button"
+          title="Search in this conversation (Ctrl+F)"
+          aria-label="Search in this conversation"
+          onClick={() => store.search.open(cid)}
         >
-          <Icon name="back" />
+          <Icon name="search" />
         </button>
-        <Avatar nick={cid.nick} />
-        <h2 class="bar-title">{cid.nick}</h2>
-      </header>
-      <Messages key={`messages ${key}`} cid={cid} />
-      <Composer key={`composer ${key}`} cid={cid} />
-    </>
+      )}
+      <button
+        type="button"
+        class="icon-button"
+        title="More"
+        aria-label="Conversation menu"
+        aria-haspopup="menu"
+        onClick={({ currentTarget }) => {
+          const { right, bottom } = currentTarget.getBoundingClientRect();
+          setMenu({ x: right, y: bottom + 4 });
+        }}
+      >
+        <Icon name="more" />
+      </button>
+      {menu && (
+        <Menu label="Conversation" items={[remove]} {...menu} close={() => setMenu(undefined)} />
+      )}
+    </header>
   );
 }
 

@@ -1,54 +1,81 @@
 import { MessageStatus, type Message } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import type { Outgoing } from "../store/outbox.ts";
-import { sameUser } from "../store/users.ts";
 import { timeOf } from "../text/rows.ts";
 import { clockTime, fullTime } from "../text/time.ts";
 import { Body } from "./body.tsx";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
+import { openPicture } from "./picture_link.ts";
+import { TranslationLine } from "./translation_line.tsx";
 
 interface MessageBubbleProps {
   message: Message;
-  /** Whether it begins and ends a group of one sender's messages. */
-  first: boolean;
-  last: boolean;
+  mine: boolean;
+  openMenu: (x: number, y: number) => void;
 }
 
 /** One message with its time and, for an own one, what became of it. */
-export function MessageBubble({ message, first, last }: MessageBubbleProps): JSX.Element {
-  const mine = sameUser(message.fromid, useStore().session.me.value);
+export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): JSX.Element {
+  const store = useStore();
   const failed = message.msgstatus === MessageStatus.failed;
-  const classes = ["message", mine ? "mine" : "theirs", first && "first", last && "last"];
+  const { cid, search } = store.search;
+  const keywords = cid.value ? search.keywords : [];
+  const more = (event: MouseEvent) => {
+    const { left, bottom } = (event.currentTarget as Element).getBoundingClientRect();
+    openMenu(left, bottom + 4);
+  };
   return (
-    <article
-      class={classes.filter(Boolean).join(" ")}
-      data-msgid={message.msgid}
-      aria-label={`${mine ? "You" : message.fromid.nick}, ${clockTime(timeOf(message))}`}
-    >
-      <div class="bubble">
-        <Body message={message} />
-        <span class="stamp">
-          <time title={fullTime(timeOf(message))}>{clockTime(timeOf(message))}</time>
-          {mine && <SendState status={message.msgstatus} />}
-        </span>
+    <>
+      <div class="bubble-line">
+        <div class="bubble">
+          <Body
+            message={message}
+            keywords={keywords}
+            openPicture={(path, index) => openPicture(store, message, path, index)}
+          />
+          <TranslationLine message={message} />
+          <span class="stamp">
+            {message.extinfo.autochatmsg === 1 && <span class="tag">Automatic reply</span>}
+            <time title={fullTime(timeOf(message))}>{clockTime(timeOf(message))}</time>
+            {mine && <SendState status={message.msgstatus} read={message.readflag === 1} />}
+          </span>
+        </div>
+        <button
+          type="button"
+          class="icon-button more"
+          title="More"
+          aria-label="More"
+          aria-haspopup="menu"
+          tabIndex={-1}
+          onClick={more}
+        >
+          <Icon name="more" />
+        </button>
       </div>
       {mine && failed && <Failure message={message} />}
-    </article>
+    </>
   );
 }
 
-function SendState({ status }: { status: number }): JSX.Element {
-  const states = {
-    [MessageStatus.sending]: ["clock", "Sending"],
-    [MessageStatus.failed]: ["warning", "Not sent"],
-  } as const;
-  const [icon, words] = states[status as keyof typeof states] ?? ["check", "Sent"];
+function SendState({ status, read }: { status: number; read: boolean }): JSX.Element {
+  const [icon, words] = stateOf(status, read);
   return (
-    <span class="send-state" role="img" aria-label={words} title={words}>
+    <span
+      class={words === "Read" ? "send-state read" : "send-state"}
+      role="img"
+      aria-label={words}
+      title={words}
+    >
       <Icon name={icon} />
     </span>
   );
+}
+
+function stateOf(status: number, read: boolean) {
+  if (status === MessageStatus.sending) return ["clock", "Sending"] as const;
+  if (status === MessageStatus.failed) return ["warning", "Not sent"] as const;
+  return read ? (["checks", "Read"] as const) : (["check", "Sent"] as const);
 }
 
 function Failure({ message }: { message: Message }): JSX.Element {
@@ -57,7 +84,7 @@ function Failure({ message }: { message: Message }): JSX.Element {
   return (
     <p class="failure">
       <span>{reason ? `Not sent: ${reason}` : "Not sent"}</span>
-      <button type="button" class="link-button" onClick={() => void store.resend(message)}>
+      <button type="button" class="link-button" onClick={() => void store.actions.resend(message)}>
         <Icon name="retry" /> Retry
       </button>
     </p>
@@ -69,9 +96,9 @@ export function OutgoingBubble({ entry }: { entry: Outgoing }): JSX.Element {
   return (
     <article class="message mine first last outgoing" aria-label="You, sending">
       <div class="bubble">
-        <Body message={{ msgtype: 0, msgbody: entry.text }} />
+        <Body message={{ msgtype: 0, msgbody: entry.body ?? entry.text }} />
         <span class="stamp">
-          <SendState status={MessageStatus.sending} />
+          <SendState status={MessageStatus.sending} read={false} />
         </span>
       </div>
     </article>

@@ -1,26 +1,23 @@
 import type { JSX } from "preact";
-import { useEffect, useLayoutEffect, useMemo, useRef, useState } from "preact/hooks";
-import type { Thread } from "../store/threads.ts";
+import { useState } from "preact/hooks";
+import type { Edge, Thread } from "../store/threads.ts";
 import { sameUser } from "../store/users.ts";
-import { rowsOf, type Row } from "../text/rows.ts";
-import { dayName } from "../text/time.ts";
+import { rowAt } from "../text/rows.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
-import { MessageBubble, OutgoingBubble } from "./message_bubble.tsx";
+import { OutgoingBubble } from "./message_bubble.tsx";
+import { MessageMenu, type MenuWish } from "./message_menu.tsx";
+import { MessageRow } from "./message_row.tsx";
+import { useMessageScroll } from "./use_message_scroll.ts";
 
-/** Pixels from the end within which the list follows new messages. */
-const nearEnd = 60;
-/** Pixels from the start at which older messages are fetched. */
-const nearStart = 300;
-
-/** The messages of a conversation; loads older ones as the person scrolls up. */
+/** The messages of a conversation, of which only those in sight exist as elements. */
 export function MessageList({ thread }: { thread: Thread }): JSX.Element {
   const store = useStore();
-  const { cid, messages, older } = thread;
+  const { cid, messages, older, newer } = thread;
   const outgoing = store.outbox.outgoing.value.filter((entry) => sameUser(entry.cid, cid));
-  const rows = useMemo(() => rowsOf(messages), [messages]);
-  const loadOlder = () => void store.threads.loadOlder(cid);
-  const { box, content, atEnd, toEnd } = useScroll(thread, outgoing.length, loadOlder);
+  const [menu, setMenu] = useState<MenuWish | undefined>(undefined);
+  const scroll = useMessageScroll(thread, outgoing);
+  const { box, list, focused, marked } = scroll;
 
   return (
     <div class="messages-frame">
@@ -31,96 +28,74 @@ export function MessageList({ thread }: { thread: Thread }): JSX.Element {
         aria-label={`Messages with ${cid.nick}`}
         tabIndex={0}
         ref={box}
+        onKeyDown={scroll.onKeyDown}
       >
-        <div class="messages-content" ref={content}>
-          <Beginning older={older} retry={loadOlder} />
-          {rows.map((row) => (
-            <RowView key={row.key} row={row} />
-          ))}
-          {outgoing.map((entry) => (
-            <OutgoingBubble key={`out ${entry.id}`} entry={entry} />
-          ))}
+        <div class="messages-content">
+          <div class="messages-rows" style={{ height: `${list.getTotalSize()}px` }}>
+            <Beginning older={older} retry={() => void store.threads.load(cid, "older")} />
+            {list.getVirtualItems().map(({ key, index, start }) => (
+              <div
+                key={key}
+                class="row"
+                data-index={index}
+                ref={list.measureElement}
+                style={{ transform: `translateY(${start}px)` }}
+              >
+                {index < messages.length ? (
+                  <MessageRow
+                    row={rowAt(messages, index)}
+                    marked={messages[index]!.msgid === marked}
+                    focused={messages[index]!.msgid === focused}
+                    openMenu={setMenu}
+                  />
+                ) : (
+                  <OutgoingBubble entry={outgoing[index - messages.length]!} />
+                )}
+              </div>
+            ))}
+          </div>
+          <End newer={newer} retry={() => void store.threads.load(cid, "newer")} />
         </div>
       </div>
-      {!atEnd && (
-        <button type="button" class="to-end" aria-label="To the newest message" onClick={toEnd}>
+      {!scroll.atEnd && (
+        <button
+          type="button"
+          class="to-end"
+          title="To the newest message"
+          aria-label="To the newest message"
+          onClick={scroll.toEnd}
+        >
           <Icon name="down" />
         </button>
       )}
+      {menu && <MessageMenu wish={menu} close={() => setMenu(undefined)} />}
     </div>
   );
 }
 
-function RowView({ row }: { row: Row }): JSX.Element {
-  if (row.kind === "message") return <MessageBubble {...row} />;
-  return (
-    <div class="day" role="separator">
-      <span>{dayName(row.time, new Date())}</span>
-    </div>
-  );
-}
-
-function Beginning({ older, retry }: Pick<Thread, "older"> & { retry: () => void }): JSX.Element {
+function Beginning({ older, retry }: { older: Edge; retry: () => void }): JSX.Element {
   return (
     <div class="beginning">
-      {older === "loading" && <span class="spinner" aria-label="Loading older messages" />}
+      {older === "loading" && (
+        <span class="spinner" role="img" aria-label="Loading older messages" />
+      )}
       {older === "failed" && (
         <button type="button" class="link-button" onClick={retry}>
           Older messages could not be loaded. Try again
         </button>
       )}
+      {older === "none" && <span class="beginning-mark">Beginning of the conversation</span>}
     </div>
   );
 }
 
-/** Follows the end while the person is there, and holds the place while older messages come in. */
-function useScroll(thread: Thread, outgoing: number, loadOlder: () => void) {
-  const box = useRef<HTMLDivElement>(null);
-  const content = useRef<HTMLDivElement>(null);
-  const following = useRef(true);
-  const [atEnd, setAtEnd] = useState(true);
-  const before = useRef({ first: "", height: 0, outgoing: 0 });
-  const first = thread.messages[0]?.msgid ?? "";
-
-  useLayoutEffect(() => {
-    const { scrollHeight } = box.current!;
-    const grewAtStart = before.current.first !== "" && before.current.first !== first;
-    // Whoever sends wants to see it.
-    if (outgoing > before.current.outgoing) following.current = true;
-    if (following.current) box.current!.scrollTop = scrollHeight;
-    else if (grewAtStart) box.current!.scrollTop += scrollHeight - before.current.height;
-    before.current = { first, height: scrollHeight, outgoing };
-  }, [first, thread.messages, outgoing]);
-
-  useEffect(() => {
-    const element = box.current!;
-    const fetchIfNear = () => {
-      if (element.scrollTop < nearStart && thread.older === "more") loadOlder();
-    };
-    const onScroll = () => {
-      const toGo = element.scrollHeight - element.scrollTop - element.clientHeight;
-      following.current = toGo < nearEnd;
-      setAtEnd(following.current);
-      fetchIfNear();
-    };
-    // Pictures that load and a composer that grows change heights without any message.
-    const observer = new ResizeObserver(() => {
-      if (following.current) element.scrollTop = element.scrollHeight;
-      before.current.height = element.scrollHeight;
-    });
-    element.addEventListener("scroll", onScroll, { passive: true });
-    observer.observe(element);
-    observer.observe(content.current!);
-    fetchIfNear();
-    return () => {
-      element.removeEventListener("scroll", onScroll);
-      observer.disconnect();
-    };
-  }, [thread.older, thread.messages, loadOlder]);
-
-  const toEnd = () => {
-    const element = box.current!;
-    element.scrollTo({ top: element.scrollHeight });
-  };
-  return { box, content, atEnd, toEnd };
+function End({ newer, retry }: { newer: Edge; retry: () => void }): JSX.Element | null {
+  if (newer !== "failed") return null;
+  return (
+    <div class="end">
+      <button type="button" class="link-button" onClick={retry}>
+        Newer messages could not be loaded. Try again
+      </button>
+    </div>
+  );
 }

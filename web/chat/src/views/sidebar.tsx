@@ -1,4 +1,4 @@
-import type { JSX } from "preact";
+import type { ComponentProps, JSX } from "preact";
 import { useState } from "preact/hooks";
 import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
@@ -7,26 +7,45 @@ import { Icon } from "./icons.tsx";
 
 /** The left column: who is signed in, a field for a new chat, and the conversations. */
 export function Sidebar(): JSX.Element {
-  const { session } = useStore();
+  const { session, dialog } = useStore();
   const nick = session.me.value?.nick ?? "";
   return (
     <aside class="sidebar">
       <header class="bar">
         <Avatar nick={nick} />
         <h1 class="bar-title">{nick}</h1>
-        <button
-          type="button"
-          class="icon-button"
-          title="Sign out"
-          aria-label="Sign out"
-          onClick={() => void session.signOut()}
-        >
-          <Icon name="leave" />
-        </button>
+        <Tool
+          icon="search"
+          label="Search everywhere"
+          keys=" (Ctrl+K)"
+          run={() => void (dialog.value = { kind: "search" })}
+        />
+        <Tool
+          icon="broadcast"
+          label="Write to several people"
+          run={() => void (dialog.value = { kind: "broadcast" })}
+        />
+        <Tool icon="gear" label="Settings" run={() => void (dialog.value = { kind: "settings" })} />
+        <Tool icon="leave" label="Sign out" run={() => void session.signOut()} />
       </header>
       <NewChat />
       <ConversationList />
     </aside>
+  );
+}
+
+interface ToolProps {
+  icon: ComponentProps<typeof Icon>["name"];
+  label: string;
+  keys?: string;
+  run: () => void;
+}
+
+function Tool({ icon, label, keys = "", run }: ToolProps): JSX.Element {
+  return (
+    <button type="button" class="icon-button" title={label + keys} aria-label={label} onClick={run}>
+      <Icon name={icon} />
+    </button>
   );
 }
 

@@ -1,0 +1,31 @@
+import type { Message } from "@imsdkbridge/client";
+import { signal } from "@preact/signals";
+import { comparePositions } from "./users.ts";
+
+/** Messages that are chosen to do something with all of them. */
+export class Selection {
+  /** Whether messages are being chosen. */
+  readonly active = signal(false);
+  readonly chosen = signal<ReadonlyMap<string, Message>>(new Map());
+
+  start(message: Message): void {
+    this.active.value = true;
+    this.chosen.value = new Map([[message.msgid, message]]);
+  }
+
+  toggle(message: Message): void {
+    const chosen = new Map(this.chosen.value);
+    if (!chosen.delete(message.msgid)) chosen.set(message.msgid, message);
+    this.chosen.value = chosen;
+  }
+
+  end(): void {
+    this.active.value = false;
+    this.chosen.value = new Map();
+  }
+
+  /** The chosen messages, oldest first. */
+  inOrder(): Message[] {
+    return [...this.chosen.value.values()].sort(comparePositions);
+  }
+}

@@ -1,0 +1,184 @@
+import type { Message, UserId } from "@imsdkbridge/client";
+import type { JSX } from "preact";
+import { useState } from "preact/hooks";
+import { preview } from "../text/body.ts";
+import { useStore } from "./context.ts";
+import { Dialog } from "./dialog.tsx";
+import { PeoplePicker } from "./people_picker.tsx";
+import { SearchDialog } from "./search_dialog.tsx";
+
+/** The dialog that is in front of the page, if there is one. */
+export function Dialogs(): JSX.Element | null {
+  const store = useStore();
+  const dialog = store.dialog.value;
+  const close = () => void (store.dialog.value = undefined);
+  switch (dialog?.kind) {
+    case "forward":
+      return <ForwardDialog messages={dialog.messages} close={close} />;
+    case "broadcast":
+      return <BroadcastDialog close={close} />;
+    case "delete":
+      return <DeleteDialog {...dialog} close={close} />;
+    case "settings":
+      return <SettingsDialog close={close} />;
+    case "search":
+      return <SearchDialog close={close} />;
+    case undefined:
+      return null;
+  }
+}
+
+interface ForwardProps {
+  messages: readonly Message[];
+  close: () => void;
+}
+
+function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
+  const store = useStore();
+  const [people, setPeople] = useState<readonly UserId[]>([]);
+  const [busy, setBusy] = useState(false);
+  const first = messages[0];
+  const forward = async (event: Event) => {
+    event.preventDefault();
+    setBusy(true);
+    const done = await store.actions.forward(messages, people);
+    setBusy(false);
+    if (!done) return;
+    store.selection.end();
+    close();
+  };
+  return (
+    <Dialog title="Forward to" close={close}>
+      <form class="dialog-form" onSubmit={(event) => void forward(event)}>
+        <p class="dialog-quote" dir="auto">
+          {messages.length > 1 ? `${messages.length} messages` : first && preview(first)}
+        </p>
+        <PeoplePicker people={people} setPeople={setPeople} />
+        <Actions close={close} label={sendLabel("Forward", people)} off={!people.length || busy} />
+      </form>
+    </Dialog>
+  );
+}
+
+function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
+  const store = useStore();
+  const [people, setPeople] = useState<readonly UserId[]>([]);
+  const [text, setText] = useState("");
+  const [busy, setBusy] = useState(false);
+  const send = async (event: Event) => {
+    event.preventDefault();
+    setBusy(true);
+    const done = await store.actions.broadcast(text, people);
+    setBusy(false);
+    if (done) close();
+  };
+  return (
+    <Dialog title="Write to several people" close={close}>
+      <form class="dialog-form" onSubmit={(event) => void send(event)}>
+        <p class="soft">Each of them gets the text in a conversation of their own.</p>
+        <PeoplePicker people={people} setPeople={setPeople} />
+        <textarea
+          rows={3}
+          dir="auto"
+          aria-label="Text to everybody chosen"
+          placeholder="Write a message"
+          value={text}
+          onInput={(event) => setText(event.currentTarget.value)}
+        />
+        <Actions
+          close={close}
+          label={sendLabel("Send", people)}
+          off={!people.length || !text.trim() || busy}
+        />
+      </form>
+    </Dialog>
+  );
+}
+
+interface DeleteProps {
+  cid: UserId;
+  msgids: readonly string[] | "all";
+  close: () => void;
+}
+
+function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
+  const store = useStore();
+  const [busy, setBusy] = useState(false);
+  const all = msgids === "all";
+  const what = all
+    ? `The whole conversation with ${cid.nick}`
+    : msgids.length === 1
+      ? "This message"
+      : `${msgids.length} messages`;
+  const remove = async (event: Event) => {
+    event.preventDefault();
+    setBusy(true);
+    const done = await store.actions.remove(cid, msgids);
+    setBusy(false);
+    if (!done) return;
+    store.selection.end();
+    if (all) store.closeConversation();
+    close();
+  };
+  return (
+    <Dialog title={all ? "Delete the conversation?" : "Delete?"} close={close}>
+      <form class="dialog-form" onSubmit={(event) => void remove(event)}>
+        <p>{what} will be gone from this device for good. The other side keeps its own copy.</p>
+        <Actions close={close} label="Delete" off={busy} danger />
+      </form>
+    </Dialog>
+  );
+}
+
+function SettingsDialog({ close }: { close: () => void }): JSX.Element {
+  const { translations } = useStore();
+  const enabled = translations.enabled.value;
+  return (
+    <Dialog title="Settings" close={close}>
+      <label class="setting">
+        <span>
+          <b>Translate messages</b>
+          <span class="soft">“Translate” in a message's menu shows its translation below it.</span>
+        </span>
+        <input
+          type="checkbox"
+          role="switch"
+          class="switch"
+          checked={enabled}
+          onChange={(event) => {
+            // The switch shows what the host has, not what was asked for.
+            event.currentTarget.checked = enabled;
+            void translations.setEnabled(!enabled);
+          }}
+        />
+      </label>
+      <p class="problem" role="alert">
+        {translations.problem.value}
+      </p>
+    </Dialog>
+  );
+}
+
+function sendLabel(verb: string, people: readonly UserId[]): string {
+  return people.length > 1 ? `${verb} to ${people.length}` : verb;
+}
+
+interface ActionsProps {
+  close: () => void;
+  label: string;
+  off: boolean;
+  danger?: boolean;
+}
+
+function Actions({ close, label, off, danger }: ActionsProps): JSX.Element {
+  return (
+    <footer class="dialog-actions">
+      <button type="button" class="button" onClick={close}>
+        Cancel
+      </button>
+      <button type="submit" class={danger ? "button danger" : "button primary"} disabled={off}>
+        {label}
+      </button>
+    </footer>
+  );
+}

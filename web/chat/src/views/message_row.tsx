@@ -1,0 +1,81 @@
+import type { Message } from "@imsdkbridge/client";
+import type { JSX } from "preact";
+import { useLayoutEffect, useRef } from "preact/hooks";
+import { sameUser } from "../store/users.ts";
+import { noteOf } from "../text/note.ts";
+import { timeOf, type Row } from "../text/rows.ts";
+import { clockTime, dayName, fullTime } from "../text/time.ts";
+import { useStore } from "./context.ts";
+import { MessageBubble } from "./message_bubble.tsx";
+import type { MenuWish } from "./message_menu.tsx";
+import { useMenuGestures } from "./use_menu_gestures.ts";
+
+interface MessageRowProps {
+  row: Row;
+  /** Whether it was just jumped to. */
+  marked: boolean;
+  /** Whether the keyboard's focus is to be on it. */
+  focused: boolean;
+  openMenu: (wish: MenuWish) => void;
+}
+
+/** One row of the list: a message in its bubble or as a note, and the day that begins with it. */
+export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps): JSX.Element {
+  const { message, newDay, first, last } = row;
+  const store = useStore();
+  const element = useRef<HTMLElement>(null);
+  const mine = sameUser(message.fromid, store.session.me.value);
+  const note = noteOf(message, mine);
+  const open = (x: number, y: number) => openMenu({ message, mine, x, y, from: element.current });
+  const gestures = useMenuGestures(open);
+  const selecting = store.selection.active.value;
+  const chosen = store.selection.chosen.value.has(message.msgid);
+  const toggle = () => store.selection.toggle(message);
+
+  useLayoutEffect(() => {
+    if (focused) element.current?.focus({ preventScroll: true });
+  }, [focused]);
+
+  const classes = [
+    note === undefined ? "message" : "note-message",
+    mine ? "mine" : "theirs",
+    first && "first",
+    last && "last",
+    marked && "marked",
+    selecting && "selecting",
+  ];
+  return (
+    <>
+      {newDay && (
+        <div class="day" role="separator">
+          <span>{dayName(timeOf(message), new Date())}</span>
+        </div>
+      )}
+      <article
+        class={classes.filter(Boolean).join(" ")}
+        data-msgid={message.msgid}
+        aria-label={labelOf(message, mine)}
+        tabIndex={-1}
+        ref={element}
+        {...gestures}
+      >
+        {selecting && (
+          <label class="choice">
+            <input type="checkbox" aria-label="Select" checked={chosen} onChange={toggle} />
+          </label>
+        )}
+        {note === undefined ? (
+          <MessageBubble message={message} mine={mine} openMenu={open} />
+        ) : (
+          <p class="note" title={fullTime(timeOf(message))}>
+            {note}
+          </p>
+        )}
+      </article>
+    </>
+  );
+}
+
+function labelOf(message: Message, mine: boolean): string {
+  return `${mine ? "You" : message.fromid.nick}, ${clockTime(timeOf(message))}`;
+}

@@ -1,0 +1,81 @@
+import type { JSX } from "preact";
+import { useLayoutEffect, useRef } from "preact/hooks";
+import { useStore } from "./context.ts";
+import { Icon } from "./icons.tsx";
+
+/** The search in a conversation. Enter goes to the next older hit, Shift+Enter to the newer one. */
+export function SearchBar(): JSX.Element {
+  const { search: finder } = useStore();
+  const { search, at } = finder;
+  const field = useRef<HTMLInputElement>(null);
+  // What is typed next is meant for the field.
+  useLayoutEffect(() => field.current?.focus(), []);
+  const total = search.total.value;
+  const none = search.status.value === "idle" || total === 0;
+  const onKeyDown = (event: KeyboardEvent) => {
+    if (event.key === "Escape") finder.close();
+    else if (event.key === "Enter" || event.key === "ArrowUp" || event.key === "ArrowDown") {
+      const newer = event.key === "ArrowDown" || (event.key === "Enter" && event.shiftKey);
+      void finder.step(newer ? -1 : 1);
+    } else return;
+    event.preventDefault();
+  };
+  const step = (icon: "previous" | "next", by: 1 | -1, label: string, off: boolean) => (
+    <button
+      type="button"
+      class="icon-button"
+      title={label}
+      aria-label={label}
+      disabled={off}
+      onClick={() => void finder.step(by)}
+    >
+      <Icon name={icon} />
+    </button>
+  );
+  return (
+    <div class="search-bar" role="search">
+      <Icon name="search" />
+      <input
+        ref={field}
+        class="field"
+        aria-label="Search in this conversation"
+        placeholder="Search in this conversation"
+        value={search.query.value}
+        onInput={(event) => finder.setQuery(event.currentTarget.value)}
+        onKeyDown={onKeyDown}
+      />
+      <span class="search-count" role="status">
+        {words()}
+      </span>
+      {search.status.value === "failed" && (
+        <button type="button" class="link-button" onClick={() => void search.retry()}>
+          Try again
+        </button>
+      )}
+      {step("previous", 1, "Older hit", none || at.value >= total - 1)}
+      {step("next", -1, "Newer hit", none || at.value <= 0)}
+      <button
+        type="button"
+        class="icon-button"
+        title="Close the search"
+        aria-label="Close the search"
+        onClick={() => finder.close()}
+      >
+        <Icon name="close" />
+      </button>
+    </div>
+  );
+
+  function words(): string {
+    switch (search.status.value) {
+      case "idle":
+        return "";
+      case "searching":
+        return total > 0 ? `${at.value + 1} of ${total}` : "Searching…";
+      case "failed":
+        return `Not searched: ${search.problem.value}.`;
+      case "ready":
+        return total > 0 ? `${Math.max(at.value + 1, 1)} of ${total}` : "No hits";
+    }
+  }
+}

@@ -1,0 +1,35 @@
+import type { UserId } from "@imsdkbridge/client";
+import type { JSX } from "preact";
+import { useStore } from "./context.ts";
+import { Icon } from "./icons.tsx";
+
+/** What can be done with the chosen messages; stands where the composer is. */
+export function SelectionBar({ cid }: { cid: UserId }): JSX.Element {
+  const store = useStore();
+  const { selection } = store;
+  const count = selection.chosen.value.size;
+  const forward = () => {
+    store.dialog.value = { kind: "forward", messages: selection.inOrder() };
+  };
+  const remove = () => {
+    store.dialog.value = { kind: "delete", cid, msgids: [...selection.chosen.value.keys()] };
+  };
+  return (
+    <div class="selection-bar" role="toolbar" aria-label="Chosen messages">
+      <span class="selection-count" role="status">
+        {count === 1 ? "1 message chosen" : `${count} messages chosen`}
+      </span>
+      {!store.faces.isVirtual(cid) && (
+        <button type="button" class="button" disabled={count === 0} onClick={forward}>
+          <Icon name="forward" /> Forward
+        </button>
+      )}
+      <button type="button" class="button" disabled={count === 0} onClick={remove}>
+        <Icon name="trash" /> Delete
+      </button>
+      <button type="button" class="button" onClick={() => selection.end()}>
+        Cancel
+      </button>
+    </div>
+  );
+}

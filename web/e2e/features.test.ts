@@ -1,0 +1,198 @@
+import assert from "node:assert/strict";
+import { after, afterEach, before, beforeEach, test } from "node:test";
+import type { Browser } from "playwright-core";
+import { Host } from "./host.ts";
+import { ChatPage, eventually, launch } from "./pages.ts";
+
+const host = new Host();
+let browser: Browser;
+let harbor: ChatPage;
+let lighthouse: ChatPage;
+
+before(async () => {
+  const program = { program: "tr", args: ["a-z", "A-Z"], enable: 0 };
+  host.put("translation.json", JSON.stringify(program));
+  await host.start();
+  browser = await launch();
+});
+after(async () => {
+  await browser?.close();
+  await host.remove();
+});
+
+// Two accounts in two windows, each with the other in front.
+beforeEach(async () => {
+  harbor = await ChatPage.signedIn(browser, host.url, "harbor");
+  lighthouse = await ChatPage.signedIn(browser, host.url, "lighthouse");
+  await harbor.openConversation("lighthouse");
+  await lighthouse.openConversation("harbor");
+});
+afterEach(async () => {
+  assert.deepEqual([...harbor.troubles, ...lighthouse.troubles], []);
+  await harbor.close();
+  await lighthouse.close();
+});
+
+const bubble = (chat: ChatPage, text: string) =>
+  chat.page.locator(".message", { has: chat.page.locator(`.text:text-is("${text}")`) }).last();
+
+test("a message is marked read when the peer has seen it, not before", async () => {
+  await lighthouse.setVisible(false);
+  await harbor.send("lighthouse", "seen?");
+  const mark = bubble(harbor, "seen?");
+  await mark.getByLabel("Sent", { exact: true }).waitFor();
+  await lighthouse.badge("harbor").waitFor();
+  assert.equal(await mark.getByLabel("Read").count(), 0);
+  await lighthouse.setVisible(true);
+  await mark.getByLabel("Read").waitFor();
+  await harbor.page.reload();
+  await harbor.row("lighthouse").click();
+  await bubble(harbor, "seen?").getByLabel("Read").waitFor();
+});
+
+test("a message is withdrawn by keyboard, on both sides", async () => {
+  await harbor.send("lighthouse", "slip of the tongue");
+  await bubble(harbor, "slip of the tongue")
+    .getByLabel(/Sent|Read/)
+    .waitFor();
+  await bubble(lighthouse, "slip of the tongue").waitFor();
+  await harbor.page.locator(".messages").focus();
+  const { keyboard } = harbor.page;
+  await keyboard.press("ArrowUp");
+  await keyboard.press("Shift+F10");
+  const chosen = harbor.page.locator("[role=menuitem]:focus");
+  while ((await chosen.textContent()) !== "Withdraw") await keyboard.press("ArrowDown");
+  await keyboard.press("Enter");
+  await harbor.page.locator(".note").getByText("You withdrew a message").last().waitFor();
+  await lighthouse.page.locator(".note").getByText("harbor withdrew a message").last().waitFor();
+  assert.equal(await bubble(lighthouse, "slip of the tongue").count(), 0);
+});
+
+test("forwarded and broadcast messages reach everybody who was chosen", async () => {
+  await lighthouse.send("harbor", "tide table");
+  await bubble(harbor, "tide table").waitFor();
+  await harbor.choose("tide table", "Forward…");
+  const { page } = harbor;
+  for (const nick of ["mariner", "navigator"]) {
+    await page.getByLabel("Find or name somebody").fill(nick);
+    await page.keyboard.press("Enter");
+  }
+  await page.getByRole("button", { name: "Forward to 2" }).click();
+  await page.getByRole("button", { name: "Write to several people" }).click();
+  for (const nick of ["lighthouse", "mariner"]) {
+    await page.getByLabel("Find or name somebody").fill(nick);
+    await page.keyboard.press("Enter");
+  }
+  await page.getByLabel("Text to everybody chosen").fill("all hands");
+  await page.getByRole("button", { name: "Send to 2" }).click();
+  await bubble(lighthouse, "all hands").waitFor();
+  await harbor.openConversation("navigator");
+  await bubble(harbor, "tide table").waitFor();
+  await harbor.openConversation("mariner");
+  await bubble(harbor, "tide table").waitFor();
+  await bubble(harbor, "all hands").waitFor();
+});
+
+test("deleted messages are gone here for good and stay on the other side", async () => {
+  for (const text of ["first to go", "second to go", "to stay"]) {
+    await harbor.send("lighthouse", text);
+    await bubble(lighthouse, text).waitFor();
+  }
+  const { page } = lighthouse;
+  await lighthouse.choose("first to go", "Select");
+  await bubble(lighthouse, "second to go").getByLabel("Select").check();
+  await page.getByRole("toolbar").getByRole("button", { name: "Delete" }).click();
+  await page.getByRole("dialog").getByRole("button", { name: "Delete" }).click();
+  await bubble(lighthouse, "first to go").waitFor({ state: "detached" });
+  await page.reload();
+  await lighthouse.row("harbor").click();
+  await bubble(lighthouse, "to stay").waitFor();
+  const left = (await lighthouse.allMessages()).map(({ text }) => text);
+  assert.ok(left.includes("to stay") && !left.some((text) => text.endsWith("to go")));
+  await bubble(harbor, "second to go").waitFor();
+});
+
+test("search finds in the conversation and everywhere, and jumps to the message", async () => {
+  await harbor.send("lighthouse", "the needle in the hay");
+  await bubble(lighthouse, "the needle in the hay").waitFor();
+  await harbor.sendEntries("harbor", "lighthouse", 120);
+  await bubble(lighthouse, "entry 119").waitFor();
+  const { page } = lighthouse;
+  await page.reload();
+  await lighthouse.row("harbor").click();
+  await bubble(lighthouse, "entry 119").waitFor();
+  await page.keyboard.press("Control+f");
+  await page.keyboard.type("NEEDL");
+  await page.getByText("1 of 1", { exact: true }).waitFor();
+  const hit = lighthouse.page.locator(".message.marked", { hasText: "the needle in the hay" });
+  await hit.waitFor();
+  assert.equal(await hit.locator("mark").textContent(), "needl");
+  await page.keyboard.press("Escape");
+  await page.getByRole("button", { name: "To the newest message" }).click();
+  await bubble(lighthouse, "entry 119").waitFor();
+
+  await lighthouse.openConversation("mariner");
+  await page.keyboard.press("Control+k");
+  await page.keyboard.type("needle hay");
+  await page.getByText("1 found").waitFor();
+  await page.locator(".result").click();
+  await hit.waitFor();
+  assert.equal(await page.locator(".bar h2").textContent(), "harbor");
+});
+
+test("typing and shaking are seen in the other window", async () => {
+  await harbor.composer("lighthouse").pressSequentially("half a sen");
+  await lighthouse.page.locator(".bar").getByText("harbor is typing…").waitFor();
+  await harbor.send("lighthouse", "half a sentence");
+  await lighthouse.page.getByText("harbor is typing…").waitFor({ state: "detached" });
+  await harbor.page.getByRole("button", { name: "Shake the window" }).click();
+  await lighthouse.page.locator(".chat.shaking").waitFor();
+  await lighthouse.page.locator(".note").getByText("harbor shook your window").last().waitFor();
+  await harbor.page.locator(".note").getByText("You shook the window").last().waitFor();
+  assert.equal(await harbor.page.locator(".chat.shaking").count(), 0);
+  assert.ok(await harbor.page.getByRole("button", { name: "Shake the window" }).isDisabled());
+});
+
+test("a pasted picture is previewed, sent, shown and opened; emotions become pictures", async () => {
+  await harbor.composer("lighthouse").evaluate(async (field) => {
+    const canvas = new OffscreenCanvas(40, 30);
+    canvas.getContext("2d")!.fillRect(0, 0, 20, 20);
+    const clipboardData = new DataTransfer();
+    const blob = await canvas.convertToBlob();
+    clipboardData.items.add(new File([blob], "drawing.png", { type: "image/png" }));
+    field.dispatchEvent(new ClipboardEvent("paste", { clipboardData, bubbles: true }));
+  });
+  await harbor.page.getByAltText("Preview of drawing.png").waitFor();
+  await harbor.send("lighthouse", "look /:smile there");
+  await harbor.page.locator(".attachment").waitFor({ state: "detached" });
+  const picture = lighthouse.page.locator(".message.theirs .picture").last();
+  const width = () => picture.evaluate((image) => (image as HTMLImageElement).naturalWidth);
+  await picture.waitFor();
+  await eventually(async () => (await width()) === 40, "the picture itself");
+  await picture.click();
+  const viewer = lighthouse.page.getByRole("dialog", { name: "Picture" });
+  await viewer.getByAltText(/^Picture from harbor/).waitFor();
+  await lighthouse.page.keyboard.press("Escape");
+  await viewer.waitFor({ state: "detached" });
+  const smile = lighthouse.page.getByAltText("/:smile").last();
+  await smile.waitFor();
+  await eventually(
+    () => smile.evaluate((image) => (image as HTMLImageElement).naturalWidth > 0),
+    "the emotion's drawing",
+  );
+});
+
+test("a translation stands under its message, once translation is switched on", async () => {
+  await harbor.send("lighthouse", "how deep is it");
+  await bubble(lighthouse, "how deep is it").waitFor();
+  const { page } = lighthouse;
+  await lighthouse.choose("how deep is it", "Translate");
+  const line = page.locator(".message", { hasText: "how deep is it" }).locator(".translation");
+  await line.getByText("Translation is off").waitFor();
+  await page.getByRole("button", { name: "Settings" }).click();
+  await page.getByRole("switch", { name: "Translate messages" }).click();
+  await page.locator(".switch:checked").waitFor();
+  await page.keyboard.press("Escape");
+  await lighthouse.choose("how deep is it", "Translate");
+  await line.getByText("HOW DEEP IS IT").waitFor();
+});
