@@ -59,7 +59,6 @@ class Conversation final : public RefPtrCounted<biz::IIMConversation> {
          std::decay_t<Results>{}...);
     return true;
   }
-  void Delete(std::function<Removed(MessageStore&)> remove, biz::IMCountCallback done);
 
   const AccountParts account_;
   const ChatKey key_;

@@ -3,6 +3,35 @@
 
 namespace imsdk::account {
 
+namespace {
+
+using RemovedCallback = std::function<void(const biz::ResultCode&, const Removed&)>;
+
+void Delete(const std::shared_ptr<AccountState>& state, const ChatKey& key,
+            std::function<Removed(MessageStore&)> remove, RemovedCallback done) {
+  Change<Removed>(
+      state, std::move(done),
+      [remove = std::move(remove)](AccountState& here) { return remove(here.store); },
+      [key](AccountState& here, const Removed& removed) {
+        here.chat.Remove(key, removed.unread, removed.newest);
+      });
+}
+
+// Part by part, each a task of its own, so that a long conversation does not keep others waiting.
+void DeleteUpTo(const std::shared_ptr<AccountState>& state, const ChatKey& key,
+                const Position& upto, std::int32_t before, biz::IMCountCallback done) {
+  Delete(
+      state, key, [key, upto](MessageStore& store) { return store.DeleteNext(key, upto); },
+      [state, key, upto, before, done = std::move(done)](const biz::ResultCode& result,
+                                                         const Removed& removed) {
+        const std::int32_t count = before + removed.count;
+        if (!result.ok() || removed.count < kDeletedAtOnce) return done(result, count);
+        DeleteUpTo(state, key, upto, count, done);
+      });
+}
+
+}  // namespace
+
 void Conversation::GetLocalHisMsg(const biz::IMPageRequest& request, biz::IMPageCallback done) {
   if (request.autoroam && !key_.is_virtual()) {
     return OnWorker(
@@ -75,24 +104,24 @@ void Conversation::GetMsgPicture(const biz::IMPictureRequest& request,
 
 void Conversation::DeleteLocalMsg(const std::vector<std::int64_t>& msgids,
                                   biz::IMCountCallback done) {
-  Delete([key = key_, msgids](MessageStore& store) { return store.Delete(key, msgids); },
-         std::move(done));
+  Delete(
+      state(), key_,
+      [key = key_, msgids](MessageStore& store) { return store.Delete(key, msgids); },
+      [done = std::move(done)](const biz::ResultCode& result, const Removed& removed) {
+        done(result, removed.count);
+      });
 }
 
 void Conversation::DeleteAllLocalMsg(biz::IMCountCallback done) {
-  Delete([key = key_](MessageStore& store) { return store.DeleteAll(key); }, std::move(done));
-}
-
-void Conversation::Delete(std::function<Removed(MessageStore&)> remove, biz::IMCountCallback done) {
-  Change<Removed>(
+  Change<Position>(
       state(),
-      [done = std::move(done)](const biz::ResultCode& result, const Removed& removed) {
-        done(result, removed.count);
+      [state = state(), key = key_, done = std::move(done)](const biz::ResultCode& result,
+                                                            const Position& upto) {
+        if (!result.ok()) return done(result, 0);
+        DeleteUpTo(state, key, upto, 0, done);
       },
-      [remove = std::move(remove)](AccountState& here) { return remove(here.store); },
-      [key = key_](AccountState& here, const Removed& removed) {
-        here.chat.Remove(key, removed.unread, removed.newest);
-      });
+      [key = key_](AccountState& here) { return here.store.BeginDeleteAll(key); },
+      [](AccountState&, const Position&) {});
 }
 
 }  // namespace imsdk::account

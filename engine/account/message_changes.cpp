@@ -107,30 +107,34 @@ Removed MessageStore::Delete(const ChatKey& key, const std::vector<std::int64_t>
   return removed;
 }
 
-Removed MessageStore::DeleteAll(const ChatKey& key) {
+Position MessageStore::BeginDeleteAll(const ChatKey& key) {
   const std::int64_t conversation = conversations_.Find(key);
-  Removed removed;
-  {
-    auto row = database().Prepare(
-        "SELECT msgtime, msgid, arrival FROM messages INDEXED BY messages_unread "
-        "WHERE conversation=? AND readflag=0 AND msgstatus=3",
-        conversation);
-    while (row.Step()) {
-      removed.unread.push_back({{row.Int64(0), row.Int64(1)}, row.Int64(2)});
-    }
-  }
-  conversations_.SetDeletedUpTo(
-      conversation, std::max(conversations_.DeletedUpTo(conversation), NewestOf(conversation)));
+  const Position newest = NewestOf(conversation);
+  conversations_.SetDeletedUpTo(conversation,
+                                std::max(conversations_.DeletedUpTo(conversation), newest));
   database()
       .Prepare(
           "INSERT OR IGNORE INTO deleted(msgid, conversation) SELECT msgid, conversation "
           "FROM messages WHERE conversation=? AND msgstatus<>0 ORDER BY place DESC LIMIT ?",
           conversation, kRemembered)
       .Run();
-  database()
-      .Prepare("DELETE FROM messages WHERE conversation=? AND msgstatus<>0", conversation)
-      .Run();
-  removed.count = static_cast<std::int32_t>(database().Changes());
+  return newest;
+}
+
+Removed MessageStore::DeleteNext(const ChatKey& key, const Position& upto) {
+  const std::int64_t conversation = conversations_.Find(key);
+  Removed removed;
+  {
+    auto row = database().Prepare(
+        "DELETE FROM messages WHERE place IN (SELECT place FROM messages "
+        "WHERE conversation=? AND msgstatus<>0 AND place<? ORDER BY place DESC LIMIT ?) "
+        "RETURNING msgtime, msgid, arrival, readflag=0 AND msgstatus=3",
+        conversation, places_.FirstAfter(upto), std::int64_t{kDeletedAtOnce});
+    while (row.Step()) {
+      ++removed.count;
+      if (row.Bool(3)) removed.unread.push_back({{row.Int64(0), row.Int64(1)}, row.Int64(2)});
+    }
+  }
   removed.newest = NewestOf(conversation);
   return removed;
 }

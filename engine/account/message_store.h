@@ -38,6 +38,9 @@ struct Withdrawn {
   std::vector<NoLongerUnread> unread;
 };
 
+// Each message costs the full-text index some work, and others wait for the store meanwhile.
+inline constexpr std::int32_t kDeletedAtOnce = 100;
+
 // What a deletion did; `ChatState::Remove` takes it.
 struct Removed {
   std::int32_t count = 0;
@@ -80,7 +83,10 @@ class MessageStore {
   std::optional<Withdrawn> Withdraw(const biz::IMUserID& cid, std::int64_t msgid);
   // Removes messages for good; what is still being sent and what is unknown is passed over.
   Removed Delete(const ChatKey& key, const std::vector<std::int64_t>& msgids);
-  Removed DeleteAll(const ChatKey& key);
+  // Begins the deletion of all messages: roaming brings none of them back. Returns the newest one's
+  // position; `DeleteNext` takes from there until it removes fewer than `kDeletedAtOnce`.
+  Position BeginDeleteAll(const ChatKey& key);
+  Removed DeleteNext(const ChatKey& key, const Position& upto);
 
   // The peer has read messages of the account. Returns those whose flag changed.
   std::vector<biz::IMFlagMsgReaded> SetPeerRead(const biz::IMUserID& cid,

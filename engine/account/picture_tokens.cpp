@@ -10,11 +10,14 @@ std::vector<std::wstring_view> PicturePaths(std::wstring_view body) {
     const auto start = body.find(kPicture);
     if (start == body.npos) return paths;
     body.remove_prefix(start + kPicture.size());
-    const std::wstring_view token = body.substr(0, body.find_first_of(L" \t\n\v\f\r"));
-    const auto path = token.find(kPath);
-    if (path == token.npos) continue;
-    const std::wstring_view value = token.substr(path + kPath.size());
-    paths.push_back(value.substr(0, value.find(L'&')));
+    // Each letter is looked at once or twice, however many tokens only begin.
+    const auto digest = body.find_first_of(L"?| \t\n\v\f\r");
+    if (digest == body.npos) return paths;
+    body.remove_prefix(digest);
+    if (!body.starts_with(kPath)) continue;
+    body.remove_prefix(kPath.size());
+    paths.push_back(body.substr(0, body.find_first_of(L"& \t\n\v\f\r")));
+    body.remove_prefix(paths.back().size());
   }
 }
 

@@ -58,7 +58,8 @@ TEST_F(ChangesTest, DeletedMessagesStayAway) {
   EXPECT_FALSE(store_.AddSynced(Received(kPeer, 200, 2), Synced::kRoamed));
   EXPECT_TRUE(store_.AddIncoming(Received(User(L"other"), 500, 5))) << "another conversation's";
 
-  removed = store_.DeleteAll(kPeer);
+  const Position upto = store_.BeginDeleteAll(kPeer);
+  removed = store_.DeleteNext(kPeer, upto);
   EXPECT_EQ(removed.count, 4);
   EXPECT_EQ(removed.unread.size(), 3U);
   EXPECT_EQ(All(), Found{7}) << "still being sent";

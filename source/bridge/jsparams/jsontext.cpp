@@ -10,7 +10,7 @@ namespace {
 constexpr bool kUtf16 = sizeof(wchar_t) == 2;
 
 constexpr std::size_t kFirstRoom = 512;
-constexpr std::size_t kMostKept = 256 * 1024;  // characters of a buffer that waits for its next use
+constexpr std::size_t kMostKept = 262'144;  // characters of a buffer that waits for its next use
 constexpr std::size_t kMostDigits = 20;        // of a 64-bit value, the sign included
 
 bool IsPlain(wchar_t c) {
