@@ -23,6 +23,23 @@ biz::IMBodyItem Item(biz::IMMsgType type, const std::wstring& value,
 
 const std::string kPng = "\x89PNG\r\n\x1a\n....";
 
+TEST(Body, PictureTokensAreEscapedPartByPart) {
+  const struct {
+    account::KeptFile picture;
+    const wchar_t* token;
+  } cases[] = {
+      {{L"a.png", L"", L""}, L"pic:impicture|?filepath=a.png"},
+      {{L"", L"", L""}, L"pic:impicture|?filepath="},
+      {{L"a.png", L"0af", L""}, L"pic:impicture|0af?filepath=a.png&fileMD5=0af"},
+      {{L"a.png", L"", L"png"}, L"pic:impicture|?filepath=a.png&filetype=png"},
+      {{L"C:\\my pics\\\u4F60 & \U0001F600?.png", L"a b", L"p=g"},
+       L"pic:impicture|a b?filepath=C%3A%5Cmy%20pics%5C%E4%BD%A0%20%26%20%F0%9F%98%80%3F.png"
+       L"&fileMD5=a%20b&filetype=p%3Dg"},
+      {{L"50%+1/#'()*!~.png", L"", L""}, L"pic:impicture|?filepath=50%25%2B1%2F%23'()*!~.png"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(account::PictureToken(c.picture), c.token);
+}
+
 TEST(Body, ItemsAndTheirTokens) {
   TempFolder folder;
   const FileBox files(folder.path(), "files/harbor");
