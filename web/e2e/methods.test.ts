@@ -58,6 +58,9 @@ function user(nick: string): { appkey: string; nick: string } {
 
 const cid = user("lighthouse");
 const text = [{ type: 0, value: "from every method" }];
+// A PNG of two by two pixels.
+const redAndGreen =
+  "iVBORw0KGgoAAAANSUhEUgAAAAIAAAACCAIAAAD91JpzAAAADklEQVR4nGP4z8DAAMcAG/ID/SpEOUgAAAAASUVORK5CYII=";
 // The good requests; those with `sent` name a message that was sent just before.
 const single: [method: string, request: (sent: Sent) => object, keys?: string[]][] = [
   ["GetNewMsg", () => ({ cid, count: 5 }), ["outofcache", "msgs"]],
@@ -160,10 +163,20 @@ test("every method of single chat answers good requests with its keys, and bad o
   const emotion = await call(chat, "im.singlemsg", "ConvertMsgText2Emotion", { value: "/:smile" });
   assert.match(String(emotion.envelope["value"]), /^pic:imemotion\|ID\?filepath=.*smile/);
 
-  // What no host can serve without more: the answer says why.
-  const picture = { cids: [cid], filepath: "files/none.png", fileMD5: "" };
-  const edited = await call(chat, "im.singlemsg", "EditPic2SendMsg", picture);
-  assert.equal(edited.envelope["result"], "EditImage failed!");
+  const picture = await send([{ type: 1, filecontent: redAndGreen }]);
+  const found = await call(chat, "im.singlemsg", "SearchMsgByID", { cid, msgid: picture.msgid });
+  const body = (found.envelope["msgs"] as { msgbody: string }[])[0]!.msgbody;
+  const filepath = decodeURIComponent(/filepath=([^&]*)/.exec(body)![1]!);
+  for (const [path, result] of [
+    [filepath, "success"],
+    ["files/none.png", "EditImage failed!"],
+    ["server/server.db", "EditImage failed!"],
+  ]) {
+    const request = { cids: [cid], filepath: path, fileMD5: "" };
+    const edited = await call(chat, "im.singlemsg", "EditPic2SendMsg", request);
+    assert.equal(edited.envelope["result"], result);
+  }
+
   for (const method of ["ReSendChatMsg", "FastReSendChatMsg"]) {
     const resent = await call(chat, "im.singlemsg", method, { cid, msgid: "1" });
     assert.equal(resent.envelope["result"], "failed", method);
