@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "account/conversation.h"
 #include "account/on_worker.h"
 
@@ -18,15 +20,20 @@ void Delete(const std::shared_ptr<AccountState>& state, const ChatKey& key,
 }
 
 // Part by part, each a task of its own, so that a long conversation does not keep others waiting.
-void DeleteUpTo(const std::shared_ptr<AccountState>& state, const ChatKey& key,
-                const Position& upto, std::int32_t before, biz::IMCountCallback done) {
+// Every part goes on where the one before it ended: what comes meanwhile stays.
+void DeleteAllFrom(const std::shared_ptr<AccountState>& state, const ChatKey& key,
+                   const std::optional<Position>& from, std::int32_t before,
+                   biz::IMCountCallback done) {
   Delete(
-      state, key, [key, upto](MessageStore& store) { return store.DeleteNext(key, upto); },
-      [state, key, upto, before, done = std::move(done)](const biz::ResultCode& result,
-                                                         const Removed& removed) {
+      state, key,
+      [key, from](MessageStore& store) {
+        return store.DeleteNext(key, from ? *from : store.BeginDeleteAll(key));
+      },
+      [state, key, before, done = std::move(done)](const biz::ResultCode& result,
+                                                   const Removed& removed) {
         const std::int32_t count = before + removed.count;
         if (!result.ok() || removed.count < kDeletedAtOnce) return done(result, count);
-        DeleteUpTo(state, key, upto, count, done);
+        DeleteAllFrom(state, key, removed.oldest, count, done);
       });
 }
 
@@ -89,6 +96,7 @@ void Conversation::SearchMsgByID(std::int64_t msgid, biz::IMPageCallback done) {
 }
 
 void Conversation::SearchMsg(const biz::IMSearchRequest& request, biz::IMSearchCallback done) {
+  if (const auto why = CheckSearch(request); !why.ok()) return done(why, {});
   Query<biz::IMSearchPage>(state(), std::move(done), [key = key_, request](AccountState& here) {
     return here.store.search().Search(key, request);
   });
@@ -113,15 +121,7 @@ void Conversation::DeleteLocalMsg(const std::vector<std::int64_t>& msgids,
 }
 
 void Conversation::DeleteAllLocalMsg(biz::IMCountCallback done) {
-  Change<Position>(
-      state(),
-      [state = state(), key = key_, done = std::move(done)](const biz::ResultCode& result,
-                                                            const Position& upto) {
-        if (!result.ok()) return done(result, 0);
-        DeleteUpTo(state, key, upto, 0, done);
-      },
-      [key = key_](AccountState& here) { return here.store.BeginDeleteAll(key); },
-      [](AccountState&, const Position&) {});
+  DeleteAllFrom(state(), key_, {}, 0, std::move(done));
 }
 
 }  // namespace imsdk::account

@@ -39,7 +39,7 @@ class ConversationTable {
   // Never moves it back.
   void RaiseReadBoundary(std::int64_t conversation, const Position& to);
 
-  // The newest message that `MessageStore::DeleteAll` took away.
+  // The newest message that `MessageStore::BeginDeleteAll` gave up.
   Position DeletedUpTo(std::int64_t conversation);
   void SetDeletedUpTo(std::int64_t conversation, const Position& to);
 

@@ -131,8 +131,9 @@ Removed MessageStore::DeleteNext(const ChatKey& key, const Position& upto) {
         "RETURNING msgtime, msgid, arrival, readflag=0 AND msgstatus=3",
         conversation, places_.FirstAfter(upto), std::int64_t{kDeletedAtOnce});
     while (row.Step()) {
-      ++removed.count;
-      if (row.Bool(3)) removed.unread.push_back({{row.Int64(0), row.Int64(1)}, row.Int64(2)});
+      const Position position{row.Int64(0), row.Int64(1)};
+      if (removed.count++ == 0 || position < removed.oldest) removed.oldest = position;
+      if (row.Bool(3)) removed.unread.push_back({position, row.Int64(2)});
     }
   }
   removed.newest = NewestOf(conversation);

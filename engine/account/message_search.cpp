@@ -15,7 +15,10 @@ namespace {
 
 constexpr std::int32_t kDefaultCount = 20;
 constexpr std::int32_t kMostCount = 1000;
-constexpr std::size_t kMostUnits = 256;
+
+// Each word, each letter of an unparted script and each kind is a reader of the index of its own.
+constexpr std::size_t kMostLetters = 1024;  // of all keywords together
+constexpr std::size_t kMostTypes = 64;
 
 std::int32_t CountOf(std::int32_t count) {
   return count > 0 ? std::min(count, kMostCount) : kDefaultCount;
@@ -30,12 +33,10 @@ std::string InConversation(std::int64_t conversation) {
 std::optional<std::string> Expression(const biz::IMSearchRequest& request,
                                       const std::string& where) {
   std::string expression;
-  std::size_t units = 0;
   for (const std::wstring& wide : request.keywords) {
     const std::string keyword = base::WideToUTF8(wide);
     const KeywordUnits has = UnitsOf(keyword);
-    units += has.count;
-    if (has.count == 0 || units > kMostUnits) return std::nullopt;
+    if (has.count == 0) return std::nullopt;
     expression += "body : \"";
     for (const char letter : keyword) {
       if (letter == '"') expression += '"';
@@ -56,6 +57,13 @@ std::optional<std::string> Expression(const biz::IMSearchRequest& request,
 }
 
 }  // namespace
+
+biz::ResultCode CheckSearch(const biz::IMSearchRequest& request) {
+  std::size_t letters = 0;
+  for (const std::wstring& keyword : request.keywords) letters += keyword.size();
+  if (letters <= kMostLetters && request.msgtypes.size() <= kMostTypes) return {};
+  return {biz::kEngineTooLarge, 0, L"the search asks for too much at once"};
+}
 
 PlaceRange MessageSearch::CompletePart(const ChatKey& key, bool ignore_boundary) {
   PlaceRange range;

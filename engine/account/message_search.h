@@ -14,8 +14,11 @@
 
 namespace imsdk::account {
 
+// Refuses with `kEngineTooLarge` what would cost a search too much. Any thread.
+biz::ResultCode CheckSearch(const biz::IMSearchRequest& request);
+
 // Used on the account's worker only. Every function may throw `sqlite::Error`. Keywords are plain
-// text without a syntax; over 256 words or letters of unparted scripts in one request fit nothing.
+// text without a syntax. Requests have passed `CheckSearch`.
 class MessageSearch {
  public:
   MessageSearch(LazyStore& store, ConversationTable& conversations, MessagePlaces& places,

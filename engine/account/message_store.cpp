@@ -12,6 +12,8 @@ namespace {
 // What a request for history gets that names no count, and the most that any gets.
 constexpr std::int32_t kDefaultCount = 20;
 constexpr std::int32_t kMostCount = 1000;
+// A page ends early, after the message that goes beyond this many characters.
+constexpr std::size_t kMostText = 4 * 1024 * 1024;
 
 }  // namespace
 
@@ -107,12 +109,14 @@ biz::IMMessagePage MessageStore::Page(const ChatKey& key, const biz::IMPageReque
                                         conversation, range.first, range.last, limit);
   biz::IMMessagePage page;
   page.outofcache = true;
+  std::size_t text = 0;
   while (row.Step()) {
-    if (page.msgs.size() == static_cast<std::size_t>(count)) {
+    if (page.msgs.size() == static_cast<std::size_t>(count) || text > kMostText) {
       page.outofcache = false;
       break;
     }
     page.msgs.push_back(ReadMessage(row, self_));
+    text += page.msgs.back().msgbody.size();
   }
   if (older) std::reverse(page.msgs.begin(), page.msgs.end());
   return page;

@@ -46,6 +46,7 @@ struct Removed {
   std::int32_t count = 0;
   std::vector<NoLongerUnread> unread;
   Position newest;  // of what is left; the end when nothing is
+  Position oldest;  // of what `DeleteNext` removed
 };
 
 // Used on the account's worker only. Every function may throw `sqlite::Error`. Those that change
@@ -84,7 +85,8 @@ class MessageStore {
   // Removes messages for good; what is still being sent and what is unknown is passed over.
   Removed Delete(const ChatKey& key, const std::vector<std::int64_t>& msgids);
   // Begins the deletion of all messages: roaming brings none of them back. Returns the newest one's
-  // position; `DeleteNext` takes from there until it removes fewer than `kDeletedAtOnce`.
+  // position; `DeleteNext` takes what is not newer, then what is not newer than the oldest one it
+  // removed, until it removes fewer than `kDeletedAtOnce`.
   Position BeginDeleteAll(const ChatKey& key);
   Removed DeleteNext(const ChatKey& key, const Position& upto);
 

@@ -13,9 +13,8 @@ std::vector<std::wstring_view> PicturePaths(std::wstring_view body) {
     // Each letter is looked at once or twice, however many tokens only begin.
     const auto digest = body.find_first_of(L"?| \t\n\v\f\r");
     if (digest == body.npos) return paths;
-    body.remove_prefix(digest);
-    if (!body.starts_with(kPath)) continue;
-    body.remove_prefix(kPath.size());
+    if (!body.substr(digest).starts_with(kPath)) continue;
+    body.remove_prefix(digest + kPath.size());
     paths.push_back(body.substr(0, body.find_first_of(L"& \t\n\v\f\r")));
     body.remove_prefix(paths.back().size());
   }

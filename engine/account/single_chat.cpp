@@ -28,6 +28,7 @@ std::vector<biz::IMUnreadCount> SingleChatMgr::GetConversations() {
 }
 
 void SingleChatMgr::SearchMsg(const biz::IMSearchRequest& request, biz::IMSearchCallback done) {
+  if (const auto why = CheckSearch(request); !why.ok()) return done(why, {});
   Query<biz::IMSearchPage>(account_.state, std::move(done), [request](AccountState& here) {
     return here.store.search().SearchAll(request);
   });
@@ -35,6 +36,7 @@ void SingleChatMgr::SearchMsg(const biz::IMSearchRequest& request, biz::IMSearch
 
 void SingleChatMgr::SearchConversations(const biz::IMSearchRequest& request,
                                         biz::IMUsersCallback done) {
+  if (const auto why = CheckSearch(request); !why.ok()) return done(why, {});
   Query<std::vector<biz::IMUserID>>(account_.state, std::move(done), [request](AccountState& here) {
     return here.store.search().Conversations(request);
   });

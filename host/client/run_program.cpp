@@ -70,7 +70,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// Starts the program in a process group of its own. Returns 0 or the system's error.
+// Starts the program in a process group of its own, with none of the host's sockets and files and
+// with the usual answer to a broken pipe. Returns 0 or the system's error.
 int Spawn(std::vector<std::string> command, const File& in, const File& out, pid_t* child) {
   posix_spawn_file_actions_t files;
   posix_spawnattr_t attributes;
@@ -78,7 +79,12 @@ int Spawn(std::vector<std::string> command, const File& in, const File& out, pid
   ::posix_spawnattr_init(&attributes);
   ::posix_spawn_file_actions_adddup2(&files, in.get(), STDIN_FILENO);
   ::posix_spawn_file_actions_adddup2(&files, out.get(), STDOUT_FILENO);
-  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+  ::posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
+  sigset_t usual;
+  ::sigemptyset(&usual);
+  ::sigaddset(&usual, SIGPIPE);
+  ::posix_spawnattr_setsigdefault(&attributes, &usual);
+  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
   std::vector<std::string> environment = Utf8Environment();
   const int failure = ::posix_spawnp(child, command.front().c_str(), &files, &attributes,
                                      Pointers(command).data(), Pointers(environment).data());

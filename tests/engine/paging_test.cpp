@@ -79,6 +79,27 @@ TEST_F(PagingTest, PagesStopAtTheBoundary) {
   EXPECT_EQ(store_.Page(system, {}).msgs.size(), 1U) << "another conversation, and whole";
 }
 
+TEST_F(PagingTest, APageOfLongMessagesEndsEarly) {
+  const std::wstring body(3 * 1024 * 1024, L' ');
+  for (const std::int64_t id : {1, 2, 3}) store_.AddIncoming(Received(kPeer, 100, id, body));
+  using Ids = std::vector<std::int64_t>;
+  const struct {
+    biz::IMPageRequest request;
+    Ids ids;
+    bool end;
+  } cases[] = {
+      {{}, {2, 3}, false},
+      {{.msgtime = 100, .msgid = 2, .gohistory = true}, {1}, true},
+      {{.msgtime = 99}, {1, 2}, false},
+      {{.msgtime = 100, .msgid = 1}, {2, 3}, true},
+  };
+  for (const auto& one : cases) {
+    const auto page = store_.Page(kPeer, one.request);
+    EXPECT_EQ(test::Ids(page.msgs), one.ids);
+    EXPECT_EQ(page.outofcache, one.end);
+  }
+}
+
 TEST_F(PagingTest, ALargeStoreAnswersAtOnce) {
   constexpr int kMessages = 100'000;
   {

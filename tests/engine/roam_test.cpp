@@ -187,6 +187,19 @@ TEST_F(RoamTest, BoundariesRangesAndDeletions) {
   const auto who = Answer<std::vector<biz::IMUserID>>(
       [&](auto done) { chats->SearchConversations(words, done); });
   EXPECT_EQ(who.second, std::vector<biz::IMUserID>{kMariner});
+  for (const bool kinds : {false, true}) {
+    biz::IMSearchRequest much;
+    kinds ? much.msgtypes.resize(100'000) : much.keywords.resize(100'000, L"42");
+    const auto asked = [&](auto& where) {
+      return Answer<biz::IMSearchPage>([&](auto done) { where.SearchMsg(much, done); }).first.code;
+    };
+    EXPECT_EQ(asked(*chat_), biz::kEngineTooLarge);
+    EXPECT_EQ(asked(*chats), biz::kEngineTooLarge);
+    EXPECT_EQ(Answer<std::vector<biz::IMUserID>>([&](auto done) {
+                chats->SearchConversations(much, done);
+              }).first.code,
+              biz::kEngineTooLarge);
+  }
   EXPECT_TRUE(Done([&](auto done) { chat_->ClearRoamedTime(done); }).ok());
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), Range(kCount, kCount));
   EXPECT_EQ(Roam({.count = 50}).affectcount, 0);

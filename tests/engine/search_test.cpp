@@ -89,7 +89,7 @@ TEST_F(SearchTest, ScriptsTokensAndSyntax) {
       {{L"\""}, {}},
       {{L""}, {}},
       {{L"harbour", L"*"}, {}},
-      {std::vector<std::wstring>(300, L"harbour"), {}},
+      {std::vector<std::wstring>(300, L"harbour"), {1, 13}},
   };
   for (const auto& one : cases) {
     EXPECT_EQ(Find(one.keywords), one.ids) << base::WideToUTF8(one.keywords.front());
@@ -184,7 +184,11 @@ TEST_F(SearchTest, ThePicturesOfAConversation) {
   store_.AddIncoming(Received(kPeer, 100, 1, token(L"a")));
   store_.AddIncoming(Received(kPeer, 100, 2, L"no picture: pic:imemotion|ID?filepath=b.gif"));
   store_.AddIncoming(Received(kPeer, 200, 3, token(L"c") + L" and " + token(L"d")));
-  store_.AddIncoming(Received(kPeer, 200, 4, token(L"e") + L"\n" + token(L"f")));
+  // Tokens that only begin must not cost a look at the rest of the body each.
+  std::wstring begun;
+  while (begun.size() < 1'000'000) begun += L"pic:impicture|";
+  store_.AddIncoming(
+      Received(kPeer, 200, 4, token(L"e") + L"\n" + begun + token(L"f") + L" pic:impicture|m"));
   store_.AddIncoming(Received(User(L"other"), 200, 4, token(L"g")));
   const auto pictures = [this](const biz::IMPictureRequest& request) {
     std::wstring ids;

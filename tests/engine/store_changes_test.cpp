@@ -61,6 +61,7 @@ TEST_F(ChangesTest, DeletedMessagesStayAway) {
   const Position upto = store_.BeginDeleteAll(kPeer);
   removed = store_.DeleteNext(kPeer, upto);
   EXPECT_EQ(removed.count, 4);
+  EXPECT_EQ(removed.oldest, (Position{100, 1}));
   EXPECT_EQ(removed.unread.size(), 3U);
   EXPECT_EQ(All(), Found{7}) << "still being sent";
   EXPECT_EQ(Find({L"text"}), Found{7});
@@ -70,6 +71,7 @@ TEST_F(ChangesTest, DeletedMessagesStayAway) {
   EXPECT_TRUE(store_.AddIncoming(Received(kPeer, 650, 8))) << "new, by a clock that is behind";
   EXPECT_TRUE(store_.AddSynced(Sent(kPeer, 640, 9), Synced::kLive));
   EXPECT_TRUE(store_.AddSynced(Received(kPeer, 800, 10), Synced::kRoamed));
+  EXPECT_EQ(store_.DeleteNext(kPeer, removed.oldest).count, 0) << "came meanwhile";
   EXPECT_EQ(All(), (Found{9, 8, 7, 10}));
 }
 

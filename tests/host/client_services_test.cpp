@@ -1,6 +1,7 @@
 // The client's services of the host, on real files and programs.
 #include <gtest/gtest.h>
 #include <png.h>
+#include <unistd.h>
 
 #include <future>
 
@@ -22,6 +23,7 @@ using std::chrono::milliseconds;
 TEST(RunProgram, GivesTheOutputOrTheReason) {
   const std::atomic<bool> go_on{false};
   const std::string large(300'000, 'x');  // more than a socket holds at once
+  const int inherited = ::dup(STDERR_FILENO);
   const struct {
     std::vector<std::string> command;
     std::string input;
@@ -34,6 +36,7 @@ TEST(RunProgram, GivesTheOutputOrTheReason) {
       {{"tr", "a-z", "A-Z"}, "\"$(id)\" é", {}, true, "\"$(ID)\" é"},  // no shell reads it
       {{"true"}, large, {}, true, ""},                                 // does not read its input
       {{"false"}, "x", {}, false, "the program failed"},
+      {{"sh", "-c", "cd /proc/self/fd; echo *"}, "", {}, true, "0 1 2 3\n"},  // 3: the folder's own
       {{"no-such-program-here"}, "x", {}, false, "no-such-program-here: No such file or directory"},
       {{"sleep", "60"}, "", {milliseconds(50)}, false, "the program took too long"},
       {{"sh", "-c", "exec >&-; sleep 60"},
@@ -49,6 +52,7 @@ TEST(RunProgram, GivesTheOutputOrTheReason) {
     EXPECT_TRUE((c.ok ? outcome.output : outcome.reason) == c.said)
         << c.command[0] << outcome.reason;
   }
+  ::close(inherited);
   const std::atomic<bool> stop{true};
   EXPECT_EQ(RunProgram({"sleep", "60"}, "", {}, stop).reason, "the host stops");
 }

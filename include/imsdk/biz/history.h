@@ -27,7 +27,8 @@ using IMPositionCallback = std::function<void(const ResultCode&, const IMMsgPosi
 
 // What to search for. A message fits when it contains every keyword: words by their beginning,
 // letters of scripts without spaces and emoji anywhere; case and accents make no difference.
-// Keywords without any letter, digit or emoji fit nothing.
+// Keywords without any letter, digit or emoji fit nothing. Keywords of over 1,024 letters together
+// and over 64 kinds are refused with `kEngineTooLarge`.
 struct IMSearchRequest {
   std::vector<std::wstring> keywords{};
   std::vector<std::int32_t> msgtypes{};  // empty: all

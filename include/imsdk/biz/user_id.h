@@ -47,7 +47,7 @@ enum EngineCode : std::int32_t {
   kEngineTokenExpired = -4,
   kEngineNoLink = -5,    // the server could not be reached
   kEngineTimeout = -6,   // the server did not answer in time
-  kEngineTooLarge = -7,  // the message is over the engine's size limit
+  kEngineTooLarge = -7,  // the message or request is over the engine's size limit
   kEngineEmpty = -8,     // nothing to send
   kEngineNotFound = -9,  // no such message or conversation
   kEngineStorage = -10,  // the local or the server's store failed
