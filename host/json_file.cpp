@@ -25,6 +25,16 @@ std::optional<std::string> ReadFile(const std::filesystem::path& file, std::size
   return content;
 }
 
+bool WriteFile(const std::filesystem::path& file, std::string_view content) {
+  const std::filesystem::path aside = file.string() + ".new";
+  std::ofstream out(aside, std::ios::binary);
+  out.write(content.data(), static_cast<std::streamsize>(content.size()));
+  out.close();
+  std::error_code failure;
+  if (out) std::filesystem::rename(aside, file, failure);
+  return out && !failure;
+}
+
 base::DictionaryValue ReadJsonFile(const std::filesystem::path& file) {
   const auto text = ReadFile(file, kLongestFile);
   auto value = text ? base::JSONReader::Read(*text) : std::nullopt;
@@ -35,13 +45,7 @@ base::DictionaryValue ReadJsonFile(const std::filesystem::path& file) {
 bool WriteJsonFile(const std::filesystem::path& file, const base::Value& value) {
   std::string text;
   base::JSONWriter::WriteWithOptions(value, base::JSONWriter::OPTIONS_PRETTY_PRINT, &text);
-  const std::filesystem::path aside = file.string() + ".new";
-  std::ofstream out(aside, std::ios::binary);
-  out << text << '\n';
-  out.close();
-  std::error_code failure;
-  if (out) std::filesystem::rename(aside, file, failure);
-  return out && !failure;
+  return WriteFile(file, text + '\n');
 }
 
 std::string StringIn(const base::DictionaryValue& object, std::string_view key) {

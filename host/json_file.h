@@ -14,9 +14,13 @@ namespace imsdk::host {
 // larger.
 std::optional<std::string> ReadFile(const std::filesystem::path& file, std::size_t limit);
 
+// Replaces the file as a whole: others see the old content or the new one. False when that fails;
+// the old one then stays. One writer of a file at a time.
+bool WriteFile(const std::filesystem::path& file, std::string_view content);
+
 // The object in a file; empty when there is none.
 base::DictionaryValue ReadJsonFile(const std::filesystem::path& file);
-// Replaces the file as a whole. False when that fails; the old one then stays.
+// `WriteFile` of the value's text.
 bool WriteJsonFile(const std::filesystem::path& file, const base::Value& value);
 
 // The string under `key`; empty when there is none.

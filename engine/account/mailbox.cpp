@@ -40,7 +40,7 @@ void Mailbox::Keep(const link::Batch& batch, const link::Message& from, Happenin
 
 void Mailbox::Keep(const link::Batch&, const link::Withdrawal& from, Happenings& happenings) {
   const biz::IMUserID& cid = from.from == state_.self ? from.to : from.from;
-  auto was = state_.store.Withdraw(cid, from.msgid);
+  auto was = state_.store.Withdraw(cid, from.from, from.msgid);
   if (!was) return;
   happenings.push_back(
       Withdrawn{{cid, from.from, from.msgid, from.msgtime, from.svrtime}, std::move(was->unread)});

@@ -63,13 +63,14 @@ std::vector<NoLongerUnread> MessageStore::MarkReadUpTo(const ChatKey& key,
   return read;
 }
 
-std::optional<Withdrawn> MessageStore::Withdraw(const biz::IMUserID& cid, std::int64_t msgid) {
+std::optional<Withdrawn> MessageStore::Withdraw(const biz::IMUserID& cid,
+                                                const biz::IMUserID& sender, std::int64_t msgid) {
   Withdrawn withdrawn;
   std::int64_t place = 0;
   {
-    auto row =
-        database().Prepare(MESSAGE_QUERY "WHERE m.msgid=? AND m.conversation=? AND m.msgstatus<>4",
-                           msgid, conversations_.Find(cid));
+    auto row = database().Prepare(
+        MESSAGE_QUERY "WHERE m.msgid=? AND m.conversation=? AND m.outgoing=? AND m.msgstatus<>4",
+        msgid, conversations_.Find(cid), std::int64_t{sender == self_});
     if (!row.Step()) return std::nullopt;
     withdrawn.message = ReadMessage(row, self_);
     withdrawn.arrival = row.Int64(kArrivalColumn);

@@ -1,6 +1,7 @@
 #include "account/message_search.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -15,13 +16,16 @@ namespace {
 
 constexpr std::int32_t kDefaultCount = 20;
 constexpr std::int32_t kMostCount = 1000;
+constexpr std::int32_t kMostNumbered = 100;  // on a page that goes by number, which is never cut
+// A page by position ends early, after the message that goes beyond this many characters.
+constexpr std::size_t kMostText = 4 * 1024 * 1024;
 
 // Each word, each letter of an unparted script and each kind is a reader of the index of its own.
 constexpr std::size_t kMostLetters = 1024;  // of all keywords together
 constexpr std::size_t kMostTypes = 64;
 
-std::int32_t CountOf(std::int32_t count) {
-  return count > 0 ? std::min(count, kMostCount) : kDefaultCount;
+std::int32_t CountOf(std::int32_t count, std::int32_t most = kMostCount) {
+  return count > 0 ? std::min(count, most) : kDefaultCount;
 }
 
 std::string InConversation(std::int64_t conversation) {
@@ -89,18 +93,23 @@ void MessageSearch::Walk(const std::string& expression, const PlaceRange& range,
   }
 }
 
-std::vector<biz::IMMessage> MessageSearch::Load(const std::vector<std::int64_t>& places) {
+std::vector<biz::IMMessage> MessageSearch::Load(const std::vector<std::int64_t>& places,
+                                                std::size_t most_text) {
   std::vector<biz::IMMessage> messages;
+  std::size_t text = 0;
   for (const std::int64_t place : places) {
+    if (text > most_text) break;
     auto row = store_.Use().Prepare(MESSAGE_QUERY "WHERE m.place=?", place);
-    if (row.Step()) messages.push_back(ReadMessage(row, self_));
+    if (!row.Step()) continue;
+    messages.push_back(ReadMessage(row, self_));
+    text += messages.back().msgbody.size();
   }
   return messages;
 }
 
 biz::IMSearchPage MessageSearch::Find(const std::string& expression, PlaceRange range,
                                       const biz::IMSearchRequest& request) {
-  const std::int32_t count = CountOf(request.count);
+  const std::int32_t count = CountOf(request.count, request.needpage ? kMostNumbered : kMostCount);
   const Position at{request.msgtime, request.msgid};
   bool older = true;
   std::int64_t skip = 0;
@@ -126,8 +135,8 @@ biz::IMSearchPage MessageSearch::Find(const std::string& expression, PlaceRange 
     page.totalcount = static_cast<std::int32_t>(found);
     page.totalpage = static_cast<std::int32_t>((found + count - 1) / count);
   }
-  if (older) std::reverse(places.begin(), places.end());
-  page.msgs = Load(places);
+  page.msgs = Load(places, request.needpage ? std::numeric_limits<std::size_t>::max() : kMostText);
+  if (older) std::reverse(page.msgs.begin(), page.msgs.end());
   return page;
 }
 
@@ -180,7 +189,7 @@ std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const ChatKey& key,
   std::vector<biz::IMMsgPicture> pictures;
   const std::string expression = "facets : \"p\" AND " + InConversation(conversations_.Find(key));
   Walk(expression, range, older, [&](std::int64_t place) {
-    for (const biz::IMMessage& message : Load({place})) {
+    for (const biz::IMMessage& message : Load({place}, kMostText)) {
       std::vector<biz::IMMsgPicture> inside;
       for (const std::wstring_view path : PicturePaths(message.msgbody)) {
         const auto number = static_cast<std::int32_t>(inside.size());

@@ -42,7 +42,7 @@ class MessageSearch {
             const std::function<bool(std::int64_t place)>& take);
   biz::IMSearchPage Find(const std::string& expression, PlaceRange range,
                          const biz::IMSearchRequest& request);
-  std::vector<biz::IMMessage> Load(const std::vector<std::int64_t>& places);
+  std::vector<biz::IMMessage> Load(const std::vector<std::int64_t>& places, std::size_t most_text);
 
   LazyStore& store_;
   ConversationTable& conversations_;

@@ -79,9 +79,10 @@ class MessageStore {
   void MarkRead(const ChatKey& key, std::int64_t arrival);
   // Marks what the peer sent up to a position as read; for `ChatState::Forget`.
   std::vector<NoLongerUnread> MarkReadUpTo(const ChatKey& key, const Position& position);
-  // Takes a message back: no body, no extra, read. Nothing when it is unknown or was withdrawn
-  // before.
-  std::optional<Withdrawn> Withdraw(const biz::IMUserID& cid, std::int64_t msgid);
+  // Takes a message of `sender` back: no body, no extra, read. Nothing when it is unknown, somebody
+  // else's or was withdrawn before.
+  std::optional<Withdrawn> Withdraw(const biz::IMUserID& cid, const biz::IMUserID& sender,
+                                    std::int64_t msgid);
   // Removes messages for good; what is still being sent and what is unknown is passed over.
   Removed Delete(const ChatKey& key, const std::vector<std::int64_t>& msgids);
   // Begins the deletion of all messages: roaming brings none of them back. Returns the newest one's

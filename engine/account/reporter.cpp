@@ -21,7 +21,9 @@ void Reporter::Withdrawn(const biz::IMUserID& cid, std::int64_t msgid,
   // The server tells this device too; whichever comes first makes it known.
   const auto was = std::make_shared<std::optional<account::Withdrawn>>();
   state_->commit.Add(
-      [this, cid, msgid, was](sqlite::Database&) { *was = state_->store.Withdraw(cid, msgid); },
+      [this, cid, msgid, was](sqlite::Database&) {
+        *was = state_->store.Withdraw(cid, state_->self, msgid);
+      },
       [this, cid, was, done](const biz::ResultCode& stored) {
         if (stored.ok() && *was) {
           const biz::IMMessage& message = (*was)->message;

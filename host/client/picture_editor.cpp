@@ -3,7 +3,6 @@
 #include <png.h>
 
 #include <algorithm>
-#include <fstream>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -113,10 +112,8 @@ biz::ResultCode Edit(const std::filesystem::path& data, const base::FilePath& fi
   const std::string name = "files/edited/" + base::MD5String(made) + ".png";
   std::error_code failure;
   std::filesystem::create_directories(data / "files" / "edited", failure);
-  std::ofstream out(data / name, std::ios::binary);
-  out << made;
-  out.close();
-  if (!out) return {biz::kEngineStorage, 0, L"the edited picture could not be kept"};
+  if (!WriteFile(data / name, made))
+    return {biz::kEngineStorage, 0, L"the edited picture could not be kept"};
   *edited = base::FilePath::FromUTF8(name);
   return {};
 }

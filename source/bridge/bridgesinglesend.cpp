@@ -104,6 +104,7 @@ void CBridgeSingleMsg::EditPic2SendMsg(const EditPicRequest& request, ChatMgr mg
     CTraceProxy(ns_log::kError, call.site(), L"IsInvalid cid").Brief("_brief_,cid", IdText(cid));
     return call.Fail(E_INVALIDARG, L"IsInvalid cid");
   }
+  if (request.cids.empty()) return call.FinishSend(E_INVALIDARG);
   CTraceProxy(ns_log::kRoutine, call.site(), L"EditImage")
       .Brief("_brief_,vecCIDs", IdTexts(request.cids));
   const auto editor = kexcore::GetService<client::IPictureEditorService>();

@@ -39,13 +39,13 @@ TEST(Reader, KeepsOnlyElementsOfTheRightType) {
   EXPECT_EQ(request.cids[2].nick, L"b");
   EXPECT_TRUE(Read<CidsRequest>(R"({"cids":{"0":{}}})").cids.empty());
   const auto search = Read<SearchRequest>(
-      R"({"keywords":["a",7,"b"],"msgtypes":[1,"2",3.5,4],"btime":5,"needpage":1,"page":2})");
+      R"({"keywords":["a",7,"b"],"msgtypes":[1,"2",3.5,5000000000,4],"btime":5,"needpage":1,"page":2})");
   EXPECT_EQ(search.keywords, (std::vector<std::wstring>{L"a", L"b"}));
   EXPECT_EQ(search.msgtypes, (std::vector<std::int32_t>{1, 4}));
   EXPECT_EQ(search.btime, 0);
   EXPECT_EQ(search.page, 2);
   EXPECT_EQ(Read<MsgsRequest>(R"({"msgids":["9007199254740993",7,"x"]})").msgids,
-            (std::vector<std::int64_t>{9'007'199'254'740'993, 0}));
+            (std::vector<std::int64_t>{9'007'199'254'740'993, 0, 0}));
 }
 
 TEST(Reader, TimesAndIdentifiersThatAreNoNumbersAreZero) {

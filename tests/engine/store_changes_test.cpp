@@ -21,7 +21,7 @@ TEST_F(ChangesTest, AWithdrawnMessageLeavesAnEmptyPlace) {
   secret.extinfo.others = L"more";
   const auto arrival = store_.AddIncoming(secret);
   store_.AddOutgoing(Sent(kPeer, 300, 3), true);
-  const auto withdrawn = store_.Withdraw(kPeer, 2);
+  const auto withdrawn = store_.Withdraw(kPeer, kPeer, 2);
   ASSERT_TRUE(withdrawn);
   EXPECT_EQ(withdrawn->message.msgbody, L"secret");
   EXPECT_EQ(withdrawn->arrival, arrival);
@@ -32,10 +32,11 @@ TEST_F(ChangesTest, AWithdrawnMessageLeavesAnEmptyPlace) {
   EXPECT_EQ(left->msgbody + left->extinfo.others, L"");
   EXPECT_EQ(All(), (Found{1, 2, 3}));
   EXPECT_EQ(Find({L"secret"}), Found{});
-  EXPECT_FALSE(store_.Withdraw(kPeer, 2)) << "twice";
-  EXPECT_FALSE(store_.Withdraw(kPeer, 9)) << "unknown";
+  EXPECT_FALSE(store_.Withdraw(kPeer, kPeer, 2)) << "twice";
+  EXPECT_FALSE(store_.Withdraw(kPeer, kPeer, 9)) << "unknown";
 
-  EXPECT_TRUE(store_.Withdraw(kPeer, 3)->unread.empty()) << "the account's own";
+  EXPECT_FALSE(store_.Withdraw(kPeer, kPeer, 3)) << "not the peer's";
+  EXPECT_TRUE(store_.Withdraw(kPeer, kSelf, 3)->unread.empty()) << "the account's own";
   store_.SetStatus(kPeer, 3, biz::kMsgSent, 310);
   EXPECT_EQ(store_.Find(kPeer, 3)->msgstatus, biz::kMsgWithdrawn) << "a late answer";
 }

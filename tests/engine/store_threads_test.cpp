@@ -40,7 +40,7 @@ TEST_F(StoreTest, WithdrawingWhatIsBeingRead) {
     const auto message = Received(kPeer, 1000 + id, id);
     chat.AddIncoming({{message, *store_.AddIncoming(message)}});
     if (id % 3 == 0) store_marks();
-    if (id % 2 == 0) chat.Forget(kPeer, store_.Withdraw(kPeer, id - 1)->unread);
+    if (id % 2 == 0) chat.Forget(kPeer, store_.Withdraw(kPeer, kPeer, id - 1)->unread);
     if (id % 7 == 0) {
       const auto removed = store_.Delete(kPeer, {id - 2});
       chat.Remove(kPeer, removed.unread, removed.newest);

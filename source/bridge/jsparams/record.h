@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -60,11 +61,16 @@ inline void ReadValue(const base::Value& json, std::wstring* out) {
   if (const std::string* text = json.GetIfString()) *out = base::SysUTF8ToWide(*text);
 }
 
-inline void ReadValue(const base::Value& json, std::int32_t* out) {
+// Integers beyond 32 bits are none.
+inline std::optional<std::int32_t> IntOf(const base::Value& json) {
   using Limits = std::numeric_limits<std::int32_t>;
   const auto value = json.GetIfInt64();
-  if (value && *value >= Limits::min() && *value <= Limits::max())
-    *out = static_cast<std::int32_t>(*value);
+  if (!value || *value < Limits::min() || *value > Limits::max()) return std::nullopt;
+  return static_cast<std::int32_t>(*value);
+}
+
+inline void ReadValue(const base::Value& json, std::int32_t* out) {
+  if (const auto value = IntOf(json)) *out = *value;
 }
 
 inline void ReadValue(const base::Value& json, bool* out) {
@@ -91,12 +97,14 @@ void ReadValue(const base::Value& json, R* out) {
   std::apply([&](const auto&... field) { (read(field), ...); }, Record<R>::kFields);
 }
 
+// Whether an element belongs into a list. One that should be an identifier does in any case, as 0:
+// a list without elements may mean all there are.
 template <class T>
 bool HasJsonTypeOf(const base::Value& json) {
+  if constexpr (std::is_same_v<T, std::int64_t>) return true;
   if constexpr (IsRecord<T>) return json.is_dict();
   if constexpr (std::is_same_v<T, std::wstring>) return json.is_string();
-  if constexpr (std::is_same_v<T, std::int64_t>) return json.is_string();
-  if constexpr (std::is_same_v<T, std::int32_t>) return json.is_int();
+  if constexpr (std::is_same_v<T, std::int32_t>) return IntOf(json).has_value();
 }
 
 // Elements of a wrong JSON type are left out.
