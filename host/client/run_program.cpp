@@ -1,11 +1,12 @@
 #include "client/run_program.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <string.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,14 +46,39 @@ class File {
   int fd_ = -1;
 };
 
-// A socket pair in place of a pipe: writing to a program that has gone raises no signal.
-bool MakeChannel(File* here, File* there) {
+// One end of a pipe for the program, the other one, which never waits, for the host. Pipes and not
+// sockets: programs may open "/dev/stdin" anew.
+bool MakePipe(File* read, File* write, const File* here) {
   int ends[2];
-  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return false;
-  here->Reset(ends[0]);
-  there->Reset(ends[1]);
-  return true;
+  if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+  read->Reset(ends[0]);
+  write->Reset(ends[1]);
+  return ::fcntl(here->get(), F_SETFL, O_NONBLOCK) == 0;
 }
+
+// As long as this lives, writing to a program that has gone is an error and no signal.
+class NoBrokenPipeSignal {
+ public:
+  NoBrokenPipeSignal() {
+    ::sigemptyset(&signal_);
+    ::sigaddset(&signal_, SIGPIPE);
+    ::pthread_sigmask(SIG_BLOCK, &signal_, &before_);
+  }
+  ~NoBrokenPipeSignal() {
+    const timespec now{};
+    ::sigtimedwait(&signal_, nullptr, &now);  // takes the one that waits, if any
+    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+  NoBrokenPipeSignal(const NoBrokenPipeSignal&) = delete;
+  NoBrokenPipeSignal& operator=(const NoBrokenPipeSignal&) = delete;
+
+  const sigset_t& signal() const { return signal_; }
+  const sigset_t& before() const { return before_; }
+
+ private:
+  sigset_t signal_;
+  sigset_t before_;
+};
 
 // The environment with a locale in which texts are UTF-8.
 std::vector<std::string> Utf8Environment() {
@@ -72,7 +98,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 
 // Starts the program in a process group of its own, with none of the host's sockets and files and
 // with the usual answer to a broken pipe. Returns 0 or the system's error.
-int Spawn(std::vector<std::string> command, const File& in, const File& out, pid_t* child) {
+int Spawn(std::vector<std::string> command, const File& in, const File& out,
+          const NoBrokenPipeSignal& quiet, pid_t* child) {
   posix_spawn_file_actions_t files;
   posix_spawnattr_t attributes;
   ::posix_spawn_file_actions_init(&files);
@@ -80,11 +107,10 @@ int Spawn(std::vector<std::string> command, const File& in, const File& out, pid
   ::posix_spawn_file_actions_adddup2(&files, in.get(), STDIN_FILENO);
   ::posix_spawn_file_actions_adddup2(&files, out.get(), STDOUT_FILENO);
   ::posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
-  sigset_t usual;
-  ::sigemptyset(&usual);
-  ::sigaddset(&usual, SIGPIPE);
-  ::posix_spawnattr_setsigdefault(&attributes, &usual);
-  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+  ::posix_spawnattr_setsigdefault(&attributes, &quiet.signal());
+  ::posix_spawnattr_setsigmask(&attributes, &quiet.before());
+  ::posix_spawnattr_setflags(
+      &attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
   std::vector<std::string> environment = Utf8Environment();
   const int failure = ::posix_spawnp(child, command.front().c_str(), &files, &attributes,
                                      Pointers(command).data(), Pointers(environment).data());
@@ -100,10 +126,10 @@ class Run {
 
   ProgramOutcome On(const std::vector<std::string>& command, const std::string& input) {
     File child_in, child_out;
-    if (!MakeChannel(&in_, &child_in) || !MakeChannel(&out_, &child_out)) {
+    if (!MakePipe(&child_in, &in_, &in_) || !MakePipe(&out_, &child_out, &out_)) {
       return Failed(::strerror(errno));
     }
-    if (const int failure = Spawn(command, child_in, child_out, &child_); failure != 0) {
+    if (const int failure = Spawn(command, child_in, child_out, quiet_, &child_); failure != 0) {
       return Failed(command.front() + ": " + ::strerror(failure));
     }
     child_in.Close();
@@ -137,8 +163,7 @@ class Run {
   }
 
   void Feed() {
-    const ssize_t sent =
-        ::send(in_.get(), input_.data() + fed_, input_.size() - fed_, MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t sent = ::write(in_.get(), input_.data() + fed_, input_.size() - fed_);
     if (sent > 0) fed_ += static_cast<std::size_t>(sent);
     const bool broken = sent < 0 && errno != EAGAIN && errno != EINTR;
     if (broken || fed_ == input_.size()) in_.Close();
@@ -146,7 +171,7 @@ class Run {
 
   bool Read() {
     char part[4096];
-    const ssize_t got = ::recv(out_.get(), part, sizeof part, MSG_DONTWAIT);
+    const ssize_t got = ::read(out_.get(), part, sizeof part);
     if (got > 0) output_.append(part, static_cast<std::size_t>(got));
     return got > 0 || (got < 0 && (errno == EAGAIN || errno == EINTR));
   }
@@ -168,6 +193,7 @@ class Run {
     return {true, std::move(output_), {}};
   }
 
+  const NoBrokenPipeSignal quiet_;
   const ProgramLimits& limits_;
   const std::atomic<bool>& stop_;
   const Clock::time_point end_;

@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 
 TEST(RunProgram, GivesTheOutputOrTheReason) {
   const std::atomic<bool> go_on{false};
-  const std::string large(300'000, 'x');  // more than a socket holds at once
+  const std::string large(300'000, 'x');  // more than a pipe holds at once
   const int inherited = ::dup(STDERR_FILENO);
   const struct {
     std::vector<std::string> command;
@@ -33,6 +33,7 @@ TEST(RunProgram, GivesTheOutputOrTheReason) {
   } cases[] = {
       {{"cat"}, large, {}, true, large},
       {{"cat"}, "", {}, true, ""},
+      {{"sh", "-c", "cat </dev/stdin >/dev/stdout"}, "x", {}, true, "x"},
       {{"tr", "a-z", "A-Z"}, "\"$(id)\" é", {}, true, "\"$(ID)\" é"},  // no shell reads it
       {{"true"}, large, {}, true, ""},                                 // does not read its input
       {{"false"}, "x", {}, false, "the program failed"},
