@@ -85,7 +85,7 @@ test("a text that is too large is refused with the reason and stays in the compo
   await harbor.page.getByRole("alert").getByText("too large").waitFor();
   assert.equal(await harbor.composer("lighthouse").inputValue(), text);
   await harbor.page.reload();
-  await harbor.openConversation("lighthouse");
+  await harbor.composer("lighthouse").waitFor();
   assert.equal(await harbor.composer("lighthouse").inputValue(), text, "drafts survive a reload");
   await harbor.close();
 });

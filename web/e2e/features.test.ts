@@ -1,4 +1,5 @@
 import assert from "node:assert/strict";
+import { readFile } from "node:fs/promises";
 import { after, afterEach, before, beforeEach, test } from "node:test";
 import type { Browser } from "playwright-core";
 import { Host } from "./host.ts";
@@ -174,12 +175,30 @@ test("a pasted picture is previewed, sent, shown and opened; emotions become pic
   await viewer.getByAltText(/^Picture from harbor/).waitFor();
   await lighthouse.page.keyboard.press("Escape");
   await viewer.waitFor({ state: "detached" });
+  await lighthouse.page.locator(".picture-button:focus").waitFor();
   const smile = lighthouse.page.getByAltText("/:smile").last();
   await smile.waitFor();
   await eventually(
     () => smile.evaluate((image) => (image as HTMLImageElement).naturalWidth > 0),
     "the emotion's drawing",
   );
+});
+
+test("files follow their text, however large they are, and are saved under their names", async () => {
+  const { page } = harbor;
+  const large = { name: "large.bin", mimeType: "application/octet-stream" };
+  const small = { name: "tide table.txt", mimeType: "text/plain", buffer: Buffer.from("high") };
+  const chooser = page.getByLabel("Files to send");
+  await chooser.setInputFiles([{ ...large, buffer: Buffer.alloc(8_000_000, 1) }, small]);
+  await harbor.send("lighthouse", "what you asked for");
+  await lighthouse.page.locator(".file", { hasText: "tide table.txt" }).waitFor();
+  const last = lighthouse.page.locator(".message .body");
+  const texts = (await last.allTextContents()).slice(-3);
+  assert.deepEqual(texts, ["what you asked for", "large.bin", "tide table.txt"]);
+  const saved = lighthouse.page.waitForEvent("download");
+  await lighthouse.page.locator(".file").last().click();
+  assert.equal((await saved).suggestedFilename(), "tide table.txt");
+  assert.equal(await readFile(await (await saved).path(), "utf8"), "high");
 });
 
 test("a translation stands under its message, once translation is switched on", async () => {

@@ -21,6 +21,18 @@ export async function fetchEmotions(): Promise<readonly Emotion[]> {
   return (await answer.json()) as Emotion[];
 }
 
+/** Saves a file of the host's data folder under its own name; the host keeps it under another. */
+export async function saveFile(path: string, name: string): Promise<void> {
+  const answer = await fetch(fileUrl(path));
+  if (!answer.ok)
+    throw new Error(answer.status === 404 ? "it is not on this machine" : `HTTP ${answer.status}`);
+  const link = document.createElement("a");
+  link.href = URL.createObjectURL(await answer.blob());
+  link.download = name;
+  link.click();
+  setTimeout(() => URL.revokeObjectURL(link.href));
+}
+
 /** Reads a file as Base64. */
 export function readAsBase64(
   file: Blob,

@@ -10,6 +10,7 @@ import { StoreProvider } from "./views/context.ts";
 const client = connect({ onConnect: (direct: Calls): Promise<void> => store.restore(direct) });
 const store = new ChatStore<File>(client, {
   storage: sessionStorage,
+  memory: localStorage,
   focus: documentFocus(document),
   readFile: readAsBase64,
   emotions: fetchEmotions,

@@ -2,7 +2,8 @@ import assert from "node:assert/strict";
 import { test } from "node:test";
 import { actionsFor, withdrawTime } from "../src/text/actions.ts";
 import { largestFile, refusalOf, typeOfFile } from "../src/text/attachment.ts";
-import { highlighted, keywordsOf } from "../src/text/highlight.ts";
+import { excerpt, highlighted, keywordsOf } from "../src/text/highlight.ts";
+import { linked } from "../src/text/links.ts";
 import { noteOf } from "../src/text/note.ts";
 import { message } from "./rig.ts";
 
@@ -25,6 +26,35 @@ test("hits are marked as the search finds them, and the text stays whole", () =>
     assert.equal(stretches.map(({ text }) => text).join(""), plain);
     const shown = stretches.map(({ text, hit }) => (hit ? `[${text}]` : text)).join("");
     assert.equal(shown, expected, query);
+  }
+});
+
+test("an excerpt begins shortly before a hit that stands far inside", () => {
+  const far = "one two three four five six seven eight nine ten needle and so on";
+  const cases: [text: string, query: string, expected: string][] = [
+    [far, "needle", "…seven eight nine ten needle and so on"],
+    [far, "two", far],
+    [far, "nothing", far],
+    ["灯".repeat(60) + "塔", "塔", `…${"灯".repeat(24)}塔`],
+    ["🚢".repeat(30) + "a needle", "needle", `…${"🚢".repeat(11)}a needle`],
+  ];
+  for (const [text, query, expected] of cases) {
+    assert.equal(excerpt(text, keywordsOf(query)), expected);
+  }
+});
+
+test("only whole web addresses become links", () => {
+  // What leads somewhere stands in brackets.
+  for (const expected of [
+    "see [https://example.org/a_(b)?x=1&y=2#z], or not",
+    "（[http://localhost:8080/]）",
+    "tides.md www.example.com //example.org a@example.org",
+    "javascript:alert(1) ftp://example.org mailto:a@example.org file:///etc",
+    "",
+  ]) {
+    const plain = expected.replace(/[[\]]/g, "");
+    const shown = linked(plain).map(({ text, href }) => (href ? `[${text}]` : text));
+    assert.equal(shown.join(""), expected);
   }
 });
 

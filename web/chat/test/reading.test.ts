@@ -144,7 +144,7 @@ test("the picture viewer goes over all pictures of the conversation, both ways",
   const all = Array.from({ length: 50 }, (_, index) => ({
     pictureid: `${index}_0`,
     mgstime: String(index),
-    url: "p",
+    url: `files%2F${index}.png`,
     msgid: String(index),
     fromid: peer,
   })) as Picture[];
@@ -165,6 +165,7 @@ test("the picture viewer goes over all pictures of the conversation, both ways",
   };
   assert.equal(await seen(-1, 24), "1_0");
   assert.equal(await seen(-1, 5), "0_0");
+  assert.equal(viewer.front.value?.url, "files/0.png", "a path, not as the token escapes it");
   assert.equal(await seen(1, 49), "49_0");
   assert.equal(await seen(1, 3), "49_0");
   viewer.close();

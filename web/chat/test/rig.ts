@@ -47,6 +47,7 @@ export async function chat(host: Host) {
   const { client, sockets, socket } = rig({ onConnect: (direct) => store.restore(direct) });
   const store = new ChatStore(client, {
     storage,
+    memory: storage,
     focus: {
       visible: () => focus.shown,
       activated: () => focus.shown,

@@ -181,3 +181,14 @@ test("a token that no longer works leads to the sign-in form with the reason", a
   assert.equal(store.session.status.value, "signedin");
   client.close();
 });
+
+test("coming back to the page shows what was read in another window meanwhile", async () => {
+  const { store, show, client } = await chat({
+    GetUnreadCountInBulk: () => ({ unreads: [{ cid: peer, count: 2 }] }),
+  });
+  await until(() => store.conversations.totalUnread.value === 2);
+  show(false);
+  show(true);
+  await until(() => store.conversations.totalUnread.value === 0);
+  client.close();
+});

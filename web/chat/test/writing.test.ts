@@ -46,6 +46,12 @@ test("withdraw, delete, forward and broadcast: requests, outcome, and the reason
     { cids: others, msgbody: [], msgtype: 0, msgid: "1" },
     { cids: others, msgbody: [], msgtype: 0, msgid: "2" },
   ]);
+  // The list tells what became of it, though that conversation was never opened.
+  const copy = message({ id: 4, from: "me", cid: others[0]! });
+  socket().notify("onSendNewMsg", { msgs: [copy] });
+  socket().notify("onSendMsgStatus", { code: -4, result: "no such user", msgid: "4", svrtime: "" });
+  assert.equal(last()?.msgstatus, MessageStatus.failed);
+  store.conversations.remove(others[0]!);
   assert.equal(await actions.broadcast("all hands", others), true);
   const msgbody = [{ type: 0, value: "all hands" }];
   assert.deepEqual(requests("SendBroadcastMsg"), [{ cids: others, msgbody }]);
@@ -107,10 +113,13 @@ test("shakes are limited both ways", async () => {
   client.close();
 });
 
-test("files go out in order with their kind; a refused one stays with the reason", async () => {
+test("files follow their text in order, each with its kind; what is refused stays", async () => {
+  const bad = ["b.pdf", "bad text"];
   const { store, requests, client } = await shown([], {
-    SendNormalChatMsg: ({ msgbody }: { msgbody: { filepath: string }[] }) =>
-      msgbody[0]!.filepath === "b.pdf" ? { code: -10, result: "disk full" } : {},
+    SendNormalChatMsg: ({ msgbody }: { msgbody: { filepath: string; value: string }[] }) =>
+      bad.includes(msgbody[0]!.filepath || msgbody[0]!.value)
+        ? { code: -10, result: "disk full" }
+        : {},
   });
   const file = (name: string, type: string, size = 10) => ({ name, type, size });
   const large = file("large.png", "image/png", 33 * 1024 * 1024);
@@ -121,21 +130,29 @@ test("files go out in order with their kind; a refused one stays with the reason
     file("c.jpg", "image/jpeg"),
   ]);
   assert.equal(store.attachments.refusals.value.get(keyOf(peer))?.length, 1);
+  const sent = () => requests("SendNormalChatMsg").flatMap(({ msgbody }: never) => msgbody);
+  const states = () =>
+    store.attachments.of(peer).map(({ file: { name }, state, problem }) => [name, state, problem]);
+  store.outbox.setDraft(peer, "bad text");
   await store.send();
-  const sent = requests("SendNormalChatMsg").flatMap(({ msgbody }: never) => msgbody);
+  assert.equal(sent().length, 1, "no file without the text that goes before it");
   assert.deepEqual(
-    sent.map(({ type, filepath, filecontent }: never) => [type, filepath, filecontent]),
+    states(),
+    ["a.png", "b.pdf", "c.jpg"].map((name) => [name, "ready", ""]),
+  );
+  store.outbox.setDraft(peer, "the files");
+  await store.send();
+  const files = sent().slice(1);
+  assert.deepEqual(
+    files.map(({ type, filepath, filecontent }: never) => [type, filepath, filecontent]),
     [
+      [0, "", ""],
       [1, "a.png", "content of a.png"],
       [3, "b.pdf", "content of b.pdf"],
       [1, "c.jpg", "content of c.jpg"],
     ],
   );
-  const left = store.attachments.of(peer);
-  assert.deepEqual(
-    left.map(({ file: { name }, state, problem }) => [name, state, problem]),
-    [["b.pdf", "failed", "disk full"]],
-  );
+  assert.deepEqual(states(), [["b.pdf", "failed", "disk full"]]);
   client.close();
 });
 
@@ -181,6 +198,8 @@ test("translation: off, failed, done; the switch shows what the host has", async
   await translations.translate(one);
   assert.deepEqual(state(), { state: "failed", problem: result });
   result = "";
+  await translations.translate({ ...one, msgbody: "" });
+  assert.equal(state()?.state, "failed", "no text at all is no translation");
   await translations.translate(one);
   assert.deepEqual(state(), { state: "done", text: "TEXT 1" });
   socket().notify("onTranslateSettingNotify", { enable: 0 });

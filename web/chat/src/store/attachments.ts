@@ -85,14 +85,18 @@ export class Attachments<F extends LocalFile = LocalFile> {
     this.refusals.value = new Map();
   }
 
-  /** Sends what is ready, and what failed before. */
-  send(cid: UserId): Promise<void> {
+  /** Sends what is ready, and what failed before, once `text` has gone out; else it waits here. */
+  send(cid: UserId, text: Promise<boolean>): Promise<void> {
     this.refusals.value = new Map(this.refusals.value).set(keyOf(cid), []);
     const waiting = this.of(cid).filter(({ state }) => state === "ready" || state === "failed");
-    for (const { id } of waiting) {
-      this.#change(id, { state: "reading", progress: 0, problem: "" });
-      this.#sending = this.#sending.then(() => this.#sendOne(id));
-    }
+    for (const { id } of waiting) this.#change(id, { state: "reading", progress: 0, problem: "" });
+    this.#sending = this.#sending.then(async () => {
+      const may = await text;
+      for (const { id } of waiting) {
+        if (may) await this.#sendOne(id);
+        else this.#change(id, { state: "ready" });
+      }
+    });
     return this.#sending;
   }
 

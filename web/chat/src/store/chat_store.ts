@@ -3,6 +3,7 @@ import { batch, signal } from "@preact/signals";
 import { preview } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
 import { Attachments, type LocalFile, type ReadFile } from "./attachments.ts";
+import { AutoReplies } from "./auto_replies.ts";
 import { ChatWindow, type PageFocus } from "./chat_window.ts";
 import { ConversationSearch } from "./conversation_search.ts";
 import { Conversations } from "./conversations.ts";
@@ -13,6 +14,7 @@ import { MessageActions } from "./message_actions.ts";
 import { Outbox } from "./outbox.ts";
 import { PictureViewer } from "./picture_viewer.ts";
 import { Receipts } from "./receipts.ts";
+import { Roaming } from "./roaming.ts";
 import { Selection } from "./selection.ts";
 import { Session } from "./session.ts";
 import { Shaking } from "./shaking.ts";
@@ -27,7 +29,10 @@ const intakeCount = 40;
 
 /** What the store needs of the page around it. */
 export interface Surroundings<F extends LocalFile = LocalFile> {
+  /** Lives as long as the tab. */
   storage: Storage;
+  /** Outlives the tab. */
+  memory: Storage;
   focus: PageFocus;
   readFile: ReadFile<F>;
   emotions: () => Promise<readonly Emotion[]>;
@@ -63,6 +68,8 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly typing: Typing;
   readonly shaking: Shaking;
   readonly translations: Translations;
+  readonly autoReplies: AutoReplies;
+  readonly roaming: Roaming;
   readonly actions: MessageActions;
   readonly selection = new Selection();
   readonly search: ConversationSearch;
@@ -73,10 +80,13 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly window: ChatWindow;
 
   readonly #client: BridgeClient;
+  readonly #storage: Storage;
   #account = "";
 
-  constructor(client: BridgeClient, { storage, focus, readFile, emotions }: Surroundings<F>) {
+  constructor(client: BridgeClient, around: Surroundings<F>) {
+    const { storage, memory, focus, readFile, emotions } = around;
     this.#client = client;
+    this.#storage = storage;
     this.session = new Session(client, storage, () => this.#entered());
     this.faces = new Faces(client);
     this.conversations = new Conversations(client, this.faces);
@@ -89,6 +99,8 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.typing = new Typing(client);
     this.shaking = new Shaking(client, this.toasts, (cid) => this.#shaken(cid));
     this.translations = new Translations(client);
+    this.autoReplies = new AutoReplies(client, memory, this.toasts);
+    this.roaming = new Roaming(client);
     const { faces, threads, conversations, toasts } = this;
     this.actions = new MessageActions({ client, faces, threads, conversations, toasts });
     this.search = new ConversationSearch(client, (hit) => void this.jumpTo(hit.cid, hit.msgid));
@@ -97,6 +109,9 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.viewer = new PictureViewer(client);
     this.emotions = new Emotions(emotions);
     this.window = new ChatWindow(client, focus, (cid) => void this.#takeIn(cid));
+    this.window.attentive.subscribe((attentive) => {
+      if (attentive && this.#account) void conversations.refreshUnreadOnes();
+    });
 
     this.connection.value = { state: client.state, reason: client.reason };
     client.onState((state, reason) => {
@@ -109,8 +124,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     client.on("onReceiveSubscribeMsg", ({ msgs }) => this.#receivedVirtual(msgs));
     client.on("onSendNewMsg", ({ msgs }) => this.#sent(msgs));
     client.on("onSendMsgStatus", (status) => {
-      const message = this.threads.setStatus(status);
-      if (message) this.conversations.update(message);
+      this.conversations.patchLast(status.msgid, this.threads.setStatus(status));
     });
   }
 
@@ -129,6 +143,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     if (sameUser(cid, this.active.value)) return;
     this.#leave();
     this.active.value = cid;
+    this.#storage.setItem(shownKey(this.#account), JSON.stringify(cid));
     this.window.show(cid);
     void this.threads.open(cid);
   }
@@ -137,6 +152,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   closeConversation(): void {
     this.#leave();
     this.active.value = undefined;
+    this.#storage.removeItem(shownKey(this.#account));
     this.window.show(undefined);
   }
 
@@ -160,14 +176,15 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     }
   }
 
-  /** Sends the draft and the files of the shown conversation. */
+  /** Sends the draft of the shown conversation, and after it the files. */
   async send(): Promise<void> {
     const cid = this.active.value;
     if (!cid) return;
     this.typing.stopped();
     if (this.threads.of(cid).value.newer !== "none") await this.threads.toNewest(cid);
     const after = this.threads.of(cid).value.messages.at(-1);
-    await Promise.all([this.attachments.send(cid), this.outbox.send(cid, after)]);
+    const text = this.outbox.send(cid, after);
+    await this.attachments.send(cid, text);
   }
 
   #leave(): void {
@@ -180,10 +197,12 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   #entered(): void {
     const me = this.session.me.value;
     if (!me) return;
-    if (this.#account !== keyOf(me)) {
-      this.#account = keyOf(me);
+    const account = keyOf(me);
+    const shown = this.#account === account ? null : this.#storage.getItem(shownKey(account));
+    if (this.#account !== account) {
       batch(() => {
         this.closeConversation();
+        this.#account = account;
         this.dialog.value = undefined;
         this.viewer.close();
         this.conversations.clear();
@@ -193,8 +212,12 @@ export class ChatStore<F extends LocalFile = LocalFile> {
       });
     }
     this.outbox.enter(me);
+    this.autoReplies.enter(me);
     this.threads.markStale();
-    void this.conversations.load();
+    void this.conversations.load().then(() => {
+      // Which ones are virtual is known only now.
+      if (shown && !this.active.value && this.#account === account) this.open(JSON.parse(shown));
+    });
     void this.translations.load();
     this.window.tellAgain();
     if (this.active.value) void this.threads.open(this.active.value);
@@ -248,6 +271,11 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     }
     await this.conversations.refreshUnread(cid);
   }
+}
+
+/** Where the tab keeps which conversation an account has in front, for after a reload. */
+function shownKey(account: string): string {
+  return `shown ${account}`;
 }
 
 function conversationsOf(messages: readonly Message[]): UserId[] {

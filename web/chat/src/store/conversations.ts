@@ -96,6 +96,13 @@ export class Conversations {
     if (!last || comparePositions(message, last) >= 0) this.#change(message.cid, { last: message });
   }
 
+  /** Changes fields of a message, if it is the newest of its conversation. */
+  patchLast(msgid: string, change: Partial<Message>): void {
+    for (const { cid, last } of this.#all.value.values()) {
+      if (last?.msgid === msgid) this.#change(cid, { last: { ...last, ...change } });
+    }
+  }
+
   /** Carries a new state of a message over to the list. */
   update(message: Message): void {
     const last = this.#all.value.get(keyOf(message.cid))?.last;
@@ -135,6 +142,12 @@ export class Conversations {
     } finally {
       this.#asking.delete(key);
     }
+  }
+
+  /** Asks for the counts that may have fallen by what the person did in another window. */
+  async refreshUnreadOnes(): Promise<void> {
+    const unread = this.sorted.peek().filter((conversation) => conversation.unread > 0);
+    await Promise.all(unread.map(({ cid }) => this.refreshUnread(cid)));
   }
 
   async #newest(cid: UserId): Promise<Message | undefined> {

@@ -70,10 +70,13 @@ export class Outbox {
     this.#save();
   }
 
-  /** Sends the draft of a conversation; `after` is the newest message shown there. */
-  async send(cid: UserId, after: Position | undefined): Promise<void> {
+  /**
+   * Sends the draft of a conversation; `after` is the newest message shown there. Tells whether what
+   * follows the text can go out: not when the host did not take it.
+   */
+  async send(cid: UserId, after: Position | undefined): Promise<boolean> {
     const text = wellFormed(this.drafts.value[keyOf(cid)] ?? "");
-    if (!text.trim()) return;
+    if (!text.trim()) return true;
     const entry: Outgoing = { id: this.#nextId++, cid, text, after, state: "open" };
     this.outgoing.value = [...this.outgoing.value, entry];
     this.setDraft(cid, "");
@@ -84,6 +87,7 @@ export class Outbox {
       const request = { cid, autosend: 0, msgbody: [item] };
       await this.#client.singlemsg.SendNormalChatMsg(request, { timeout: sendTimeout });
       this.#change({ state: "accepted" }, ({ id }) => id === entry.id);
+      return true;
     } catch (error) {
       const kind = error instanceof BridgeError ? error.kind : "failed";
       if (kind === "disconnected" || kind === "closed") {
@@ -91,6 +95,7 @@ export class Outbox {
       } else if (kind === "timeout")
         this.#putBack(entry.id, "No answer came; this may not be sent.");
       else this.#putBack(entry.id, `Not sent: ${textOf(error)}.`);
+      return false;
     }
   }
 

@@ -1,5 +1,6 @@
 import type { BridgeClient, Picture, UserId } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
+import { unescaped } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
 
 /** Pictures per request. */
@@ -81,7 +82,9 @@ export class PictureViewer {
     const request = { cid: viewed.cid, ...position, ignoreboundary: 1, count: pageSize };
     try {
       const gohistory = end === "older" ? 1 : 0;
-      const { pictures } = await this.#client.singlemsg.GetMsgPicture({ ...request, gohistory });
+      const answer = await this.#client.singlemsg.GetMsgPicture({ ...request, gohistory });
+      // Their paths stand as in the tokens of the messages.
+      const pictures = answer.pictures.map((one) => ({ ...one, url: unescaped(one.url) }));
       const now = this.viewed.value;
       if (!now?.pictures.includes(from)) return;
       const joined =

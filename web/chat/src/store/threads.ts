@@ -219,15 +219,18 @@ export class Threads {
     this.#change(thread, { messages, ...ends });
   }
 
-  /** Takes in what became of a sent message; gives the message if it is loaded. */
-  setStatus({ msgid, code, svrtime, result }: SendStatusNotification): Message | undefined {
+  /** Takes in what became of a sent message; gives what that changes in it. */
+  setStatus({ msgid, code, svrtime, result }: SendStatusNotification): Partial<Message> {
     const failed = code !== 0;
     const failures = new Map(this.failures.value);
     if (failed) failures.set(msgid, result);
     else failures.delete(msgid);
     this.failures.value = failures;
-    if (failed) return this.patch(msgid, { msgstatus: MessageStatus.failed });
-    return this.patch(msgid, { msgstatus: MessageStatus.sent, svrtime });
+    const change: Partial<Message> = failed
+      ? { msgstatus: MessageStatus.failed }
+      : { msgstatus: MessageStatus.sent, svrtime };
+    this.patch(msgid, change);
+    return change;
   }
 
   /** Changes fields of one message, wherever it is loaded. */

@@ -22,7 +22,7 @@ export class Translations {
     this.#client = client;
     client.on("onTranslateSettingNotify", ({ enable }) => (this.enabled.value = enable === 1));
     client.on("onTranslateMsgNotify", ({ msgid, msgcontent }) => {
-      if (this.all.value.has(msgid)) this.#set(msgid, { state: "done", text: msgcontent });
+      if (this.all.value.has(msgid)) this.#came(msgid, msgcontent);
     });
   }
 
@@ -58,7 +58,7 @@ export class Translations {
     try {
       const request = { msgid, msgcontent: plainText(message) };
       const { msgcontent } = await this.#client.singlemsg.GetTranslateMsg(request);
-      this.#set(msgid, { state: "done", text: msgcontent });
+      this.#came(msgid, msgcontent);
     } catch (error) {
       this.#set(msgid, { state: "failed", problem: textOf(error) });
     }
@@ -69,6 +69,12 @@ export class Translations {
     const all = new Map(this.all.value);
     all.delete(msgid);
     this.all.value = all;
+  }
+
+  #came(msgid: string, text: string): void {
+    // An empty line would look as if nothing had happened.
+    const empty = { state: "failed", problem: "the translation program gave no text" } as const;
+    this.#set(msgid, text.trim() ? { state: "done", text } : empty);
   }
 
   #set(msgid: string, translated: Translated): void {

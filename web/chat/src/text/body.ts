@@ -18,7 +18,7 @@ const fileBody = /^file:([^|]*)\|filepath=(.*)$/s;
 export function bodyParts({ msgtype, msgbody }: Pick<Message, "msgtype" | "msgbody">): BodyPart[] {
   const file = fileBody.exec(msgbody);
   if (file && (msgtype === MessageType.audio || msgtype === MessageType.file)) {
-    return [{ kind: "file", name: file[1]!, path: unescape(file[2]!) }];
+    return [{ kind: "file", name: file[1]!, path: unescaped(file[2]!) }];
   }
   const parts: BodyPart[] = [];
   let end = 0;
@@ -39,7 +39,8 @@ function tokenPart([source, kind, , query]: RegExpExecArray): BodyPart {
     : { kind: "emotion", path, shortcut: values.get("shortcut") ?? "", source };
 }
 
-function unescape(text: string): string {
+/** An escaped path of a token, as it was before; broken escapes stay as they are. */
+export function unescaped(text: string): string {
   try {
     return decodeURIComponent(text);
   } catch {
@@ -62,6 +63,11 @@ export function plainText(message: Pick<Message, "msgtype" | "msgbody">): string
     }
   });
   return words.join("");
+}
+
+/** A message's text in one line, without the whitespace around its words. */
+export function oneLine(message: Pick<Message, "msgtype" | "msgbody">): string {
+  return plainText(message).replace(/\s+/g, " ").trim();
 }
 
 /** One line that stands for a message in lists; long texts are cut. */

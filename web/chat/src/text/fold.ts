@@ -23,7 +23,7 @@ export function sizeOf(text: string): string {
 
 /** A number of bytes as people read it. */
 export function sizeText(bytes: number): string {
-  if (bytes < 1024) return `${bytes} bytes`;
+  if (bytes < 1024) return bytes === 1 ? "1 byte" : `${bytes} bytes`;
   const [size, unit] = bytes < 1024 * 1024 ? [bytes / 1024, "KB"] : [bytes / 1024 / 1024, "MB"];
   return `${size < 10 ? size.toFixed(1) : Math.round(size)} ${unit}`;
 }

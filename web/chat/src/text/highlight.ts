@@ -4,6 +4,9 @@ export interface Stretch {
   hit: boolean;
 }
 
+/** Code units of an excerpt before its first hit. */
+const lead = 24;
+
 /** The words of a search field. */
 export function keywordsOf(query: string): string[] {
   return query.split(/\s+/).filter((word) => /[\p{L}\p{N}\p{Extended_Pictographic}]/u.test(word));
@@ -39,6 +42,15 @@ export function highlighted(text: string, keywords: readonly string[]): Stretch[
   }
   if (end < text.length) stretches.push({ text: text.slice(end), hit: false });
   return stretches;
+}
+
+/** The text from shortly before its first hit, so that a hit far inside a text is seen. */
+export function excerpt(text: string, keywords: readonly string[]): string {
+  const [before, hit] = highlighted(text, keywords);
+  if (!before || !hit || before.hit || before.text.length <= 2 * lead) return text;
+  // Neither half a word nor half a character, unless it is a word without end.
+  const start = before.text.slice(-lead).replace(/^\S{0,12}\s|^[\udc00-\udfff]/, "");
+  return `…${start}${text.slice(before.text.length)}`;
 }
 
 function beginsWord(folded: string, at: number): boolean {

@@ -79,7 +79,7 @@ function Item({ attachment }: { attachment: Attachment<File> }): JSX.Element {
       case "ready":
         return sizeText(file.size);
       case "reading":
-        return `Reading… ${Math.round(progress * 100)} %`;
+        return progress > 0 ? `Reading… ${Math.round(progress * 100)} %` : "Waiting…";
       case "sending":
         return measured ? `Sending… ${Math.round(progress * 100)} %` : "Sending…";
       case "failed":

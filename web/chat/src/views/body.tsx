@@ -1,10 +1,13 @@
 import { MessageType, type Message } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useMemo, useState } from "preact/hooks";
-import { emotionUrl, fileUrl } from "../files.ts";
+import { emotionUrl, fileUrl, saveFile } from "../files.ts";
 import { bodyParts, type BodyPart } from "../text/body.ts";
 import { folded, sizeOf } from "../text/fold.ts";
 import { highlighted } from "../text/highlight.ts";
+import { linked } from "../text/links.ts";
+import { textOf } from "../text/reasons.ts";
+import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 
 interface BodyProps {
@@ -34,7 +37,11 @@ export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.El
           case "emotion":
             return <Emotion key={index} {...part} />;
           case "file":
-            return <File key={index} {...part} voice={msgtype === MessageType.audio} />;
+            return msgtype === MessageType.audio ? (
+              <Voice key={index} {...part} />
+            ) : (
+              <FileLink key={index} {...part} icon="file" />
+            );
         }
       })}
     </div>
@@ -52,7 +59,15 @@ function Text({ text, keywords }: { text: string; keywords: readonly string[] })
   return (
     <>
       <span class="text">
-        {marked(open ? text : shown, keywords)}
+        {linked(open ? text : shown).map(({ text, href }, index) =>
+          href ? (
+            <a key={index} class="link" href={href} target="_blank" rel="noopener noreferrer">
+              {marked(text, keywords)}
+            </a>
+          ) : (
+            marked(text, keywords)
+          ),
+        )}
         {long && !open && "…"}
       </span>
       {long && (
@@ -112,11 +127,40 @@ function Emotion({ path, shortcut, source }: EmotionProps): JSX.Element {
   );
 }
 
-function File({ path, name, voice }: { path: string; name: string; voice: boolean }): JSX.Element {
+function Voice({ path, name }: { path: string; name: string }): JSX.Element {
+  const [broken, setBroken] = useState(false);
+  // What this browser cannot play, another program may.
+  if (broken) return <FileLink path={path} name={name} icon="voice" />;
   return (
-    <a class="file" href={fileUrl(path)} target="_blank" rel="noreferrer">
-      <Icon name={voice ? "voice" : "file"} />
-      <span>{voice ? "Voice message" : name}</span>
+    <audio
+      class="voice"
+      controls
+      preload="metadata"
+      aria-label="Voice message"
+      src={fileUrl(path)}
+      onError={() => setBroken(true)}
+    />
+  );
+}
+
+interface FileLinkProps {
+  path: string;
+  name: string;
+  icon: "file" | "voice";
+}
+
+function FileLink({ path, name, icon }: FileLinkProps): JSX.Element {
+  const { toasts } = useStore();
+  const save = (event: MouseEvent) => {
+    event.preventDefault();
+    saveFile(path, name).catch((error: unknown) =>
+      toasts.problem(`${name} could not be saved: ${textOf(error)}.`),
+    );
+  };
+  return (
+    <a class="file" href={fileUrl(path)} title="Save" rel="noreferrer" onClick={save}>
+      <Icon name={icon} />
+      <span>{icon === "voice" ? `Voice message (${name})` : name}</span>
     </a>
   );
 }

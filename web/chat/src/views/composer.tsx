@@ -15,11 +15,19 @@ export function Composer({ cid }: { cid: UserId }): JSX.Element {
   const [picking, setPicking] = useState(false);
   const draft = store.outbox.drafts.value[keyOf(cid)] ?? "";
   const notice = store.outbox.notices.value[keyOf(cid)];
-  const sendable = store.attachments.of(cid).some(({ state }) => state !== "sending");
+  const files = store.attachments.of(cid);
+  const sendable = files.some(({ state }) => state === "ready" || state === "failed");
 
   useEffect(() => {
     if (!store.search.cid.peek()) field.current?.focus();
   }, []);
+  // Enter sends files that were just chosen or dropped.
+  const newest = files.at(-1)?.id ?? 0;
+  const known = useRef(newest);
+  useEffect(() => {
+    if (newest > known.current) field.current?.focus();
+    known.current = Math.max(known.current, newest);
+  }, [newest]);
 
   const write = (text: string) => {
     store.outbox.setDraft(cid, text);

@@ -3,7 +3,7 @@ import type { JSX } from "preact";
 import { useRef } from "preact/hooks";
 import type { Conversation } from "../store/conversations.ts";
 import { keyOf, sameUser } from "../store/users.ts";
-import { preview } from "../text/body.ts";
+import { cut, preview } from "../text/body.ts";
 import { noteOf } from "../text/note.ts";
 import { timeOf } from "../text/rows.ts";
 import { fullTime, listTime } from "../text/time.ts";
@@ -92,6 +92,7 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
   const { cid, unread, last } = conversation;
   const store = useStore();
   const typing = store.typing.peers.value.has(keyOf(cid));
+  const draft = selected ? "" : cut((store.outbox.drafts.value[keyOf(cid)] ?? "").trim(), 160);
   const onKeyDown = (event: KeyboardEvent) => {
     if (event.key !== "Enter" && event.key !== " ") return;
     event.preventDefault();
@@ -120,7 +121,7 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
         </span>
         <span class="conversation-line">
           <span class="conversation-preview" dir="auto">
-            {typing ? <i>typing…</i> : last ? previewOf(last, cid) : "No messages yet"}
+            {typing ? <i>typing…</i> : draft ? <Draft text={draft} /> : previewOf(last, cid)}
           </span>
           {unread > 0 && (
             <span class="badge" aria-label={`${unread} unread`}>
@@ -133,7 +134,16 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
   );
 }
 
-function previewOf(last: NonNullable<Conversation["last"]>, cid: UserId): string {
+function Draft({ text }: { text: string }): JSX.Element {
+  return (
+    <>
+      <b class="draft">Draft:</b> {text}
+    </>
+  );
+}
+
+function previewOf(last: Conversation["last"], cid: UserId): string {
+  if (!last) return "No messages yet";
   const note = noteOf(last, !sameUser(last.fromid, cid));
   if (note !== undefined) return note;
   const text = preview(last);

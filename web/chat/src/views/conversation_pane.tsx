@@ -7,7 +7,7 @@ import { Composer } from "./composer.tsx";
 import { useStore } from "./context.ts";
 import { DropZone } from "./drop_zone.tsx";
 import { Icon } from "./icons.tsx";
-import { Menu } from "./menu.tsx";
+import { Menu, type MenuItem } from "./menu.tsx";
 import { MessageList } from "./message_list.tsx";
 import { Notice } from "./notice.tsx";
 import { SearchBar } from "./search_bar.tsx";
@@ -38,12 +38,19 @@ function Header({ cid, readOnly }: { cid: UserId; readOnly: boolean }): JSX.Elem
   const store = useStore();
   const [menu, setMenu] = useState<{ x: number; y: number } | undefined>(undefined);
   const typing = store.typing.peers.value.has(keyOf(cid));
-  const remove = {
+  const ignored = store.autoReplies.ignored.value.has(keyOf(cid));
+  const replies: MenuItem = {
+    label: ignored ? "Announce automatic replies" : "Ignore automatic replies",
+    icon: ignored ? "bell" : "bell-off",
+    run: () => void store.autoReplies.setIgnored(cid, !ignored),
+  };
+  const remove: MenuItem = {
     label: "Delete the conversation…",
-    icon: "trash" as const,
+    icon: "trash",
     danger: true,
     run: () => void (store.dialog.value = { kind: "delete", cid, msgids: "all" }),
   };
+  const items = readOnly ? [remove] : [replies, remove];
   return (
     <header class="bar">
       <button
@@ -87,7 +94,7 @@ function Header({ cid, readOnly }: { cid: UserId; readOnly: boolean }): JSX.Elem
         <Icon name="more" />
       </button>
       {menu && (
-        <Menu label="Conversation" items={[remove]} {...menu} close={() => setMenu(undefined)} />
+        <Menu label="Conversation" items={items} {...menu} close={() => setMenu(undefined)} />
       )}
     </header>
   );

@@ -1,6 +1,7 @@
 import type { ComponentChildren, JSX } from "preact";
-import { useLayoutEffect, useRef } from "preact/hooks";
+import { useRef } from "preact/hooks";
 import { Icon } from "./icons.tsx";
+import { useReturnFocus } from "./use_return_focus.ts";
 
 interface DialogProps {
   title: string;
@@ -13,11 +14,10 @@ interface DialogProps {
 export function Dialog({ title, close, children, wide }: DialogProps): JSX.Element {
   const dialog = useRef<HTMLDialogElement>(null);
   // What is typed next is meant for the dialog.
-  useLayoutEffect(() => {
-    const before = document.activeElement as HTMLElement | null;
-    dialog.current!.showModal();
-    return () => before?.focus({ preventScroll: true });
-  }, []);
+  useReturnFocus(
+    () => dialog.current!.showModal(),
+    () => dialog.current?.close(),
+  );
   return (
     <dialog
       class={wide ? "dialog wide" : "dialog"}

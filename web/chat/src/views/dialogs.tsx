@@ -6,6 +6,7 @@ import { useStore } from "./context.ts";
 import { Dialog } from "./dialog.tsx";
 import { PeoplePicker } from "./people_picker.tsx";
 import { SearchDialog } from "./search_dialog.tsx";
+import { SettingsDialog } from "./settings_dialog.tsx";
 
 /** The dialog that is in front of the page, if there is one. */
 export function Dialogs(): JSX.Element | null {
@@ -126,35 +127,6 @@ function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
         <p>{what} will be gone from this device for good. The other side keeps its own copy.</p>
         <Actions close={close} label="Delete" off={busy} danger />
       </form>
-    </Dialog>
-  );
-}
-
-function SettingsDialog({ close }: { close: () => void }): JSX.Element {
-  const { translations } = useStore();
-  const enabled = translations.enabled.value;
-  return (
-    <Dialog title="Settings" close={close}>
-      <label class="setting">
-        <span>
-          <b>Translate messages</b>
-          <span class="soft">“Translate” in a message's menu shows its translation below it.</span>
-        </span>
-        <input
-          type="checkbox"
-          role="switch"
-          class="switch"
-          checked={enabled}
-          onChange={(event) => {
-            // The switch shows what the host has, not what was asked for.
-            event.currentTarget.checked = enabled;
-            void translations.setEnabled(!enabled);
-          }}
-        />
-      </label>
-      <p class="problem" role="alert">
-        {translations.problem.value}
-      </p>
     </Dialog>
   );
 }

@@ -2,6 +2,8 @@ import type { JSX } from "preact";
 
 const paths = {
   back: "M15 5l-7 7 7 7",
+  bell: "M6 16v-5a6 6 0 0 1 12 0v5l2 2H4zM10 20.5h4",
+  "bell-off": "M8.5 6.2A6 6 0 0 1 18 11v4M16.5 18H4l2-2v-5q0-1 .3-1.8M10 20.5h4M4 4l16 16",
   broadcast: "M4 10v4h3l7 5V5l-7 5zM17.5 9a4.5 4.5 0 0 1 0 6M20 6.5a8 8 0 0 1 0 11",
   check: "M5 12.5l4.5 4.5L19 7.5",
   checks: "M2.5 12.5l4.5 4.5L16 7.5M11 15.5l1.5 1.5 9-9.5",

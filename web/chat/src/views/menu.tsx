@@ -1,6 +1,7 @@
 import type { ComponentProps, JSX } from "preact";
 import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { Icon } from "./icons.tsx";
+import { useReturnFocus } from "./use_return_focus.ts";
 
 export interface MenuItem {
   label: string;
@@ -31,11 +32,7 @@ export function Menu({ label, items, x, y, close }: MenuProps): JSX.Element {
       y: y + offsetHeight + 8 > innerHeight ? Math.max(8, y - offsetHeight) : y,
     });
   }, [x, y]);
-  useLayoutEffect(() => {
-    const before = document.activeElement as HTMLElement | null;
-    buttons()[0]?.focus();
-    return () => before?.focus({ preventScroll: true });
-  }, []);
+  useReturnFocus(() => buttons()[0]?.focus());
 
   const onKeyDown = (event: KeyboardEvent) => {
     event.stopPropagation();

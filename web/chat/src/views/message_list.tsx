@@ -1,5 +1,5 @@
 import type { JSX } from "preact";
-import { useState } from "preact/hooks";
+import { useRef, useState } from "preact/hooks";
 import type { Edge, Thread } from "../store/threads.ts";
 import { sameUser } from "../store/users.ts";
 import { rowAt } from "../text/rows.ts";
@@ -18,6 +18,7 @@ export function MessageList({ thread }: { thread: Thread }): JSX.Element {
   const [menu, setMenu] = useState<MenuWish | undefined>(undefined);
   const scroll = useMessageScroll(thread, outgoing);
   const { box, list, focused, marked } = scroll;
+  const below = useBelow(thread, scroll.atEnd);
 
   return (
     <div class="messages-frame">
@@ -66,11 +67,20 @@ export function MessageList({ thread }: { thread: Thread }): JSX.Element {
           onClick={scroll.toEnd}
         >
           <Icon name="down" />
+          {below > 0 && <span class="badge">{below > 99 ? "99+" : below}</span>}
         </button>
       )}
       {menu && <MessageMenu wish={menu} close={() => setMenu(undefined)} />}
     </div>
   );
+}
+
+/** How many messages came since the end of the list was last in sight. */
+function useBelow({ messages, newer }: Thread, atEnd: boolean): number {
+  const seen = useRef(messages.at(-1)?.msgid);
+  if (atEnd) seen.current = messages.at(-1)?.msgid;
+  const at = messages.findLastIndex(({ msgid }) => msgid === seen.current);
+  return newer === "none" && at >= 0 ? messages.length - 1 - at : 0;
 }
 
 function Beginning({ older, retry }: { older: Edge; retry: () => void }): JSX.Element {

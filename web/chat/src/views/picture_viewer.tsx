@@ -4,6 +4,7 @@ import { fileUrl } from "../files.ts";
 import { fullTime } from "../text/time.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
+import { useReturnFocus } from "./use_return_focus.ts";
 
 const zooms = [1, 1.5, 2, 3, 4, 6];
 
@@ -21,7 +22,13 @@ function Viewer(): JSX.Element | null {
   const [broken, setBroken] = useState("");
   const picture = viewer.front.value;
   const viewed = viewer.viewed.value;
-  useLayoutEffect(() => dialog.current!.showModal(), []);
+  useReturnFocus(
+    () => {
+      dialog.current!.showModal();
+      dialog.current!.focus();
+    },
+    () => dialog.current?.close(),
+  );
   useLayoutEffect(() => setZoom(0), [picture?.pictureid]);
   if (!picture || !viewed) return null;
 
@@ -51,6 +58,7 @@ function Viewer(): JSX.Element | null {
     <dialog
       class="viewer"
       aria-label="Picture"
+      tabIndex={-1}
       ref={dialog}
       onCancel={(event) => (event.preventDefault(), viewer.close())}
       onKeyDown={onKeyDown}

@@ -1,7 +1,8 @@
 import type { JSX } from "preact";
-import { useLayoutEffect, useRef } from "preact/hooks";
+import { useRef } from "preact/hooks";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
+import { useReturnFocus } from "./use_return_focus.ts";
 
 /** The search in a conversation. Enter goes to the next older hit, Shift+Enter to the newer one. */
 export function SearchBar(): JSX.Element {
@@ -9,7 +10,7 @@ export function SearchBar(): JSX.Element {
   const { search, at } = finder;
   const field = useRef<HTMLInputElement>(null);
   // What is typed next is meant for the field.
-  useLayoutEffect(() => field.current?.focus(), []);
+  useReturnFocus(() => field.current?.focus());
   const total = search.total.value;
   const none = search.status.value === "idle" || total === 0;
   const onKeyDown = (event: KeyboardEvent) => {

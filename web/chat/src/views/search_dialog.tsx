@@ -2,8 +2,8 @@ import type { Message, UserId } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useEffect, useRef } from "preact/hooks";
 import { keyOf, sameUser } from "../store/users.ts";
-import { preview } from "../text/body.ts";
-import { highlighted } from "../text/highlight.ts";
+import { cut, oneLine } from "../text/body.ts";
+import { excerpt, highlighted } from "../text/highlight.ts";
 import { timeOf } from "../text/rows.ts";
 import { fullTime, listTime } from "../text/time.ts";
 import { Avatar } from "./avatar.tsx";
@@ -109,13 +109,17 @@ function Hit({ message, open }: { message: Message; open: () => void }): JSX.Ele
         </span>
         <span class="result-text" dir="auto">
           {mine && "You: "}
-          {highlighted(preview(message), search.keywords).map(({ text, hit }, index) =>
-            hit ? <mark key={index}>{text}</mark> : text,
+          {highlighted(excerptOf(message, search.keywords), search.keywords).map(
+            ({ text, hit }, index) => (hit ? <mark key={index}>{text}</mark> : text),
           )}
         </span>
       </span>
     </button>
   );
+}
+
+function excerptOf(message: Message, keywords: readonly string[]): string {
+  return cut(excerpt(oneLine(message), keywords), 160);
 }
 
 function State({ people }: { people: number }): JSX.Element | null {

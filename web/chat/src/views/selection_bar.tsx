@@ -17,7 +17,7 @@ export function SelectionBar({ cid }: { cid: UserId }): JSX.Element {
   return (
     <div class="selection-bar" role="toolbar" aria-label="Chosen messages">
       <span class="selection-count" role="status">
-        {count === 1 ? "1 message chosen" : `${count} messages chosen`}
+        {`${count} chosen`}
       </span>
       {!store.faces.isVirtual(cid) && (
         <button type="button" class="button" disabled={count === 0} onClick={forward}>
@@ -27,8 +27,14 @@ export function SelectionBar({ cid }: { cid: UserId }): JSX.Element {
       <button type="button" class="button" disabled={count === 0} onClick={remove}>
         <Icon name="trash" /> Delete
       </button>
-      <button type="button" class="button" onClick={() => selection.end()}>
-        Cancel
+      <button
+        type="button"
+        class="icon-button"
+        title="Cancel (Escape)"
+        aria-label="Cancel"
+        onClick={() => selection.end()}
+      >
+        <Icon name="close" />
       </button>
     </div>
   );

@@ -13,7 +13,9 @@ export function Sidebar(): JSX.Element {
     <aside class="sidebar">
       <header class="bar">
         <Avatar nick={nick} />
-        <h1 class="bar-title">{nick}</h1>
+        <h1 class="bar-title" title={nick}>
+          {nick}
+        </h1>
         <Tool
           icon="search"
           label="Search everywhere"

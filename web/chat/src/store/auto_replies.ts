@@ -1,0 +1,50 @@
+import type { BridgeClient, UserId } from "@imsdkbridge/client";
+import { signal } from "@preact/signals";
+import { textOf } from "../text/reasons.ts";
+import type { Toasts } from "./toasts.ts";
+import { keyOf } from "./users.ts";
+
+/**
+ * Whose automatic replies are ignored: the host stores them as read and does not announce them. The
+ * host cannot be asked for whom it does, so the page remembers what it told it.
+ */
+export class AutoReplies {
+  /** Keys of the conversations. */
+  readonly ignored = signal<ReadonlySet<string>>(new Set());
+
+  readonly #client: BridgeClient;
+  readonly #memory: Storage;
+  readonly #toasts: Toasts;
+  #owner = "";
+
+  /** `memory` outlives the tab. */
+  constructor(client: BridgeClient, memory: Storage, toasts: Toasts) {
+    this.#client = client;
+    this.#memory = memory;
+    this.#toasts = toasts;
+  }
+
+  /** Takes up what this account chose before. */
+  enter(me: UserId): void {
+    this.#owner = `automatic replies ignored ${keyOf(me)}`;
+    this.ignored.value = new Set(JSON.parse(this.#memory.getItem(this.#owner) ?? "[]") as string[]);
+  }
+
+  async setIgnored(cid: UserId, ignore: boolean): Promise<void> {
+    const owner = this.#owner;
+    try {
+      await this.#client.singlemsg.ShieldAutoReply({ cid, setignore: Number(ignore) });
+    } catch (error) {
+      this.#toasts.problem(`Nothing was changed: ${textOf(error)}.`);
+      return;
+    }
+    if (owner !== this.#owner) return;
+    const ignored = new Set(this.ignored.value);
+    if (ignore) ignored.add(keyOf(cid));
+    else ignored.delete(keyOf(cid));
+    this.ignored.value = ignored;
+    this.#memory.setItem(owner, JSON.stringify([...ignored]));
+    const words = ignore ? "no longer announced" : "announced again";
+    this.#toasts.show(`Automatic replies of ${cid.nick} are ${words}`);
+  }
+}

@@ -1,0 +1,40 @@
+import type { BridgeClient } from "@imsdkbridge/client";
+import { signal } from "@preact/signals";
+import { textOf } from "../text/reasons.ts";
+
+/** Whether the server hands out the account's history, and from when on. */
+export class Roaming {
+  readonly enabled = signal(false);
+  /** The server gives nothing older; none when it gives all, or roaming is off. */
+  readonly since = signal<Date | undefined>(undefined);
+  readonly problem = signal("");
+
+  readonly #client: BridgeClient;
+
+  constructor(client: BridgeClient) {
+    this.#client = client;
+  }
+
+  /** Learns what holds now. */
+  async load(): Promise<void> {
+    this.problem.value = "";
+    try {
+      const { roamstatus, opentime } = await this.#client.singlemsg.GetRoamStatus({});
+      this.enabled.value = roamstatus === 1;
+      const bounded = roamstatus === 1 && Number(opentime) > 0;
+      this.since.value = bounded ? new Date(Number(opentime)) : undefined;
+    } catch (error) {
+      this.problem.value = `The server's history is not known: ${textOf(error)}.`;
+    }
+  }
+
+  /** Switches roaming on or off; switched on, it begins with what comes from now on. */
+  async setEnabled(enable: boolean): Promise<void> {
+    try {
+      await this.#client.singlemsg.SetRoamStatus({ roamstatus: Number(enable) });
+      await this.load();
+    } catch (error) {
+      this.problem.value = `The setting was not changed: ${textOf(error)}.`;
+    }
+  }
+}
