@@ -132,7 +132,7 @@ bool MailStore::AdvanceRead(std::int64_t account, std::int64_t peer, const biz::
                             std::int64_t device) {
   {
     auto row = database_.Prepare(
-        "SELECT entry, (msgtime, msgid) >= (?, ?) FROM reads WHERE account=? AND peer=?",
+        "SELECT entry, (msgtime, msgid) > (?, ?) FROM reads WHERE account=? AND peer=?",
         upto.msgtime, upto.msgid, account, peer);
     if (row.Step()) {
       if (row.Bool(1)) return false;

@@ -53,7 +53,8 @@ class MailStore {
 
   std::int64_t AddEntry(const NewEntry& entry);
   // An entry of the kind `kReadElsewhere` in place of the conversation's older one. Nothing happens
-  // when the conversation is read that far already. Tells whether something did.
+  // when the conversation is read further already. The same place again counts: messages with
+  // earlier times may have come, and been read, since. Tells whether something happened.
   bool AdvanceRead(std::int64_t account, std::int64_t peer, const biz::IMMsgPosition& upto,
                    std::int64_t device);
   // Entries of a device after a position, oldest first: at most `count`, and no more after about
