@@ -11,7 +11,7 @@ constexpr bool kUtf16 = sizeof(wchar_t) == 2;
 
 constexpr std::size_t kFirstRoom = 512;
 constexpr std::size_t kMostKept = 262'144;  // characters of a buffer that waits for its next use
-constexpr std::size_t kMostDigits = 20;        // of a 64-bit value, the sign included
+constexpr std::size_t kMostDigits = 20;     // of a 64-bit value, the sign included
 
 bool IsPlain(wchar_t c) {
   const auto u = static_cast<std::uint32_t>(c);
