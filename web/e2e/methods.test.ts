@@ -109,6 +109,7 @@ const single: [method: string, request: (sent: Sent) => object, keys?: string[]]
 interface Sent {
   msgid: string;
   msgtime: string;
+  msgstatus: number;
 }
 
 /** A request with an object under every key that any request has. */
@@ -131,6 +132,25 @@ async function call(chat: ChatPage, path: string, method: string, request: unkno
   return { ...answer, envelope };
 }
 
+async function newest(chat: ChatPage, cid: object): Promise<Sent | undefined> {
+  const page = await call(chat, "im.singlemsg", "GetLocalHisMsg", { cid, count: 1 });
+  return (page.envelope["msgs"] as Sent[])[0];
+}
+
+/** Waits until the newest message of a conversation is as wanted. */
+async function newestWith(
+  chat: ChatPage,
+  cid: object,
+  wanted: (message: Sent) => boolean,
+): Promise<Sent> {
+  const end = Date.now() + 20_000;
+  while (Date.now() < end) {
+    const message = await newest(chat, cid);
+    if (message && wanted(message)) return message;
+  }
+  throw new Error("the newest message never became what was waited for");
+}
+
 function endsAnsweredOnce(chat: ChatPage): void {
   const channel = chat.connections.at(-1)!;
   const answered = channel.received.filter(({ kind }) => kind === "answer").map(({ seq }) => seq);
@@ -141,14 +161,13 @@ function endsAnsweredOnce(chat: ChatPage): void {
 test("every method of single chat answers good requests with its keys, and bad ones once", async () => {
   const chat = await channelPage("harbor");
   const send = async (msgbody: object[]): Promise<Sent> => {
-    const before = await call(chat, "im.singlemsg", "GetLocalHisMsg", { cid, count: 1 });
+    const before = await newest(chat, cid);
     await call(chat, "im.singlemsg", "SendNormalChatMsg", { cid, msgbody });
-    const known = (before.envelope["msgs"] as Sent[])[0]?.msgid;
-    for (;;) {
-      const page = await call(chat, "im.singlemsg", "GetLocalHisMsg", { cid, count: 1 });
-      const newest = (page.envelope["msgs"] as (Sent & { msgstatus: number })[])[0];
-      if (newest && newest.msgid !== known && newest.msgstatus === 1) return newest;
-    }
+    return newestWith(
+      chat,
+      cid,
+      ({ msgid, msgstatus }) => msgid !== before?.msgid && msgstatus === 1,
+    );
   };
   for (const [method, request, keys = []] of single) {
     const good = await call(chat, "im.singlemsg", method, request(await send(text)));
@@ -177,9 +196,16 @@ test("every method of single chat answers good requests with its keys, and bad o
     assert.equal(edited.envelope["result"], result);
   }
 
+  // Nobody has this name, so the message fails, each time.
+  const nobody = user("nobody");
+  await call(chat, "im.singlemsg", "SendNormalChatMsg", { cid: nobody, msgbody: text });
   for (const method of ["ReSendChatMsg", "FastReSendChatMsg"]) {
-    const resent = await call(chat, "im.singlemsg", method, { cid, msgid: "1" });
-    assert.equal(resent.envelope["result"], "failed", method);
+    const failed = await newestWith(chat, nobody, ({ msgstatus }) => msgstatus === 2);
+    const request = { cid: nobody, msgid: failed.msgid };
+    const resent = await call(chat, "im.singlemsg", method, request);
+    assert.equal(resent.envelope["result"], "success", method);
+    const unknown = await call(chat, "im.singlemsg", method, { cid, msgid: "1" });
+    assert.equal(unknown.envelope["result"], "failed", method);
   }
   endsAnsweredOnce(chat);
   await chat.close();
