@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "account/message_schema.h"
+#include "account/page_limits.h"
 #include "account/picture_tokens.h"
 #include "account/search_words.h"
 #include "kexbase/strings.h"
@@ -14,19 +15,11 @@ namespace imsdk::account {
 
 namespace {
 
-constexpr std::int32_t kDefaultCount = 20;
-constexpr std::int32_t kMostCount = 1000;
 constexpr std::int32_t kMostNumbered = 100;  // on a page that goes by number, which is never cut
-// A page by position ends early, after the message that goes beyond this many characters.
-constexpr std::size_t kMostText = 4 * 1024 * 1024;
 
 // Each word, each letter of an unparted script and each kind is a reader of the index of its own.
 constexpr std::size_t kMostLetters = 1024;  // of all keywords together
 constexpr std::size_t kMostTypes = 64;
-
-std::int32_t CountOf(std::int32_t count, std::int32_t most = kMostCount) {
-  return count > 0 ? std::min(count, most) : kDefaultCount;
-}
 
 std::string InConversation(std::int64_t conversation) {
   return "facets : \"c" + base::NumberToString(conversation) + '"';

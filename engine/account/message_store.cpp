@@ -4,18 +4,9 @@
 #include <utility>
 
 #include "account/message_schema.h"
+#include "account/page_limits.h"
 
 namespace imsdk::account {
-
-namespace {
-
-// What a request for history gets that names no count, and the most that any gets.
-constexpr std::int32_t kDefaultCount = 20;
-constexpr std::int32_t kMostCount = 1000;
-// A page ends early, after the message that goes beyond this many characters.
-constexpr std::size_t kMostText = 4 * 1024 * 1024;
-
-}  // namespace
 
 MessageStore::MessageStore(const std::filesystem::path& file, const biz::IMUserID& self,
                            std::shared_ptr<OpenStores> open)
@@ -89,8 +80,7 @@ std::optional<biz::IMMessage> MessageStore::FindAnywhere(std::int64_t msgid) {
 }
 
 biz::IMMessagePage MessageStore::Page(const ChatKey& key, const biz::IMPageRequest& request) {
-  const std::int32_t count =
-      request.count > 0 ? std::min(request.count, kMostCount) : kDefaultCount;
+  const std::int32_t count = CountOf(request.count);
   const Position at{request.msgtime, request.msgid};
   // Without a position the page is the newest one, whichever way it goes on.
   const bool older = request.gohistory || at.is_end();

@@ -1,23 +1,24 @@
 #include "account/roamer.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <vector>
 
 #include "account/completeness.h"
 #include "account/link_message.h"
+#include "account/page_limits.h"
 
 namespace imsdk::account {
 
 namespace {
 
-// What a request gets that names no count, the most that any gets, and how many messages are
-// fetched at a time where the request does not say.
-constexpr std::int32_t kDefaultCount = 20;
-constexpr std::int32_t kMostCount = 1000;
-constexpr std::int32_t kFetchCount = 200;
+constexpr std::int32_t kFetchCount = 200;  // messages that are fetched at a time
 
-std::int32_t CountOf(std::int32_t wanted) { return wanted > 0 ? wanted : kDefaultCount; }
+// A request to roam is no page: however many it names, they come part by part.
+std::int32_t RoamCountOf(std::int32_t wanted) {
+  return CountOf(wanted, std::numeric_limits<std::int32_t>::max());
+}
 
 biz::IMMsgPosition ToLink(const Position& position) { return {position.msgtime, position.msgid}; }
 
@@ -104,7 +105,7 @@ void Roamer::RemotePage(const biz::IMUserID& cid, const biz::IMPageRequest& requ
     wanted.peer = cid;
     wanted.position = {request.msgtime, request.msgid};
     wanted.older = request.gohistory;
-    wanted.count = std::min(CountOf(request.count), kMostCount);
+    wanted.count = CountOf(request.count);
     Fetch(wanted, request.autoroam,
           [this, leave, done](const biz::ResultCode& result, const link::History& history, int) {
             biz::IMMessagePage page;
@@ -141,7 +142,7 @@ void Roamer::Roam(const biz::IMUserID& cid, const biz::IMRoamRequest& request,
 }
 
 void Roamer::GoOn(const std::shared_ptr<RoamJob>& job) {
-  const std::int32_t left = CountOf(job->request.count) - job->roamed.roamedcount;
+  const std::int32_t left = RoamCountOf(job->request.count) - job->roamed.roamedcount;
   job->next.count = job->request.autoroam ? kFetchCount : std::min(left, kFetchCount);
   Fetch(job->next, true,
         [this, job](const biz::ResultCode& result, const link::History& history, int fresh) {
@@ -149,7 +150,7 @@ void Roamer::GoOn(const std::shared_ptr<RoamJob>& job) {
           job->roamed.roamedcount += static_cast<std::int32_t>(history.msgs.size());
           job->roamed.affectcount += fresh;
           const bool enough =
-              !job->request.autoroam && job->roamed.roamedcount >= CountOf(job->request.count);
+              !job->request.autoroam && job->roamed.roamedcount >= RoamCountOf(job->request.count);
           if (enough || !history.more) return job->done({}, job->roamed);
           job->next.position = {history.msgs.front().msgtime, history.msgs.front().msgid};
           GoOn(job);
