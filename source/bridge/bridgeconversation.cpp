@@ -101,11 +101,8 @@ void CBridgeConversation::GetReadedBoundary(const CidRequest&, Conversation chat
 void CBridgeConversation::DeleteLocalMsg(const DeleteMsgRequest& request, Conversation chat,
                                          Call<CountAnswer> call) {
   if (!request.all && request.msgids.empty()) return call.Fail(E_INVALIDARG, L"invalid!");
-  const auto counted = [call](const biz::ResultCode& result, std::int32_t count) {
-    call.Finish(result, {count});
-  };
-  if (request.all) return chat->DeleteAllLocalMsg(counted);
-  chat->DeleteLocalMsg(request.msgids, counted);
+  if (request.all) return chat->DeleteAllLocalMsg(std::move(call));
+  chat->DeleteLocalMsg(request.msgids, std::move(call));
 }
 
 }  // namespace imsdk::bridge

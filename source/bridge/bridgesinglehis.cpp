@@ -4,6 +4,7 @@
 #include "imsdk/client/dynamic_content.h"
 #include "kexcore/kexcom.h"
 #include "source/bridge/bridgesinglemsg.h"
+#include "source/bridge/jsparams/idtext.h"
 #include "source/bridge/sendercheck.h"
 
 namespace imsdk::bridge {
@@ -14,14 +15,7 @@ using ns_log::CTraceProxy;
 constexpr wchar_t kAudio2textRemind[] =
     L"Audio messages can be shown as text. The settings have a switch for it.";
 
-std::wstring MsgIds(const std::vector<biz::IMMessage>& msgs) {
-  std::wstring ids;
-  for (const biz::IMMessage& msg : msgs) {
-    if (!ids.empty()) ids += L',';
-    ids += base::NumberToWide(msg.msgid);
-  }
-  return ids;
-}
+std::wstring MsgIdText(const biz::IMMessage& msg) { return base::NumberToWide(msg.msgid); }
 
 // Answers with messages that had to be fetched, then runs `then`.
 biz::IMPageCallback RspFetchMsg(
@@ -29,7 +23,7 @@ biz::IMPageCallback RspFetchMsg(
   return [call = std::move(call), then = std::move(then)](const biz::ResultCode& result,
                                                           const biz::IMMessagePage& page) {
     CTraceProxy(ns_log::kRoutine, call.site(), L"response msgs.")
-        .Brief("_brief_,msgids", MsgIds(page.msgs));
+        .Brief("_brief_,msgids", Joined(page.msgs, MsgIdText));
     CheckSenders(page.msgs, call.site(), L"rsp msg. fromid is invalid!!", kFetchedBrief);
     call.Finish(result, page);
     then();
@@ -60,10 +54,7 @@ void CBridgeSingleMsg::GetRemoteHisMsg(const HisMsgRequest& request, Conversatio
 
 void CBridgeSingleMsg::GetFlagsMyMsgReaded(const MsgsRequest& request, Conversation chat,
                                            Call<ReadFlags> call) {
-  chat->GetFlagsMyMsgReaded(request.msgids, [call](const biz::ResultCode& result,
-                                                   std::vector<biz::IMFlagMsgReaded> flags) {
-    call.Finish(result, {std::move(flags)});
-  });
+  chat->GetFlagsMyMsgReaded(request.msgids, std::move(call));
 }
 
 void CBridgeSingleMsg::SetFlagsPeerMsgReaded(const MsgsRequest& request, Conversation chat,
@@ -105,10 +96,7 @@ void CBridgeSingleMsg::SearchDBMsgCid(const SearchRequest& request, ChatMgr mgr,
 
 void CBridgeSingleMsg::GetMsgPicture(const PictureRequest& request, Conversation chat,
                                      Call<PicturesAnswer> call) {
-  chat->GetMsgPicture(
-      request, [call](const biz::ResultCode& result, std::vector<biz::IMMsgPicture> pictures) {
-        call.Finish(result, {std::move(pictures)});
-      });
+  chat->GetMsgPicture(request, std::move(call));
 }
 
 void CBridgeSingleMsg::RoamMsg(const RoamRequest& request, Conversation chat,
@@ -133,10 +121,7 @@ void CBridgeSingleMsg::GetDynamicMsg(const DynamicMsgRequest& request,
                                      Call<DynamicMsgAnswer> call) {
   const auto service = kexcore::GetService<client::IDynamicContentService>();
   if (!service) return call.Fail(E_UNEXPECTED, L"no dynamic content is set up");
-  service->GetContent(Account(), request.bizType, request.bizUuid,
-                      [call](const biz::ResultCode& result, const std::wstring& content) {
-                        call.Finish(result, {content});
-                      });
+  service->GetContent(Account(), request.bizType, request.bizUuid, std::move(call));
 }
 
 void CBridgeSingleMsg::AddAudio2textSettingRemind(const CidRequest&, Conversation chat,

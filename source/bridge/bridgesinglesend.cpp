@@ -47,15 +47,6 @@ std::int32_t SendToEach(biz::IIMSingleChatMgr& mgr, const std::vector<biz::IMUse
   return status;
 }
 
-std::wstring IdTexts(const std::vector<biz::IMUserID>& cids) {
-  std::wstring text;
-  for (const biz::IMUserID& cid : cids) {
-    if (!text.empty()) text += L',';
-    text += IdText(cid);
-  }
-  return text;
-}
-
 }  // namespace
 
 void CBridgeSingleMsg::SendNormalChatMsg(const SendMsgRequest& request, Conversation chat,
@@ -106,7 +97,7 @@ void CBridgeSingleMsg::EditPic2SendMsg(const EditPicRequest& request, ChatMgr mg
   }
   if (request.cids.empty()) return call.FinishSend(E_INVALIDARG);
   CTraceProxy(ns_log::kRoutine, call.site(), L"EditImage")
-      .Brief("_brief_,vecCIDs", IdTexts(request.cids));
+      .Brief("_brief_,vecCIDs", Joined(request.cids, IdText));
   const auto editor = kexcore::GetService<client::IPictureEditorService>();
   if (!editor) return refuse(call, E_UNEXPECTED, L"EditImage failed!");
   editor->EditImage(

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "kexcom/result.h"
@@ -63,6 +64,12 @@ class Call : public CallBase {
   // A call is the engine's callback of the operation that it asked for.
   void operator()(const biz::ResultCode& result, const Answer& answer) const {
     Finish(result, answer);
+  }
+  // For an answer of one key, the engine's value under it.
+  template <class Value>
+  void operator()(const biz::ResultCode& result, Value&& value) const
+      requires(!std::is_same_v<std::decay_t<Value>, Answer>) {
+    Finish(result, Answer{std::forward<Value>(value)});
   }
   void operator()(const biz::ResultCode& result) const requires std::is_same_v<Answer, NoKeys> {
     Finish(result);

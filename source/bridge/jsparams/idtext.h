@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "imsdk/biz/user_id.h"
 
@@ -9,5 +10,16 @@ namespace imsdk::bridge {
 
 // The long user identifier: application key, then nick.
 inline std::wstring IdText(const biz::IMUserID& id) { return id.appkey + id.nick; }
+
+// The texts of several, parted by commas.
+template <class Item, class TextOf>
+std::wstring Joined(const std::vector<Item>& items, const TextOf& text_of) {
+  std::wstring joined;
+  for (const Item& item : items) {
+    if (!joined.empty()) joined += L',';
+    joined += text_of(item);
+  }
+  return joined;
+}
 
 }  // namespace imsdk::bridge
