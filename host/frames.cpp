@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "json_text.h"
 #include "kexbase/json_reader.h"
+#include "kexbase/json_string.h"
 #include "kexbase/json_writer.h"
 #include "kexbase/strings.h"
 
@@ -23,7 +23,7 @@ bridge::ScriptArg ToScriptArg(const base::Value& value) {
 
 std::string Members(std::string_view start, std::wstring_view text) {
   std::string frame(start);
-  AppendJsonText(text, &frame);
+  base::AppendJSONString(text, &frame);
   return frame;
 }
 
@@ -69,9 +69,9 @@ std::string AnswerFrame(std::wstring_view browser_id, std::wstring_view seq, boo
                         std::wstring_view payload) {
   std::string frame = Members(R"({"kind":"answer","browserId":)", browser_id);
   frame += R"(,"seq":)";
-  AppendJsonText(seq, &frame);
+  base::AppendJSONString(seq, &frame);
   frame += failed ? R"(,"failed":true,"payload":)" : R"(,"failed":false,"payload":)";
-  AppendJsonText(payload, &frame);
+  base::AppendJSONString(payload, &frame);
   frame += '}';
   return frame;
 }
@@ -79,7 +79,7 @@ std::string AnswerFrame(std::wstring_view browser_id, std::wstring_view seq, boo
 std::string NotifyFrame(std::wstring_view event, std::wstring_view payload) {
   std::string frame = Members(R"({"kind":"notify","event":)", event);
   frame += R"(,"payload":)";
-  AppendJsonText(payload, &frame);
+  base::AppendJSONString(payload, &frame);
   frame += '}';
   return frame;
 }

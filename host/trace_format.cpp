@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "json_text.h"
+#include "kexbase/json_string.h"
 #include "kexbase/strings.h"
 #include "trace_log.h"
 
@@ -14,7 +14,7 @@ void AppendMember(std::string_view name, Text text, std::string* out) {
   *out += ",\"";
   *out += name;
   *out += "\":";
-  AppendJsonText(text, out);
+  base::AppendJSONString(text, out);
 }
 
 }  // namespace
@@ -31,9 +31,9 @@ std::string JsonTraceLine(const ns_log::ITraceLine& line, std::int64_t time) {
   for (std::size_t i = 0; i < line.ItemCount(); ++i) {
     const ns_log::TraceItemView item = line.Item(i);
     if (i > 0) out += ',';
-    AppendJsonText(item.name, &out);
+    base::AppendJSONString(item.name, &out);
     out += ':';
-    AppendJsonText(item.value, &out);
+    base::AppendJSONString(item.value, &out);
   }
   out += '}';
   AppendMember("record", std::wstring_view(line.Record()), &out);
@@ -53,7 +53,7 @@ std::string ReadableTraceLine(const ns_log::ITraceLine& line) {
     out += ' ';
     out += item.name;
     out += '=';
-    AppendJsonText(item.value.substr(0, kReadableLength), &out);
+    base::AppendJSONString(item.value.substr(0, kReadableLength), &out);
     if (item.value.size() > kReadableLength) out += "...";
   }
   out += " (";

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "json_text.h"
+#include "kexbase/json_string.h"
 #include "kexbase/time.h"
 #include "kexnet/escape.h"
 #include "served_files.h"
@@ -99,7 +99,7 @@ bool WebRoutes::HasToken(std::string_view query) const {
 HttpAnswer WebRoutes::Refusal(unsigned status, std::string_view reason) const {
   HttpAnswer answer = Headers(status, "application/json", "no-store");
   answer.body = "{\"error\":";
-  AppendJsonText(reason, &answer.body);
+  base::AppendJSONString(reason, &answer.body);
   answer.body += '}';
   return answer;
 }
