@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "kexbase/strings.h"
+#include "kexbase/trace_record.h"
 
 namespace imsdk::host {
 namespace {
@@ -34,14 +35,11 @@ class HostTraceLine final : public ns_log::ITraceLine {
     return {items_[index].name, items_[index].value};
   }
 
-  // The host has no trace points: both groups are empty objects.
+  // The host has no trace points: all its values are brief ones.
   std::wstring Record() const override {
-    std::wstring briefs;
-    for (const Named& item : items_) {
-      briefs += briefs.empty() ? L' ' : L',';
-      briefs += base::UTF8ToWide(item.name) + L'=' + item.value;
-    }
-    return L"2|2|" + base::NumberToWide(briefs.size()) + L"{}{}" + briefs;
+    base::TraceRecord record;
+    for (const Named& brief : items_) record.AddBrief(brief.name, brief.value);
+    return record.Text();
   }
 
  private:
