@@ -7,15 +7,15 @@
 #include "bridge_library.h"
 #include "client/client_services.h"
 #include "data_folder.h"
-#include "host_trace.h"
 #include "imsdk/biz/account.h"
 #include "kexbase/strings.h"
 #include "kexbase/time.h"
 #include "kexcore/kexcom.h"
+#include "log/host_trace.h"
+#include "log/trace_log.h"
 #include "registered.h"
-#include "run_token.h"
+#include "server/run_token.h"
 #include "server/server.h"
-#include "trace_log.h"
 
 namespace imsdk::host {
 namespace {

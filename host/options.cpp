@@ -2,7 +2,7 @@
 
 #include "data_folder.h"
 #include "kexbase/strings.h"
-#include "run_token.h"
+#include "server/run_token.h"
 
 namespace imsdk::host {
 

@@ -9,7 +9,7 @@
 #include <boost/beast/websocket/rfc6455.hpp>
 #include <utility>
 
-#include "host_trace.h"
+#include "log/host_trace.h"
 #include "server/view.h"
 
 namespace imsdk::host {

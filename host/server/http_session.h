@@ -8,9 +8,9 @@
 #include <memory>
 #include <optional>
 
-#include "backend.h"
+#include "page/backend.h"
 #include "server/server_state.h"
-#include "web_routes.h"
+#include "server/web_routes.h"
 
 namespace imsdk::host {
 

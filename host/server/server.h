@@ -7,11 +7,11 @@
 #include <memory>
 #include <string>
 
-#include "backend.h"
-#include "chat_windows.h"
+#include "client/chat_windows.h"
 #include "client/translation.h"
 #include "kexcore/logger.h"
-#include "run_token.h"
+#include "page/backend.h"
+#include "server/run_token.h"
 
 namespace imsdk::host {
 

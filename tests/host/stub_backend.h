@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "backend.h"
+#include "page/backend.h"
 
 namespace imsdk::host {
 

@@ -1,11 +1,11 @@
-#include "page.h"
+#include "page/page.h"
 
 #include <utility>
 
-#include "frames.h"
-#include "host_trace.h"
 #include "kexbase/guid.h"
 #include "kexbase/strings.h"
+#include "log/host_trace.h"
+#include "page/frames.h"
 
 namespace imsdk::host {
 namespace {

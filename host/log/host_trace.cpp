@@ -1,4 +1,4 @@
-#include "host_trace.h"
+#include "log/host_trace.h"
 
 #include <algorithm>
 #include <cstddef>

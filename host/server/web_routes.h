@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "run_token.h"
+#include "server/run_token.h"
 
 namespace imsdk::host {
 

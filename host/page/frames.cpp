@@ -1,4 +1,4 @@
-#include "frames.h"
+#include "page/frames.h"
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 
 #include "kexbase/json_string.h"
 #include "kexbase/strings.h"
-#include "trace_log.h"
+#include "log/trace_log.h"
 
 namespace imsdk::host {
 namespace {

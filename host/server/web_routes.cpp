@@ -1,4 +1,4 @@
-#include "web_routes.h"
+#include "server/web_routes.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "trace_log.h"
+#include "log/trace_log.h"
 
 #include <spdlog/details/log_msg.h>
 #include <spdlog/sinks/basic_file_sink.h>

@@ -1,4 +1,4 @@
-#include "chat_windows.h"
+#include "client/chat_windows.h"
 
 #include <algorithm>
 

@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "backend.h"
 #include "bridge/page_handler.h"
-#include "chat_windows.h"
+#include "client/chat_windows.h"
 #include "client/translation.h"
 #include "kexcore/logger.h"
+#include "page/backend.h"
 
 namespace imsdk::host {
 
