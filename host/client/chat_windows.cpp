@@ -29,18 +29,19 @@ bool ReadFlag(const base::DictionaryValue& dict, std::string_view key) {
 
 }  // namespace
 
-bool ChatWindows::IsVisible(const biz::IMUserID& account, const biz::IMUserID& cid) {
+bool ChatWindows::IsVisible(const biz::IMUserID& account, const biz::IMConversationID& cid) {
   return Any(account, cid, &Window::visible);
 }
 
-bool ChatWindows::IsActivated(const biz::IMUserID& account, const biz::IMUserID& cid) {
+bool ChatWindows::IsActivated(const biz::IMUserID& account, const biz::IMConversationID& cid) {
   return Any(account, cid, &Window::activated);
 }
 
-bool ChatWindows::Any(const biz::IMUserID& account, const biz::IMUserID& cid, bool Window::*flag) {
+bool ChatWindows::Any(const biz::IMUserID& account, const biz::IMConversationID& cid,
+                      bool Window::*flag) {
   std::lock_guard hold(lock_);
   const auto matches = [&](const Window& window) {
-    return window.*flag && window.cid == cid &&
+    return window.*flag && !cid.is_tribe() && window.cid == cid.user &&
            (window.account.empty() || window.account == account);
   };
   return std::any_of(views_.begin(), views_.end(), [&](const auto& view) {

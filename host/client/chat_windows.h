@@ -14,8 +14,8 @@ namespace imsdk::host {
 // its window belongs to speaks for any account of its view.
 class ChatWindows final : public RefPtrCounted<client::IChatWindowService> {
  public:
-  bool IsVisible(const biz::IMUserID& account, const biz::IMUserID& cid) override;
-  bool IsActivated(const biz::IMUserID& account, const biz::IMUserID& cid) override;
+  bool IsVisible(const biz::IMUserID& account, const biz::IMConversationID& cid) override;
+  bool IsActivated(const biz::IMUserID& account, const biz::IMConversationID& cid) override;
 
   // Takes over what the page of `view` said in UTF-8 JSON: {"cid":{"appkey","nick"},
   // "visible":1|0,"activated":1|0} and, if it likes, "account":{"appkey","nick"}; without it
@@ -28,13 +28,13 @@ class ChatWindows final : public RefPtrCounted<client::IChatWindowService> {
  private:
   struct Window {
     biz::IMUserID account;  // empty: any
-    biz::IMUserID cid;
+    biz::IMUserID cid;      // pages do not tell a user from a virtual one
     bool visible;
     bool activated;
   };
 
   // Whether a window of `account` on `cid` has the flag.
-  bool Any(const biz::IMUserID& account, const biz::IMUserID& cid, bool Window::*flag);
+  bool Any(const biz::IMUserID& account, const biz::IMConversationID& cid, bool Window::*flag);
 
   std::mutex lock_;
   std::unordered_map<const void*, std::vector<Window>> views_;  // under lock_

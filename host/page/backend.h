@@ -17,8 +17,8 @@ struct LoginOutcome {
   biz::IMUserID user;
 };
 
-// Bridges and accounts behind the server. Any thread. Lives longer than the server runs; callbacks
-// must be dropped before the server is destroyed.
+// Bridges, accounts and files behind the server. Any thread. Lives longer than the server runs;
+// callbacks must be dropped before the server is destroyed.
 class Backend {
  public:
   virtual ~Backend() = default;
@@ -27,6 +27,9 @@ class Backend {
   // Logs in the account `nick` (UTF-8). `done` is called at most once, on any thread or before
   // this returns.
   virtual void LogIn(const std::string& nick, std::function<void(LoginOutcome)> done) = 0;
+  // Tries to bring the file `path` (UTF-8, relative to the data folder) to this machine. `done` is
+  // called at most once, on any thread or before this returns, whether the file came or not.
+  virtual void Fetch(const std::string& path, std::function<void()> done) = 0;
 };
 
 }  // namespace imsdk::host

@@ -10,7 +10,7 @@
 namespace imsdk::host {
 namespace {
 
-constexpr char kSource[] = "host\\page";
+constexpr char kSource[] = "host\\page\\page";
 
 // Events that a page raises for its host: which of its chat windows is on the screen, and whether
 // messages are to be translated.

@@ -116,8 +116,15 @@ HttpAnswer WebRoutes::DataFile(const HttpRequest& request, std::string_view quer
   const std::optional<std::string> path = QueryValue(query, "path");
   if (!path || path->empty()) return Refusal(400, "no path, or broken escapes in it");
   const FoundFile found = FindInside(data_ / "files", data_, *path);
-  if (found.path.empty()) return Refusal(static_cast<unsigned>(found.status), found.reason);
   std::error_code failure;
+  if (found.status != 200) {
+    HttpAnswer answer = Refusal(static_cast<unsigned>(found.status), found.reason);
+    if (!found.path.empty()) {
+      const fs::path root = fs::weakly_canonical(data_ / "files", failure);
+      answer.fetch = ("files" / found.path.lexically_relative(root)).generic_string();
+    }
+    return answer;
+  }
   const std::uintmax_t size = fs::file_size(found.path, failure);
   if (failure) return Refusal(404, "no such file");
 
@@ -156,7 +163,7 @@ HttpAnswer WebRoutes::WebFile(std::string_view path) const {
   name->erase(0, 1);
   if (name->empty() || name->ends_with('/')) *name += "index.html";
   const FoundFile found = FindInside(web_, web_, *name);
-  if (!found.path.empty()) {
+  if (found.status == 200) {
     HttpAnswer answer = Headers(200, MediaTypeOf(found.path).name, "no-cache");
     answer.file = found.path;
     return answer;

@@ -28,6 +28,9 @@ struct HttpAnswer {
   std::vector<std::pair<std::string, std::string>> headers;
   std::string body;
   std::filesystem::path file;  // when not empty, its content is the body
+  // When not empty, the answer may become a better one once this file (UTF-8, relative to the data
+  // folder) was fetched.
+  std::string fetch;
 };
 
 // A page's wish to open the script channel, or why it is refused.

@@ -86,6 +86,16 @@ void StubBackend::LogIn(const std::string& nick, std::function<void(LoginOutcome
   slow_.push_back(std::move(done));
 }
 
+void StubBackend::Fetch(const std::string& path, std::function<void()> done) {
+  const std::lock_guard hold(lock_);
+  fetches_.emplace_back(path, std::move(done));
+}
+
+std::vector<std::pair<std::string, std::function<void()>>> StubBackend::TakeFetches() {
+  const std::lock_guard hold(lock_);
+  return std::exchange(fetches_, {});
+}
+
 std::size_t StubBackend::KeptCount() {
   const std::lock_guard hold(lock_);
   return kept_.size();
