@@ -3,7 +3,8 @@ import { encodeInvoke } from "./frames.ts";
 import { Link, type ConnectionState, type LinkOptions } from "./link.ts";
 import { moduleFaces, type ModuleFaces, type RoutingPath } from "./modules.ts";
 import { PendingCalls, type CallOptions } from "./pending_calls.ts";
-import type { Envelope, Methods, Notifications, PageEvents } from "./protocol.ts";
+import type { Methods, Notifications, PageEvents } from "./protocol.ts";
+import type { Envelope } from "./records.ts";
 import { Subscriptions } from "./subscriptions.ts";
 
 /** Typed calls; a path or method the types do not know is called with plain names. */

@@ -1,4 +1,4 @@
-import type { Envelope, Message, UserId } from "./protocol.ts";
+import type { Envelope, Message, UserId } from "./records.ts";
 
 /** A place in a conversation; both keys "" mean its newest end. */
 export interface MessagePosition {

@@ -9,6 +9,7 @@ export type { ConnectionState } from "./link.ts";
 export type { CallOptions } from "./pending_calls.ts";
 export type { ModuleFace, ModuleFaces, RoutingPath } from "./modules.ts";
 export * from "./protocol.ts";
+export * from "./records.ts";
 export * from "./history.ts";
 export * from "./single_chat.ts";
 export * from "./virtual_chat.ts";

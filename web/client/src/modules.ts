@@ -1,5 +1,6 @@
 import type { CallOptions } from "./pending_calls.ts";
-import { routingPaths, type Envelope, type Methods } from "./protocol.ts";
+import { routingPaths, type Methods } from "./protocol.ts";
+import type { Envelope } from "./records.ts";
 
 /** A routing path. */
 export type RoutingPath = keyof Methods;

@@ -1,6 +1,6 @@
 import { BridgeError, ResultCode, type BridgeErrorKind } from "./errors.ts";
 import { parseObject } from "./frames.ts";
-import type { Envelope } from "./protocol.ts";
+import type { Envelope } from "./records.ts";
 
 /** Longest time a timer can wait, in milliseconds. */
 const longestTimer = 2 ** 31 - 1;

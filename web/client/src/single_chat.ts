@@ -13,7 +13,7 @@ import type {
   SearchCidsRequest,
   SearchRequest,
 } from "./history.ts";
-import type { BodyItem, Empty, Envelope, Message, Plain, UserId } from "./protocol.ts";
+import type { BodyItem, Empty, Envelope, Message, Plain, UserId } from "./records.ts";
 
 export interface CidRequest {
   cid?: UserId;

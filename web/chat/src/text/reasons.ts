@@ -10,6 +10,7 @@ const wordsByCode: Record<number, string> = {
   [EngineCode.storage]: "the message could not be stored",
   [EngineCode.refused]: "the server does not allow it",
   [EngineCode.busy]: "too many messages are on their way",
+  [EngineCode.unsupported]: "the server cannot do that",
   [ResultCode.notImplemented]: "this host cannot do that",
   [ResultCode.failed]: "the host cannot do that",
 };
