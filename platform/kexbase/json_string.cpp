@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "kexbase/strings.h"
 #include "kexbase/utf.h"
 
 namespace base {
@@ -49,7 +50,7 @@ void AppendJSONString(std::wstring_view text, std::string* out) {
 }
 
 void AppendJSONString(std::string_view utf8, std::string* out) {
-  if (internal::ValidUTF8Prefix(utf8) != utf8.size()) {
+  if (!IsValidUTF8(utf8)) {
     return AppendJSONString(std::string_view(internal::ReplaceInvalidUTF8(utf8)), out);
   }
   out->reserve(out->size() + utf8.size() + 2);

@@ -31,11 +31,6 @@ export class PendingCalls {
   readonly #prefix = randomPrefix();
   #counter = 0;
 
-  /** How many calls are open. */
-  get size(): number {
-    return this.#calls.size;
-  }
-
   /** Opens a call; `encode` makes its frame, which waits until `send` or `sendAll` takes it. */
   open(
     label: string,
