@@ -74,8 +74,8 @@ struct PageBinding {
 //   - A later call came under the same sequence identifier while this one was open: one record
 //     stands for both, and the answer that comes first is delivered.
 //
-//   The bridge keeps at most 1,000,000 open calls and 64,000,000 characters of their texts. Over that
-//   the oldest ones are answered with `E_UNEXPECTED`; the engine may still carry them out.
+//   The bridge keeps at most 1,000,000 open calls and 64,000,000 characters of their texts. Over
+//   that the oldest ones are answered with `E_UNEXPECTED`; the engine may still carry them out.
 //
 //   `UnbindPage` answers nothing. What the engine does for an open call goes on; its answer, traced
 //   as an error, is dropped. It holds a reference to the bridge until then. A runner that takes no
