@@ -18,6 +18,7 @@ std::int64_t Known(ServerStore& store, const biz::IMUserID& user) {
 
 std::vector<link::Message> WritePast(ServerStore& store, TribeDesk& tribes, const Seeding& seeding,
                                      const std::vector<std::string>& password_hashes) {
+  if (store.accounts().Any()) throw sqlite::Error("the server has accounts already");
   for (std::size_t i = 0; i < seeding.users.size(); ++i) {
     store.accounts().Add(seeding.users[i], password_hashes[i]);
   }
