@@ -42,7 +42,7 @@ constexpr const char* kSchema[] = {R"sql(
     autochatmsg INTEGER NOT NULL, syschatmsg INTEGER NOT NULL, files INTEGER NOT NULL,
     withdrawn INTEGER NOT NULL DEFAULT 0, read INTEGER NOT NULL DEFAULT 0,
     UNIQUE(conversation, msgid, sender));
-  CREATE INDEX messages_by_position ON messages(conversation, position);
+  CREATE INDEX messages_of ON messages(conversation);
   CREATE INDEX messages_by_time ON messages(conversation, svrtime);
   CREATE INDEX messages_by_sender ON messages(conversation, sender);
   CREATE TABLE entries(
@@ -65,7 +65,8 @@ constexpr const char* kSchema[] = {R"sql(
 
 }  // namespace
 
-PreparedDatabase::PreparedDatabase(const std::filesystem::path& file) : sqlite::Database(file) {
+PreparedDatabase::PreparedDatabase(const std::filesystem::path& file)
+    : sqlite::Database(file, sqlite::Locking::kExclusive) {
   // What is taken back leaves no copy in a page that is free.
   Execute("PRAGMA secure_delete=ON");
   sqlite::Migrate(*this, kSchema);

@@ -12,7 +12,8 @@
 
 namespace imsdk::embedded {
 
-// The server's tables, made when the file is new.
+// The server's tables, made when the file is new. Positions are counted in memory, so the file is
+// held against other servers.
 struct PreparedDatabase : sqlite::Database {
   explicit PreparedDatabase(const std::filesystem::path& file);
 };

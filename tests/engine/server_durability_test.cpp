@@ -6,6 +6,7 @@
 #include <map>
 
 #include "server_fixture.h"
+#include "sqlite/database.h"
 
 namespace imsdk::test {
 namespace {
@@ -76,6 +77,17 @@ TEST_F(ServerDurability, WhatWasAnsweredForSurvivesAKill) {
   }
   for (const auto& [msgid, place] : reported) EXPECT_EQ(got[msgid], place);
   EXPECT_GE(reported.size(), 551U);
+}
+
+TEST_F(ServerDurability, AStoreThatIsInUseOrOfAnotherVersionIsRefused) {
+  std::string error;
+  EXPECT_FALSE(StartEmbeddedServer(options_, &error)) << "two would count the same positions";
+  EXPECT_FALSE(error.empty());
+  server_.reset();
+  EXPECT_TRUE(StartEmbeddedServer(options_, &error));
+  sqlite::Database(folder_ / "server" / "server.db").Execute("PRAGMA user_version=7");
+  EXPECT_FALSE(StartEmbeddedServer(options_, &error));
+  EXPECT_NE(error.find("version 7"), std::string::npos) << error;
 }
 
 }  // namespace

@@ -117,8 +117,14 @@ bool ServerTest::SetMember(const std::wstring& nick, bool member) {
 }
 
 std::int64_t ServerTest::Count(const char* sql) {
-  sqlite::Database beside(folder_ / "server" / "server.db");
-  auto row = beside.Prepare(sql);
+  const auto copy = folder_ / "copy.db";
+  for (const char* end : {"", "-wal"}) {
+    std::filesystem::copy_file(folder_ / "server" / (std::string("server.db") + end),
+                               copy.string() + end,
+                               std::filesystem::copy_options::overwrite_existing);
+  }
+  sqlite::Database store(copy);
+  auto row = store.Prepare(sql);
   return row.Step() ? row.Int64(0) : -1;
 }
 

@@ -112,7 +112,7 @@ class ServerTest : public testing::Test {
   // Makes tribe 77 of these, owned by the first.
   biz::IMConversationID Tribe(const std::vector<std::wstring>& nicks);
   bool SetMember(const std::wstring& nick, bool member);
-  // A number out of the server's store, from beside it.
+  // A number out of a copy of the server's store, which nobody else can open.
   std::int64_t Count(const char* sql);
 
   std::filesystem::path folder_;

@@ -143,11 +143,15 @@ TEST_F(ServerTribe, WithdrawalsAndReportsConcernTheSenderOfTheMessage) {
   EXPECT_TRUE(late[2].read);
 }
 
-TEST_F(ServerTribe, AThousandListenersHearOneMessage) {
+class ServerCrowd : public ServerTest {};
+
+TEST_F(ServerCrowd, AThousandListenersHearOneMessage) {
   constexpr std::size_t kListeners = 1000;
   std::vector<std::wstring> nicks{L"harbor"};
   for (std::size_t i = 0; i < kListeners; ++i) nicks.push_back(L"member" + std::to_wstring(i));
-  for (std::size_t i = 1; i < nicks.size(); ++i) CreateAccounts({nicks[i]});
+  embedded::Seeding accounts;
+  for (const auto& nick : nicks) accounts.users.push_back(Person(nick));
+  ASSERT_TRUE(server_->Seed(accounts, [](const auto&) {}));
   Tribe(nicks);
   const auto harbor = Connect(L"harbor");
   std::vector<std::shared_ptr<Device>> listeners;
