@@ -1,4 +1,8 @@
 // Tribes on the server: one row a message, who sees what, thousands of listeners.
+#include <chrono>
+#include <future>
+#include <thread>
+
 #include "kexbase/time.h"
 #include "server_fixture.h"
 
@@ -141,6 +145,50 @@ TEST_F(ServerTribe, WithdrawalsAndReportsConcernTheSenderOfTheMessage) {
   ASSERT_EQ(late.size(), 3U);
   EXPECT_TRUE(late[0].withdrawn && late[0].body.empty());
   EXPECT_TRUE(late[2].read);
+}
+
+// What comes while the server is busy shares one commit and one push.
+TEST_F(ServerTribe, HappeningsOfOneCommitAreSeenAsIfTheyCameOneByOne) {
+  Tribe({L"harbor", L"mariner"});
+  const auto harbor = Connect(L"harbor", "desk");
+  const auto phone = Connect(L"harbor", "phone");
+  const auto mariner = Connect(L"mariner");
+  for (const auto& device : {harbor, phone, mariner}) device->Settle();
+
+  // The answer of a login comes on the thread of the server's store.
+  std::promise<void> go_on;
+  link_->Login({Person(L"nobody"), link::Token{}},
+               [held = go_on.get_future().share()](const auto&, const auto&) { held.wait(); });
+  const auto say = [](Device& device, std::int64_t msgid) {
+    link::Deliver deliver;
+    deliver.message.cid = kTribe;
+    deliver.message.msgid = msgid;
+    device.AskOnly(deliver, [](const biz::ResultCode& result, const link::Delivered&) {
+      EXPECT_TRUE(result.ok());
+    });
+  };
+  std::vector<std::thread> changes;
+  const auto set_member = [&](bool member) {
+    changes.emplace_back([=, this] { EXPECT_TRUE(SetMember(L"mariner", member)); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // it waits behind what was asked
+  };
+  say(*harbor, 1);
+  say(*mariner, 2);
+  say(*harbor, 3);
+  set_member(false);
+  say(*harbor, 4);
+  set_member(true);
+  say(*harbor, 5);
+  say(*mariner, 6);
+  go_on.set_value();
+  for (auto& change : changes) change.join();
+  const std::pair<std::shared_ptr<Device>, Ids> expected[] = {
+      {harbor, {2, 6}}, {phone, {1, 2, 3, 4, 5, 6}}, {mariner, {1, 3, 5}}};
+  for (const auto& [device, msgids] : expected) {
+    device->Settle();
+    EXPECT_EQ(device->Msgids(), msgids);
+  }
+  EXPECT_EQ(mariner->All<link::Message>()[2].previous, 0) << "4 was not for it";
 }
 
 class ServerCrowd : public ServerTest {};
