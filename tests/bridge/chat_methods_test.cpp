@@ -89,9 +89,9 @@ TEST_F(ChatMethods, NobodyLoggedInFailsEverything) {
 
 TEST_F(ChatMethods, VirtualConversationsAreReadLikeOthers) {
   const std::wstring path = L"im.virtualmsg";
-  auto& system = *engine.Account().virtual_chats->chat;
+  auto& system = engine.Account().virtual_chats->Chat(biz::IMUserID{L"cnbazaro", L"system"});
   const std::wstring cid = LR"({"cid":{"appkey":"cnbazaro","nick":"system"}})";
-  system.page.msgs = {MakeMessage(5, system.GetCID(), kHarbor, L"welcome")};
+  system.page.msgs = {MakeMessage(5, system.GetCID().user, kHarbor, L"welcome")};
   system.unread = 1;
   for (const wchar_t* method : {L"GetNewMsg", L"PeekNewMsg", L"GetLocalHisMsg"}) {
     EXPECT_NE(host.Call(path, method, cid).payload.find(L"welcome"), std::wstring::npos) << method;

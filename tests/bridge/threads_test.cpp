@@ -28,7 +28,7 @@ class Answering {
       threads_.push_back(std::make_unique<base::Thread>("engine"));
       threads_.back()->Start();
     }
-    chat_.on_history = [this](biz::IMPageCallback done) {
+    chat_.on_history = [this](test::PageDone done) {
       threads_[next_++ % kThreads]->task_runner()->PostTask(
           FROM_HERE, [done = std::move(done)] { done({}, {}); });
     };
