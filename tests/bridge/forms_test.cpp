@@ -217,11 +217,11 @@ TEST(RecordForms, AreReadAndWrittenBack) {
   }
   File file;
   ReadValue<PlainForm>(
-      *base::JSONReader::Read(R"({"size":-1,"path":7,"changes":[{"value":"x"},7,{"key":"1"}]})"),
+      *base::JSONReader::Read(R"({"size":-1,"path":7,"changes":[{"value":"x","key":2},7,"y"]})"),
       &file);
   EXPECT_EQ(file.size, 0u);
   EXPECT_TRUE(file.path.empty());
-  EXPECT_TRUE(file.changes.empty());
+  EXPECT_EQ(file.changes, (std::map<Change, std::wstring>{{kNotice, L"x"}}));
 }
 
 TEST(RecordForms, CanBeWalkedAlong) {
@@ -234,9 +234,12 @@ TEST(RecordForms, CanBeWalkedAlong) {
   EXPECT_EQ(owner[2].type->kind, JsonKind::kDecimal);
   EXPECT_EQ(fields[1].type->kind, JsonKind::kUnsigned);
   EXPECT_EQ(fields[2].type->kind, JsonKind::kFile);
-  EXPECT_EQ(fields[3].type->kind, JsonKind::kMap);
-  EXPECT_EQ(fields[3].type->key->kind, JsonKind::kInteger);
-  EXPECT_EQ(fields[3].type->item->kind, JsonKind::kText);
+  ASSERT_EQ(fields[3].type->kind, JsonKind::kList);
+  const auto& change = fields[3].type->item->fields;
+  ASSERT_EQ(change.size(), 2u);
+  EXPECT_EQ(change[0].key, "key");
+  EXPECT_EQ(change[0].type->kind, JsonKind::kInteger);
+  EXPECT_EQ(change[1].type->kind, JsonKind::kText);
 }
 
 // Another payload under a notification does not compile.

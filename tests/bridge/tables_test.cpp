@@ -36,9 +36,6 @@ std::wstring Sample(const TypeInfo& type, bool right) {
       return right ? L"1" : LR"("1")";
     case JsonKind::kList:
       return L"[" + Sample(*type.item, right) + L"]";
-    case JsonKind::kMap:
-      return LR"([{"key":)" + Sample(*type.key, right) + LR"(,"value":)" +
-             Sample(*type.item, right) + L"}]";
     case JsonKind::kRecord:
       break;
   }

@@ -55,43 +55,44 @@ struct ValueSet {
   std::span<const NamedValue> values;
 };
 
-// `Access` is a pointer to the member or a path of them.
-template <class Access>
+// `Access` is a pointer to the member or a path of them. Only records for which `test` holds have
+// the field; without a test (null) all do.
+template <class Access, class Test = std::nullptr_t>
 struct FieldOf {
   std::string_view key;
   Access access;
   const char* sentence;
   const ValueSet* values;
+  Test test{};
+  const char* kind = nullptr;
 };
 
 template <class Access>
-constexpr FieldOf<Access> Field(std::string_view key, Access access, const char* sentence,
-                                const ValueSet* values = nullptr) {
-  return {key, access, sentence, values};
+constexpr auto Field(std::string_view key, Access access, const char* sentence,
+                     const ValueSet* values = nullptr) {
+  return std::tuple(FieldOf<Access>{key, access, sentence, values});
+}
+
+template <class... Fields>
+constexpr auto FieldList(Fields... fields) {
+  return std::tuple_cat(fields...);
+}
+
+// The fields of one kind of record among several.
+template <class Test, class... Fields>
+constexpr auto OfKind(const char* kind, Test test, Fields... fields) {
+  return std::apply(
+      [&]<class... A>(const FieldOf<A>&... field) {
+        return std::tuple(
+            FieldOf<A, Test>{field.key, field.access, field.sentence, field.values, test, kind}...);
+      },
+      FieldList(fields...));
 }
 
 // The member of a member.
 template <class... Member>
 constexpr std::tuple<Member...> Path(Member... members) {
   return {members...};
-}
-
-// Fields that only some records of the type have: those for which `test` holds.
-template <class Test, class Fields>
-struct KindOf {
-  const char* kind;
-  Test test;
-  Fields fields;
-};
-
-template <class Test, class... F>
-constexpr KindOf<Test, std::tuple<F...>> OfKind(const char* kind, Test test, F... fields) {
-  return {kind, test, {fields...}};
-}
-
-template <class... F>
-constexpr auto FieldList(F... fields) {
-  return std::make_tuple(fields...);
 }
 
 template <class R>
@@ -136,9 +137,15 @@ template <class T>
 inline constexpr bool kIsInteger =
     std::is_same_v<T, std::int32_t> || std::is_same_v<T, std::uint32_t> || std::is_enum_v<T>;
 
-// The keys of a map's items.
-inline constexpr std::string_view kMapKey = "key";
-inline constexpr std::string_view kMapValue = "value";
+// A map's item in JSON.
+template <class K, class V>
+struct MapItem {
+  K key;
+  V value;
+
+  static constexpr auto kFields = FieldList(Field("key", &MapItem::key, "What has the value."),
+                                            Field("value", &MapItem::value, "The value."));
+};
 
 template <class R, class C, class M>
 constexpr auto& At(R& record, M C::*member) {

@@ -16,7 +16,6 @@ enum class JsonKind {
   kDecimal,   // a string: an integer of 64 bits in decimal
   kRecord,    // an object
   kList,      // a list of `item`
-  kMap,       // a list of objects with "key" and "value", of `key` and `item`, in order of the keys
 };
 
 struct FieldInfo;
@@ -26,7 +25,6 @@ struct TypeInfo {
   JsonKind kind;
   std::span<const FieldInfo> fields{};  // of a record
   const TypeInfo* item = nullptr;
-  const TypeInfo* key = nullptr;
   bool under_result = false;  // as an answer it stands under "result"
 };
 
@@ -55,32 +53,18 @@ struct MemberOf<std::tuple<Member...>> {
       typename MemberOf<std::tuple_element_t<sizeof...(Member) - 1, std::tuple<Member...>>>::Type;
 };
 
-template <class Form, class Access>
-constexpr auto InfoOf(const FieldOf<Access>& field, const char* of_kind = nullptr) {
-  using Member = std::remove_cv_t<std::remove_pointer_t<typename MemberOf<Access>::Type>>;
-  return std::array{FieldInfo{field.key, field.sentence, field.values,
-                              &TypeInfoOf<Form, Member>::kInfo, of_kind}};
-}
-template <class... Info>
-constexpr auto Joined(const Info&... infos) {
-  std::array<FieldInfo, (0 + ... + std::tuple_size_v<Info>)> all{};
-  std::size_t at = 0;
-  [[maybe_unused]] const auto add = [&](const auto& some) {
-    for (const FieldInfo& info : some) all[at++] = info;
-  };
-  (add(infos), ...);
-  return all;
-}
-template <class Form, class Test, class Fields>
-constexpr auto InfoOf(const KindOf<Test, Fields>& of) {
-  return std::apply([&](const auto&... field) { return Joined(InfoOf<Form>(field, of.kind)...); },
-                    of.fields);
+template <class Form, class A, class Test>
+constexpr FieldInfo InfoOf(const FieldOf<A, Test>& field) {
+  using Member = std::remove_cv_t<std::remove_pointer_t<typename MemberOf<A>::Type>>;
+  return {field.key, field.sentence, field.values, &TypeInfoOf<Form, Member>::kInfo, field.kind};
 }
 
 template <class Form, class R>
-inline constexpr auto kFieldInfos =
-    std::apply([](const auto&... field) { return Joined(InfoOf<Form>(field)...); },
-               RecordIn<R, Form>::kFields);
+inline constexpr auto kFieldInfos = std::apply(
+    []<class... F>(const F&... field) {
+      return std::array<FieldInfo, sizeof...(F)>{InfoOf<Form>(field)...};
+    },
+    RecordIn<R, Form>::kFields);
 
 template <class Form, class T>
 constexpr TypeInfo MakeTypeInfo() {
@@ -99,14 +83,12 @@ constexpr TypeInfo MakeTypeInfo() {
   } else if constexpr (kIsVector<T>) {
     return {JsonKind::kList, {}, &TypeInfoOf<Form, typename T::value_type>::kInfo};
   } else if constexpr (kIsMap<T>) {
-    return {JsonKind::kMap,
-            {},
-            &TypeInfoOf<Form, typename T::mapped_type>::kInfo,
-            &TypeInfoOf<Form, typename T::key_type>::kInfo};
+    using Item = MapItem<typename T::key_type, typename T::mapped_type>;
+    return {JsonKind::kList, {}, &TypeInfoOf<Form, Item>::kInfo};
   } else {
     TypeInfo info{};
     if constexpr (IsBareList<T>) {
-      using Items = typename MemberOf<decltype(Record<T>::kItems)>::Type;
+      using Items = typename MemberOf<std::remove_cv_t<decltype(Record<T>::kItems)>>::Type;
       info = MakeTypeInfo<Form, Items>();
     } else {
       info = {JsonKind::kRecord, kFieldInfos<Form, T>};

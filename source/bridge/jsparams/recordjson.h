@@ -38,16 +38,14 @@ bool HasJsonTypeOf(const base::Value& json) {
 template <class Form, class T>
 void ReadValue(const base::Value& json, T* out);
 
-template <class Form, class R, class Fields>
-void ReadFields(const base::DictionaryValue& object, const Fields& fields, R* out) {
+template <class Form, class R>
+void ReadMembers(const base::DictionaryValue& object, R* out) {
   const auto read = [&](const auto& field) {
-    if constexpr (requires { field.test; }) {
-      ReadFields<Form>(object, field.fields, out);
-    } else if (const base::Value* value = object.Find(field.key)) {
+    if (const base::Value* value = object.Find(field.key)) {
       ReadValue<Form>(*value, &At(*out, field.access));
     }
   };
-  std::apply([&](const auto&... field) { (read(field), ...); }, fields);
+  std::apply([&](const auto&... field) { (read(field), ...); }, RecordIn<R, Form>::kFields);
 }
 
 template <class Form, class T>
@@ -58,18 +56,11 @@ void ReadItems(const base::ListValue& list, std::vector<T>* out) {
   }
 }
 
-// Items without a key are left out.
 template <class Form, class K, class V>
 void ReadItems(const base::ListValue& list, std::map<K, V>* out) {
-  for (const base::Value& item : list) {
-    const base::DictionaryValue* pair = item.GetIfDict();
-    const base::Value* key = pair ? pair->Find(kMapKey) : nullptr;
-    if (!key || !HasJsonTypeOf<K>(*key)) continue;
-    K read{};
-    ReadValue<Form>(*key, &read);
-    V& value = (*out)[std::move(read)];
-    if (const base::Value* json = pair->Find(kMapValue)) ReadValue<Form>(*json, &value);
-  }
+  std::vector<MapItem<K, V>> items;
+  ReadItems<Form>(list, &items);
+  for (auto& item : items) out->insert_or_assign(std::move(item.key), std::move(item.value));
 }
 
 template <class Form, class T>
@@ -91,7 +82,7 @@ void ReadValue(const base::Value& json, T* out) {
     if constexpr (IsBareList<T>) {
       ReadValue<Form>(json, &(out->*Description::kItems));
     } else if (const base::DictionaryValue* object = json.GetIfDict()) {
-      ReadFields<Form>(*object, Description::kFields, out);
+      ReadMembers<Form>(*object, out);
     }
     if constexpr (requires { Description::Complete(out); }) Description::Complete(out);
   }
@@ -100,37 +91,17 @@ void ReadValue(const base::Value& json, T* out) {
 template <class Form, class T>
 void WriteValue(JsonText& json, const T& value);
 
-template <class Form, class R, class Fields>
-void WriteFields(JsonText& json, const Fields& fields, const R& record) {
-  const auto write = [&](const auto& field) {
-    if constexpr (requires { field.test; }) {
-      if ((record.*field.test)()) WriteFields<Form>(json, field.fields, record);
-    } else {
-      json.Key(field.key);
-      WriteValue<Form>(json, At(record, field.access));
-    }
-  };
-  std::apply([&](const auto&... field) { (write(field), ...); }, fields);
-}
-
 // Writes the record's keys into the object that is open.
 template <class Form, class R>
 void WriteMembers(JsonText& json, const R& record) {
-  WriteFields<Form>(json, RecordIn<R, Form>::kFields, record);
-}
-
-template <class Form, class T>
-void WriteItem(JsonText& json, const T& item) {
-  WriteValue<Form>(json, item);
-}
-template <class Form, class K, class V>
-void WriteItem(JsonText& json, const std::pair<const K, V>& item) {
-  json.BeginObject();
-  json.Key(kMapKey);
-  WriteValue<Form>(json, item.first);
-  json.Key(kMapValue);
-  WriteValue<Form>(json, item.second);
-  json.EndObject();
+  const auto write = [&]<class A, class Test>(const FieldOf<A, Test>& field) {
+    if constexpr (!std::is_null_pointer_v<Test>) {
+      if (!(record.*field.test)()) return;
+    }
+    json.Key(field.key);
+    WriteValue<Form>(json, At(record, field.access));
+  };
+  std::apply([&](const auto&... field) { (write(field), ...); }, RecordIn<R, Form>::kFields);
 }
 
 template <class Form, class T>
@@ -145,9 +116,13 @@ void WriteValue(JsonText& json, const T& value) {
     json.DecimalString(value);
   } else if constexpr (std::is_pointer_v<T>) {  // what the record only points to
     WriteValue<Form>(json, *value);
-  } else if constexpr (kIsVector<T> || kIsMap<T>) {
+  } else if constexpr (kIsVector<T>) {
     json.BeginList();
-    for (const auto& item : value) WriteItem<Form>(json, item);
+    for (const auto& item : value) WriteValue<Form>(json, item);
+    json.EndList();
+  } else if constexpr (kIsMap<T>) {
+    json.BeginList();
+    for (const auto& [key, item] : value) WriteValue<Form>(json, MapItem{&key, &item});
     json.EndList();
   } else if constexpr (IsBareList<T>) {
     WriteValue<Form>(json, value.*RecordIn<T, Form>::kItems);
