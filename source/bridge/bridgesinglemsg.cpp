@@ -71,9 +71,9 @@ constexpr MethodRow kMethods[] = {
     Rows::kReSendChatMsg,
     Rows::kForwardChatMsg,
     Row<M, "SendBroadcastMsg", &M::SendBroadcastMsg>("Sends a message to several conversations."),
-    Row<M, "SendNormalChatMsg", &M::SendNormalMsg>(
+    Row<M, "SendNormalChatMsg", &M::SendMsg<false>>(
         "Sends a message; how it went on comes as onSendMsgStatus."),
-    Row<M, "SendAutoReplyMsg", &M::SendAutoReplyMsg>("Sends an automatic reply."),
+    Row<M, "SendAutoReplyMsg", &M::SendMsg<true>>("Sends an automatic reply."),
     Row<M, "GetFlagsMyMsgReaded", &biz::IIMConversation::GetFlagsMyMsgReaded>(
         "Whether own messages were read; of the newest 200 when none are named."),
     Row<M, "SetFlagsPeerMsgReaded", &biz::IIMConversation::SetFlagsPeerMsgReaded>(
