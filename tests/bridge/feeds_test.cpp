@@ -74,6 +74,22 @@ TEST(Feeds, EndWithTheirLastViewAndBeginAnewAfterALogout) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
+TEST(Feeds, ForgetAViewThatGoesWhileOthersStay) {
+  MemoryEngine engine;
+  TestHost stays;
+  stays.Bind(kHarbor);
+  const std::shared_ptr<base::TaskRunner> runner = stays.loop.task_runner();
+  KeepingPage page(runner);
+  const long before = runner.use_count();
+  for (int i = 0; i < 3; ++i) {
+    const RefPtr goes(new component::CKexCOMObject<OpenBridge>);
+    goes->BindPage({L"goes", &page, runner, kHarbor});
+    EXPECT_GT(runner.use_count(), before);
+    goes->UnbindPage();
+  }
+  EXPECT_EQ(runner.use_count(), before);
+}
+
 // The engine raises an event as soon as it has called the login back, on its own thread; the
 // view's thread is busy until then.
 TEST(Feeds, NothingFallsBetweenALoginAndItsAnswer) {
