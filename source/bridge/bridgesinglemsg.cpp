@@ -4,9 +4,9 @@
 #include "imsdk/client/translation.h"
 #include "kexcore/kexcom.h"
 #include "source/bridge/bridgemodules.h"
+#include "source/bridge/bridgesinglefeed.h"
 #include "source/bridge/conversationform.h"
 #include "source/bridge/conversationrows.h"
-#include "source/bridge/singlefeed.h"
 
 namespace imsdk::bridge {
 namespace {
