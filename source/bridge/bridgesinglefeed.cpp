@@ -1,4 +1,4 @@
-#include "source/bridge/singlefeed.h"
+#include "source/bridge/bridgesinglefeed.h"
 
 #include <utility>
 
