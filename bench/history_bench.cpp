@@ -6,7 +6,7 @@
 #include <future>
 #include <string>
 
-#include "account/data_folder.h"
+#include "account/files/data_folder.h"
 #include "bench/million_messages.h"
 #include "imsdk/biz/account.h"
 #include "imsdk/engine.h"

@@ -8,9 +8,9 @@
 #include <random>
 #include <vector>
 
-#include "account/data_folder.h"
-#include "account/message_ids.h"
-#include "account/message_store.h"
+#include "account/files/data_folder.h"
+#include "account/sending/message_ids.h"
+#include "account/store/message_store.h"
 #include "imsdk/engine.h"
 
 namespace imsdk::bench {

@@ -4,9 +4,9 @@
 #include <thread>
 #include <utility>
 
-#include "account/account_mgr.h"
-#include "account/device_name.h"
-#include "account/single_chat.h"
+#include "account/conversations/single_chat.h"
+#include "account/session/account_mgr.h"
+#include "account/session/device_name.h"
 #include "demo/demo_set.h"
 #include "embedded/embedded_server.h"
 #include "engine_setup.h"

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "account/account_state.h"
+#include "account/session/account_state.h"
 #include "embedded/credentials.h"
 #include "imsdk/engine.h"
 #include "link/server_link.h"

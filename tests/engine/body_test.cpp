@@ -1,10 +1,10 @@
 // What becomes of body items.
-#include "account/body_composer.h"
+#include "account/sending/body_composer.h"
 
 #include <algorithm>
 #include <fstream>
 
-#include "account/data_folder.h"
+#include "account/files/data_folder.h"
 #include "engine_fixture.h"
 #include "kexbase/md5.h"
 #include "kexbase/strings.h"

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <thread>
 
-#include "account/device_name.h"
+#include "account/session/device_name.h"
 #include "kexbase/time.h"
 
 namespace imsdk::test {

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "account/account_mgr.h"
+#include "account/session/account_mgr.h"
 #include "engine_fixture.h"
 #include "faulty_link.h"
 

@@ -1,7 +1,7 @@
 // One account on several devices.
 #include <stdexcept>
 
-#include "account/device_name.h"
+#include "account/session/device_name.h"
 #include "device.h"
 
 namespace imsdk::test {

@@ -1,6 +1,6 @@
 #include "engine_fixture.h"
 
-#include "account/data_folder.h"
+#include "account/files/data_folder.h"
 #include "kexbase/guid.h"
 #include "kexcore/kexcom.h"
 

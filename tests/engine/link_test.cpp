@@ -3,7 +3,7 @@
 #include <chrono>
 #include <thread>
 
-#include "account/data_folder.h"
+#include "account/files/data_folder.h"
 #include "engine_fixture.h"
 #include "faulty_link.h"
 #include "sqlite/database.h"

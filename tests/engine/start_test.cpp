@@ -1,8 +1,8 @@
 // Data folders that cannot be used, and numbers that must never repeat.
 #include <fstream>
 
-#include "account/data_folder.h"
-#include "account/message_ids.h"
+#include "account/files/data_folder.h"
+#include "account/sending/message_ids.h"
 #include "engine_fixture.h"
 #include "kexbase/thread.h"
 #include "sqlite/database.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "account/message_store.h"
+#include "account/store/message_store.h"
 #include "engine_fixture.h"
 
 namespace imsdk::test {
