@@ -15,28 +15,33 @@ constexpr std::int32_t kMostCount = 1000;
 
 void ChatState::AddConversation(const StoredConversation& stored) {
   base::AutoLock hold(lock_);
-  Conversation& conversation = conversations_[stored.key];
+  Conversation& conversation = conversations_[stored.cid];
   conversation.newest = stored.newest;
   conversation.last_arrival = stored.last_arrival;
   conversation.unread = stored.unread;
 }
 
+void ChatState::AddConversation(const biz::IMConversationID& cid) {
+  base::AutoLock hold(lock_);
+  conversations_.try_emplace(cid);
+}
+
 void ChatState::AddUnread(Arrived stored) {
   base::AutoLock hold(lock_);
-  Conversation& conversation = conversations_[stored.key()];
+  Conversation& conversation = conversations_[stored.message.cid];
   Cache(conversation, std::move(stored));
 }
 
-void ChatState::AddSeen(const ChatKey& key, const biz::IMMessage& message) {
+void ChatState::AddSeen(const biz::IMMessage& message) {
   base::AutoLock hold(lock_);
-  Conversation& conversation = conversations_[key];
+  Conversation& conversation = conversations_[message.cid];
   conversation.newest = std::max(conversation.newest, PositionOf(message));
 }
 
 void ChatState::AddIncoming(std::vector<Arrived> messages) {
   base::AutoLock hold(lock_);
   for (Arrived& arrived : messages) {
-    Conversation& conversation = conversations_[arrived.key()];
+    Conversation& conversation = conversations_[arrived.message.cid];
     conversation.newest = std::max(conversation.newest, PositionOf(arrived.message));
     conversation.last_arrival = std::max(conversation.last_arrival, arrived.arrival);
     ++conversation.unread;
@@ -76,22 +81,23 @@ void ChatState::ForgetIn(Conversation& conversation, const std::vector<NoLongerU
   }
 }
 
-void ChatState::Forget(const ChatKey& key, const std::vector<NoLongerUnread>& messages) {
+void ChatState::Forget(const biz::IMConversationID& cid,
+                       const std::vector<NoLongerUnread>& messages) {
   base::AutoLock hold(lock_);
-  const auto found = conversations_.find(key);
+  const auto found = conversations_.find(cid);
   if (found != conversations_.end()) ForgetIn(found->second, messages);
 }
 
-void ChatState::Remove(const ChatKey& key, const std::vector<NoLongerUnread>& unread,
+void ChatState::Remove(const biz::IMConversationID& cid, const std::vector<NoLongerUnread>& unread,
                        const Position& newest) {
   base::AutoLock hold(lock_);
-  const auto found = conversations_.find(key);
+  const auto found = conversations_.find(cid);
   if (found == conversations_.end()) return;
   ForgetIn(found->second, unread);
   found->second.newest = newest;
 }
 
-biz::IMMessagePage ChatState::NewMessages(const ChatKey& key,
+biz::IMMessagePage ChatState::NewMessages(const biz::IMConversationID& cid,
                                           const biz::IMPageRequest& request) const {
   const auto count = static_cast<std::size_t>(
       request.count > 0 ? std::min(request.count, kMostCount) : kDefaultCount);
@@ -101,7 +107,7 @@ biz::IMMessagePage ChatState::NewMessages(const ChatKey& key,
   page.outofcache = true;
   {
     base::AutoLock hold(lock_);
-    const auto conversation = conversations_.find(key);
+    const auto conversation = conversations_.find(cid);
     if (conversation == conversations_.end()) return page;
     const Cached& cached = conversation->second.cached;
     // Without a position the page is the newest one, whichever way it goes on.
@@ -123,13 +129,13 @@ biz::IMMessagePage ChatState::NewMessages(const ChatKey& key,
   return page;
 }
 
-biz::IMMessagePage ChatState::OfflineMessages(const ChatKey& key) const {
+biz::IMMessagePage ChatState::OfflineMessages(const biz::IMConversationID& cid) const {
   std::vector<std::shared_ptr<const biz::IMMessage>> found;
   biz::IMMessagePage page;
   page.outofcache = true;
   {
     base::AutoLock hold(lock_);
-    const auto conversation = conversations_.find(key);
+    const auto conversation = conversations_.find(cid);
     if (conversation == conversations_.end()) return page;
     for (const auto& [position, entry] : conversation->second.cached) {
       if (entry.offline) found.push_back(entry.message);
@@ -140,20 +146,21 @@ biz::IMMessagePage ChatState::OfflineMessages(const ChatKey& key) const {
   return page;
 }
 
-std::int32_t ChatState::Unread(const ChatKey& key) const {
+std::int32_t ChatState::Unread(const biz::IMConversationID& cid) const {
   base::AutoLock hold(lock_);
-  const auto conversation = conversations_.find(key);
+  const auto conversation = conversations_.find(cid);
   return conversation == conversations_.end() ? 0 : conversation->second.unread;
 }
 
-std::vector<biz::IMUnreadCount> ChatState::Conversations(bool virtual_ones) const {
+std::vector<biz::IMUnreadCount> ChatState::Conversations(const ChatKinds& kinds) const {
   std::vector<std::pair<Position, biz::IMUnreadCount>> all;
   {
     base::AutoLock hold(lock_);
     all.reserve(conversations_.size());
-    for (const auto& [key, conversation] : conversations_) {
-      if (key.is_virtual() != virtual_ones || conversation.newest.is_end()) continue;
-      all.push_back({conversation.newest, {key.cid, conversation.unread}});
+    for (const auto& [cid, conversation] : conversations_) {
+      const bool wanted = std::find(kinds.begin(), kinds.end(), cid.type) != kinds.end();
+      if (!wanted || conversation.newest.is_end()) continue;
+      all.push_back({conversation.newest, {cid, conversation.unread}});
     }
   }
   std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
@@ -163,18 +170,14 @@ std::vector<biz::IMUnreadCount> ChatState::Conversations(bool virtual_ones) cons
   return sorted;
 }
 
-std::optional<ChatKey> ChatState::FindVirtual(const biz::IMUserID& cid) const {
+bool ChatState::Knows(const biz::IMConversationID& cid) const {
   base::AutoLock hold(lock_);
-  for (const ChatKind kind : {kSystemChat, kSubscribeChat}) {
-    const ChatKey key(cid, kind);
-    if (conversations_.contains(key)) return key;
-  }
-  return std::nullopt;
+  return conversations_.contains(cid);
 }
 
-std::int64_t ChatState::MarkRead(const ChatKey& key) {
+std::int64_t ChatState::MarkRead(const biz::IMConversationID& cid) {
   base::AutoLock hold(lock_);
-  const auto found = conversations_.find(key);
+  const auto found = conversations_.find(cid);
   if (found == conversations_.end() || found->second.unread == 0) return 0;
   Conversation& conversation = found->second;
   conversation.unread = 0;

@@ -11,20 +11,12 @@
 #include <utility>
 #include <vector>
 
-#include "account/conversations/chat_key.h"
-#include "imsdk/biz/message.h"
-#include "imsdk/biz/single_chat.h"
+#include "account/store/message_store.h"
+#include "account/store/positions.h"
+#include "imsdk/biz/chat_mgr.h"
 #include "kexbase/lock.h"
 
 namespace imsdk::account {
-
-// A conversation as the store knows it when the account logs in.
-struct StoredConversation {
-  ChatKey key;
-  Position newest;
-  std::int64_t last_arrival = 0;
-  std::int32_t unread = 0;
-};
 
 // The cache of new messages holds at most this many, and at most so much text (in characters);
 // the oldest ones give way. Their unread counts stay.
@@ -37,30 +29,32 @@ inline constexpr std::size_t kMostCachedText = 8 * 1024 * 1024;
 class ChatState {
  public:
   void AddConversation(const StoredConversation& stored);
+  // One that may be new and have no message.
+  void AddConversation(const biz::IMConversationID& cid);
   // An unread message that the store had already. Its conversation was added.
   void AddUnread(Arrived stored);
   // A message that is not unread: the account's own, a note, a reply that nobody is told of.
-  void AddOutgoing(const biz::IMMessage& message) { AddSeen(message.cid, message); }
-  void AddSeen(const ChatKey& key, const biz::IMMessage& message);
+  void AddSeen(const biz::IMMessage& message);
   void AddIncoming(std::vector<Arrived> messages);
   // These are not unread any more. Told after `AddIncoming` of the same messages, never instead of
   // it. What was marked as read here meanwhile counts once.
-  void Forget(const ChatKey& key, const std::vector<NoLongerUnread>& messages);
+  void Forget(const biz::IMConversationID& cid, const std::vector<NoLongerUnread>& messages);
   // After a deletion: the conversation's newest message is another one, or there is none.
-  void Remove(const ChatKey& key, const std::vector<NoLongerUnread>& unread,
+  void Remove(const biz::IMConversationID& cid, const std::vector<NoLongerUnread>& unread,
               const Position& newest);
 
-  biz::IMMessagePage NewMessages(const ChatKey& key, const biz::IMPageRequest& request) const;
+  biz::IMMessagePage NewMessages(const biz::IMConversationID& cid,
+                                 const biz::IMPageRequest& request) const;
   // The new messages that came while the account was not logged in, oldest first.
-  biz::IMMessagePage OfflineMessages(const ChatKey& key) const;
-  std::int32_t Unread(const ChatKey& key) const;
-  // The single chats that have a message, or the virtual ones; the newest one first.
-  std::vector<biz::IMUnreadCount> Conversations(bool virtual_ones = false) const;
-  // The virtual conversation of this name, if there is one.
-  std::optional<ChatKey> FindVirtual(const biz::IMUserID& cid) const;
+  biz::IMMessagePage OfflineMessages(const biz::IMConversationID& cid) const;
+  std::int32_t Unread(const biz::IMConversationID& cid) const;
+  // The conversations of these kinds that have a message, the newest one first.
+  std::vector<biz::IMUnreadCount> Conversations(const ChatKinds& kinds) const;
+  // Whether there is such a conversation.
+  bool Knows(const biz::IMConversationID& cid) const;
   // Marks everything that arrived as read. Returns the last arrival that this takes in, or 0 when
   // there was nothing unread.
-  std::int64_t MarkRead(const ChatKey& key);
+  std::int64_t MarkRead(const biz::IMConversationID& cid);
   // 0 or less, or more than `kMostCachedMessages`, sets that.
   void SetMaxCache(std::int32_t count);
 
@@ -87,7 +81,7 @@ class ChatState {
 
   mutable base::Lock lock_;
   // Nodes of the map stay where they are, so that `cached_` may point to them.
-  std::unordered_map<ChatKey, Conversation> conversations_;
+  std::unordered_map<biz::IMConversationID, Conversation> conversations_;
   std::set<std::pair<Position, Conversation*>> cached_;  // of all conversations, oldest first
   std::size_t cached_text_ = 0;
   std::size_t most_cached_ = kMostCachedMessages;

@@ -1,127 +1,114 @@
 #include <optional>
 
 #include "account/conversations/conversation.h"
-#include "account/session/on_worker.h"
 
 namespace imsdk::account {
 
 namespace {
 
-using RemovedCallback = std::function<void(const biz::ResultCode&, const Removed&)>;
-
-void Delete(const std::shared_ptr<AccountState>& state, const ChatKey& key,
-            std::function<Removed(MessageStore&)> remove, RemovedCallback done) {
+void Delete(const std::shared_ptr<AccountState>& state, const biz::IMConversationID& cid,
+            std::function<Removed(MessageStore&)> remove, biz::IMCallback<Removed> done) {
   Change<Removed>(
       state, std::move(done),
       [remove = std::move(remove)](AccountState& here) { return remove(here.store); },
-      [key](AccountState& here, const Removed& removed) {
-        here.chat.Remove(key, removed.unread, removed.newest);
+      [cid](AccountState& here, const Removed& removed) {
+        here.chat.Remove(cid, removed.unread, removed.newest);
       });
 }
 
 // Part by part, each a task of its own, so that a long conversation does not keep others waiting.
 // Every part goes on where the one before it ended: what comes meanwhile stays.
-void DeleteAllFrom(const std::shared_ptr<AccountState>& state, const ChatKey& key,
+void DeleteAllFrom(const std::shared_ptr<AccountState>& state, const biz::IMConversationID& cid,
                    const std::optional<Position>& from, std::int32_t before,
-                   biz::IMCountCallback done) {
+                   biz::IMCallback<biz::IMCount> done) {
   Delete(
-      state, key,
-      [key, from](MessageStore& store) {
-        return store.DeleteNext(key, from ? *from : store.BeginDeleteAll(key));
+      state, cid,
+      [cid, from](MessageStore& store) {
+        return store.DeleteNext(cid, from ? *from : store.BeginDeleteAll(cid));
       },
-      [state, key, before, done = std::move(done)](const biz::ResultCode& result,
+      [state, cid, before, done = std::move(done)](const biz::ResultCode& result,
                                                    const Removed& removed) {
         const std::int32_t count = before + removed.count;
-        if (!result.ok() || removed.count < kDeletedAtOnce) return done(result, count);
-        DeleteAllFrom(state, key, removed.oldest, count, done);
+        if (!result.ok() || removed.count < kDeletedAtOnce) return done(result, {count});
+        DeleteAllFrom(state, cid, removed.oldest, count, done);
       });
 }
 
 }  // namespace
 
-void Conversation::GetLocalHisMsg(const biz::IMPageRequest& request, biz::IMPageCallback done) {
-  if (request.autoroam && !key_.is_virtual()) {
-    return OnWorker(
-        state(),
-        [roamer = account_.roamer, cid = key_.cid, request, done](AccountState&) {
-          roamer->LocalPage(cid, request, done);
-        },
-        [done](const biz::ResultCode& why) { done(why, {}); });
+void Conversation::GetLocalHisMsg(const biz::IMPageRequest& request,
+                                  biz::IMCallback<biz::IMMessagePage> done) {
+  if (request.autoroam && Allows(cid_.type, Ability::kRoam).ok()) {
+    return Pass(std::move(done), [request](const auto& account, const auto& cid, auto answer) {
+      account.roamer->LocalPage(cid, request, answer);
+    });
   }
-  Query<biz::IMMessagePage>(state(), std::move(done), [key = key_, request](AccountState& here) {
-    return here.store.Page(key, request);
+  Query<biz::IMMessagePage>(state(), std::move(done), [cid = cid_, request](AccountState& here) {
+    return here.store.Page(cid, request);
   });
 }
 
-void Conversation::GetRemoteHisMsg(const biz::IMPageRequest& request, biz::IMPageCallback done) {
-  if (NeedsPeer(done)) return;
-  OnWorker(
-      state(),
-      [roamer = account_.roamer, cid = key_.cid, request, done](AccountState&) {
-        roamer->RemotePage(cid, request, done);
-      },
-      [done](const biz::ResultCode& why) { done(why, {}); });
+void Conversation::GetRemoteHisMsg(const biz::IMPageRequest& request,
+                                   biz::IMCallback<biz::IMMessagePage> done) {
+  if (Refuses(Ability::kRoam, done)) return;
+  Pass(std::move(done), [request](const auto& account, const auto& cid, auto answer) {
+    account.roamer->RemotePage(cid, request, answer);
+  });
 }
 
-void Conversation::RoamMsg(const biz::IMRoamRequest& request, biz::IMRoamCallback done) {
-  if (NeedsPeer(done)) return;
-  OnWorker(
-      state(),
-      [roamer = account_.roamer, cid = key_.cid, request, done](AccountState&) {
-        roamer->Roam(cid, request, done);
-      },
-      [done](const biz::ResultCode& why) { done(why, {}); });
+void Conversation::RoamMsg(const biz::IMRoamRequest& request, biz::IMCallback<biz::IMRoamed> done) {
+  if (Refuses(Ability::kRoam, done)) return;
+  Pass(std::move(done), [request](const auto& account, const auto& cid, auto answer) {
+    account.roamer->Roam(cid, request, answer);
+  });
 }
 
-void Conversation::ClearRoamedTime(biz::IMDoneCallback done) {
-  if (NeedsPeer(done)) return;
-  OnWorker(
-      state(),
-      [roamer = account_.roamer, cid = key_.cid, done](AccountState&) { roamer->Clear(cid, done); },
-      done);
+void Conversation::ClearRoamedTime(const biz::IMNothing&, biz::IMCallback<> done) {
+  if (Refuses(Ability::kRoam, done)) return;
+  Pass(std::move(done), [](const auto& account, const auto& cid, auto answer) {
+    account.roamer->Clear(cid, answer);
+  });
 }
 
-void Conversation::SearchMsgByID(std::int64_t msgid, biz::IMPageCallback done) {
+void Conversation::SearchMsgByID(const biz::IMMsgRequest& request,
+                                 biz::IMCallback<biz::IMMessagePage> done) {
   const auto answer = [done = std::move(done)](const biz::ResultCode& result,
-                                               biz::IMMessagePage page) {
-    if (!result.ok() || !page.msgs.empty()) return done(result, std::move(page));
+                                               const biz::IMMessagePage& page) {
+    if (!result.ok() || !page.msgs.empty()) return done(result, page);
     done({biz::kEngineNotFound, 0, L"there is no such message"}, {});
   };
-  Query<biz::IMMessagePage>(state(), answer, [key = key_, msgid](AccountState& here) {
+  Query<biz::IMMessagePage>(state(), answer, [cid = cid_, request](AccountState& here) {
     biz::IMMessagePage page;
     page.outofcache = true;
-    if (auto found = here.store.Find(key, msgid)) page.msgs.push_back(std::move(*found));
+    if (auto found = here.store.Find(cid, request.msgid)) page.msgs.push_back(std::move(*found));
     return page;
   });
 }
 
-void Conversation::SearchMsg(const biz::IMSearchRequest& request, biz::IMSearchCallback done) {
+void Conversation::SearchMsg(const biz::IMSearchRequest& request,
+                             biz::IMCallback<biz::IMSearchPage> done) {
   if (const auto why = CheckSearch(request); !why.ok()) return done(why, {});
-  Query<biz::IMSearchPage>(state(), std::move(done), [key = key_, request](AccountState& here) {
-    return here.store.search().Search(key, request);
+  Query<biz::IMSearchPage>(state(), std::move(done), [cid = cid_, request](AccountState& here) {
+    return here.store.search().Search(cid, request);
   });
 }
 
 void Conversation::GetMsgPicture(const biz::IMPictureRequest& request,
-                                 biz::IMPicturesCallback done) {
-  Query<std::vector<biz::IMMsgPicture>>(state(), std::move(done),
-                                        [key = key_, request](AccountState& here) {
-                                          return here.store.search().Pictures(key, request);
-                                        });
+                                 biz::IMCallback<biz::IMPictures> done) {
+  Query<biz::IMPictures>(state(), std::move(done), [cid = cid_, request](AccountState& here) {
+    return biz::IMPictures{here.store.search().Pictures(cid, request)};
+  });
 }
 
-void Conversation::DeleteLocalMsg(const std::vector<std::int64_t>& msgids,
-                                  biz::IMCountCallback done) {
+void Conversation::DeleteLocalMsg(const biz::IMDeleteRequest& request,
+                                  biz::IMCallback<biz::IMCount> done) {
+  if (request.all) return DeleteAllFrom(state(), cid_, {}, 0, std::move(done));
   Delete(
-      state(), key_,
-      [key = key_, msgids](MessageStore& store) { return store.Delete(key, msgids); },
+      state(), cid_,
+      [cid = cid_, request](MessageStore& store) { return store.Delete(cid, request.msgids); },
       [done = std::move(done)](const biz::ResultCode& result, const Removed& removed) {
-        done(result, removed.count);
+        done(result, {removed.count});
       });
-}
-
-void Conversation::DeleteAllLocalMsg(biz::IMCountCallback done) {
-  DeleteAllFrom(state(), key_, {}, 0, std::move(done));
 }
 
 }  // namespace imsdk::account

@@ -5,49 +5,55 @@
 #include <optional>
 #include <vector>
 
-#include "account/conversations/link_message.h"
 #include "account/conversations/page_limits.h"
-#include "account/store/completeness.h"
 
 namespace imsdk::account {
 
 namespace {
 
 constexpr std::int32_t kFetchCount = 200;  // messages that are fetched at a time
+constexpr int kCatchUpsAtOnce = 4;
+constexpr std::size_t kRememberedPlaces = 256;
 
 // A request to roam is no page: however many it names, they come part by part.
 std::int32_t RoamCountOf(std::int32_t wanted) {
   return CountOf(wanted, std::numeric_limits<std::int32_t>::max());
 }
 
-biz::IMMsgPosition ToLink(const Position& position) { return {position.msgtime, position.msgid}; }
+// Whether trying again later may help.
+bool MayPass(const biz::ResultCode& why) {
+  return why.code == biz::kEngineNoLink || why.code == biz::kEngineTimeout ||
+         why.code == biz::kEngineNotLoggedIn || why.code == biz::kEngineBusy ||
+         why.code == biz::kEngineStorage;
+}
 
 }  // namespace
 
 struct Roamer::PageJob {
-  biz::IMUserID cid;
   biz::IMPageRequest request;
-  biz::IMPageCallback done;
+  biz::IMCallback<biz::IMMessagePage> done;
+  std::shared_ptr<Descent> descent;
 };
 
 struct Roamer::RoamJob {
   biz::IMRoamRequest request;
-  link::HistoryRequest next;
+  link::GetHistory next;
   biz::IMRoamed roamed;
-  biz::IMRoamCallback done;
+  biz::IMCallback<biz::IMRoamed> done;
+  std::shared_ptr<Walk> walk = std::make_shared<Walk>();
 };
 
-void Roamer::Enter(const biz::IMUserID& cid, Job job) {
+void Roamer::Enter(const biz::IMConversationID& cid, Job job) {
   std::deque<Job>& jobs = jobs_[cid];
   jobs.push_back(std::move(job));
   if (jobs.size() == 1) Begin(cid, Job(jobs.front()));
 }
 
-void Roamer::Begin(const biz::IMUserID& cid, const Job& job) {
+void Roamer::Begin(const biz::IMConversationID& cid, const Job& job) {
   job([this, cid] { Leave(cid); });
 }
 
-void Roamer::Leave(const biz::IMUserID& cid) {
+void Roamer::Leave(const biz::IMConversationID& cid) {
   const auto jobs = jobs_.find(cid);
   jobs->second.pop_front();
   if (jobs->second.empty()) {
@@ -61,76 +67,143 @@ void Roamer::Leave(const biz::IMUserID& cid) {
   });
 }
 
-void Roamer::LocalPage(const biz::IMUserID& cid, const biz::IMPageRequest& request,
-                       biz::IMPageCallback done) {
+void Roamer::LocalPage(const biz::IMConversationID& cid, const biz::IMPageRequest& request,
+                       biz::IMCallback<biz::IMMessagePage> done) {
   Enter(cid, [this, cid, request, done = std::move(done)](const auto& leave) {
-    auto finish = [leave, done](const biz::ResultCode& result, biz::IMMessagePage page) {
+    auto finish = [leave, done](const biz::ResultCode& result, const biz::IMMessagePage& page) {
       leave();
-      done(result, std::move(page));
+      done(result, page);
     };
     if (!state_->ended) state_->commit.Flush();  // what was done before is part of the page
-    FillPage(std::make_shared<PageJob>(PageJob{cid, request, std::move(finish)}));
+    FillPage(std::make_shared<PageJob>(
+        PageJob{request, std::move(finish), std::make_shared<Descent>(Descent{cid})}));
   });
 }
 
 void Roamer::FillPage(const std::shared_ptr<PageJob>& job) {
   if (state_->ended) return job->done(NotLoggedIn(), {});
+  const biz::IMConversationID& cid = job->descent->cid;
   biz::IMMessagePage page;
-  Completeness complete;
+  Part part;
   biz::IMPageRequest bounded = job->request;
   bounded.ignoreboundary = false;
   const biz::ResultCode read = sqlite::Guarded([&] {
-    page = state_->store.Page(job->cid, bounded);
-    complete = state_->store.conversations().Complete(job->cid);
+    page = state_->store.Page(cid, bounded);
+    part = state_->store.parts().Current(state_->store.conversations().Find(cid));
   });
-  if (!read.ok() || !Lacks(complete, bounded, page)) return job->done(read, std::move(page));
-  link::HistoryRequest request;
-  request.peer = job->cid;
-  request.position = ToLink(complete.from);
-  request.count = kFetchCount;
-  Fetch(request, true, [this, job](const biz::ResultCode& result, const link::History&, int) {
+  if (!read.ok() || !Lacks(part, bounded, page)) return job->done(read, page);
+  Descend(job->descent, [this, job](const biz::ResultCode& result, const link::History&, auto) {
     if (result.ok()) return FillPage(job);
     if (state_->ended) return job->done(NotLoggedIn(), {});
     biz::IMMessagePage stored;
-    sqlite::Guarded([&] { stored = state_->store.Page(job->cid, job->request); });
-    const bool some = !stored.msgs.empty();
-    job->done(some ? biz::ResultCode{} : result, std::move(stored));
+    sqlite::Guarded([&] { stored = state_->store.Page(job->descent->cid, job->request); });
+    if (!stored.msgs.empty()) return job->done({}, stored);
+    job->done(result, {});
   });
 }
 
-void Roamer::RemotePage(const biz::IMUserID& cid, const biz::IMPageRequest& request,
-                        biz::IMPageCallback done) {
+void Roamer::Descend(const std::shared_ptr<Descent>& descent, Fetched done) {
+  Part part;
+  const biz::ResultCode read = sqlite::Guarded([&] {
+    part = state_->store.parts().Current(state_->store.conversations().Find(descent->cid));
+  });
+  if (!read.ok()) return done(read, {}, 0);
+  // What has come since may have cut the walk off from the part.
+  const bool goes_on = descent->walk.joined == part.number && !descent->next.empty();
+  link::GetHistory request;
+  request.cid = descent->cid;
+  request.place = goes_on ? descent->next : part.edge;
+  request.count = kFetchCount;
+  const auto walk = std::make_shared<Walk>(descent->walk);
+  Fetch(request, walk,
+        [descent, walk, done = std::move(done)](const biz::ResultCode& result,
+                                                const link::History& history, std::int32_t fresh) {
+          if (result.ok()) {
+            descent->walk = *walk;
+            descent->next = history.next;
+          }
+          done(result, history, fresh);
+        });
+}
+
+link::GetHistory Roamer::Wanted(const biz::IMConversationID& cid,
+                                const biz::IMPageRequest& request) {
+  const Position at{request.msgtime, request.msgid};
+  link::GetHistory wanted;
+  wanted.cid = cid;
+  wanted.older = request.gohistory || at.is_end();
+  wanted.count = CountOf(request.count);
+  if (at.is_end()) return wanted;
+  const auto turn = places_.find({cid, at, wanted.older});
+  if (turn != places_.end()) {
+    wanted.place = turn->second;
+  } else {
+    const Part part = state_->store.parts().Current(state_->store.conversations().Find(cid));
+    wanted.place = wanted.older && at == part.reach ? part.edge : std::string();
+    if (wanted.place.empty()) wanted.place = state_->store.ServerPlace(cid, at.msgid);
+  }
+  if (wanted.place.empty()) wanted.time = request.msgtime;
+  return wanted;
+}
+
+void Roamer::Remember(const Turn& turn, const std::string& place) {
+  if (place.empty() || !places_.insert_or_assign(turn, place).second) return;
+  places_order_.push_back(turn);
+  if (places_order_.size() <= kRememberedPlaces) return;
+  places_.erase(places_order_.front());
+  places_order_.pop_front();
+}
+
+void Roamer::Remember(const link::GetHistory& request, const link::History& history) {
+  if (history.msgs.empty()) return;
+  const auto remember = [&](const link::Message& edge, bool older) {
+    const std::string& place =
+        older == request.older && !history.next.empty() ? history.next : edge.place;
+    Remember({request.cid, {edge.msgtime, edge.msgid}, older}, place);
+  };
+  remember(history.msgs.front(), true);
+  remember(history.msgs.back(), false);
+}
+
+void Roamer::RemotePage(const biz::IMConversationID& cid, const biz::IMPageRequest& request,
+                        biz::IMCallback<biz::IMMessagePage> done) {
   Enter(cid, [this, cid, request, done = std::move(done)](const auto& leave) {
-    link::HistoryRequest wanted;
-    wanted.peer = cid;
-    wanted.position = {request.msgtime, request.msgid};
-    wanted.older = request.gohistory;
-    wanted.count = CountOf(request.count);
-    Fetch(wanted, request.autoroam,
-          [this, leave, done](const biz::ResultCode& result, const link::History& history, int) {
+    auto finish = [leave, done](const biz::ResultCode& result, const biz::IMMessagePage& page) {
+      leave();
+      done(result, page);
+    };
+    if (state_->ended) return finish(NotLoggedIn(), {});
+    link::GetHistory wanted;
+    const biz::ResultCode read = sqlite::Guarded([&] { wanted = Wanted(cid, request); });
+    if (!read.ok()) return finish(read, {});
+    Fetch(wanted, request.autoroam ? std::make_shared<Walk>() : nullptr,
+          [this, wanted, finish, kept = request.autoroam](const biz::ResultCode& result,
+                                                          const link::History& history, auto) {
+            if (!result.ok()) return finish(result, {});
+            if (!kept) KeepFiles(history);
+            Remember(wanted, history);
             biz::IMMessagePage page;
-            page.outofcache = !history.more;
+            page.outofcache = history.next.empty();
             // What the account knows better: its own flags.
-            const biz::ResultCode read = sqlite::Guarded([&] {
+            const biz::ResultCode found = sqlite::Guarded([&] {
               for (const link::Message& from : history.msgs) {
-                biz::IMMessage message = FromHistory(from, state_->self);
+                biz::IMMessage message = mailbox_->FromServer(from).message;
+                if (message.msgstatus == biz::kMsgReceived) message.readflag = biz::kMsgRead;
                 auto own = state_->store.Find(message.cid, message.msgid);
                 page.msgs.push_back(own ? std::move(*own) : std::move(message));
               }
             });
-            leave();
-            const biz::ResultCode& outcome = result.ok() ? read : result;
-            done(outcome, outcome.ok() ? std::move(page) : biz::IMMessagePage{});
+            finish(found, found.ok() ? page : biz::IMMessagePage{});
           });
   });
 }
 
-void Roamer::Roam(const biz::IMUserID& cid, const biz::IMRoamRequest& request,
-                  biz::IMRoamCallback done) {
+void Roamer::Roam(const biz::IMConversationID& cid, const biz::IMRoamRequest& request,
+                  biz::IMCallback<biz::IMRoamed> done) {
   Enter(cid, [this, cid, request, done = std::move(done)](const auto& leave) {
     const auto job = std::make_shared<RoamJob>();
     job->request = request;
-    job->next.peer = cid;
+    job->next.cid = cid;
     job->next.btime = request.btime;
     job->next.etime = request.etime;
     job->done = [leave, done](const biz::ResultCode& result, const biz::IMRoamed& roamed) {
@@ -144,74 +217,137 @@ void Roamer::Roam(const biz::IMUserID& cid, const biz::IMRoamRequest& request,
 void Roamer::GoOn(const std::shared_ptr<RoamJob>& job) {
   const std::int32_t left = RoamCountOf(job->request.count) - job->roamed.roamedcount;
   job->next.count = job->request.autoroam ? kFetchCount : std::min(left, kFetchCount);
-  Fetch(job->next, true,
-        [this, job](const biz::ResultCode& result, const link::History& history, int fresh) {
-          if (!result.ok()) return job->done(result, job->roamed);
-          job->roamed.roamedcount += static_cast<std::int32_t>(history.msgs.size());
-          job->roamed.affectcount += fresh;
-          const bool enough =
-              !job->request.autoroam && job->roamed.roamedcount >= RoamCountOf(job->request.count);
-          if (enough || !history.more) return job->done({}, job->roamed);
-          job->next.position = {history.msgs.front().msgtime, history.msgs.front().msgid};
-          GoOn(job);
-        });
+  Fetch(
+      job->next, job->walk,
+      [this, job](const biz::ResultCode& result, const link::History& history, std::int32_t fresh) {
+        if (!result.ok()) return job->done(result, job->roamed);
+        job->roamed.roamedcount += static_cast<std::int32_t>(history.msgs.size());
+        job->roamed.affectcount += fresh;
+        const bool enough =
+            !job->request.autoroam && job->roamed.roamedcount >= RoamCountOf(job->request.count);
+        if (enough || history.next.empty()) return job->done({}, job->roamed);
+        job->next.place = history.next;
+        GoOn(job);
+      });
 }
 
-void Roamer::Clear(const biz::IMUserID& cid, biz::IMDoneCallback done) {
+void Roamer::Clear(const biz::IMConversationID& cid, biz::IMCallback<> done) {
   Enter(cid, [this, cid, done = std::move(done)](const auto& leave) {
     if (state_->ended) {
       leave();
       return done(NotLoggedIn());
     }
-    state_->commit.Add(
-        [this, cid](sqlite::Database&) { state_->store.conversations().ClearComplete(cid); },
-        [leave, done](const biz::ResultCode& stored) {
-          leave();
-          done(stored);
-        });
+    state_->commit.Add([this, cid](sqlite::Database&) { state_->store.ClearComplete(cid); },
+                       [leave, done](const biz::ResultCode& stored) {
+                         leave();
+                         done(stored);
+                       });
   });
 }
 
-void Roamer::Fetch(const link::HistoryRequest& request, bool keep, Fetched done) {
-  if (state_->ended) return done(NotLoggedIn(), {}, 0);
-  state_->line->Ask<link::History>(
-      [request](link::Session& session, link::HistoryCallback answer) {
-        session.GetHistory(request, std::move(answer));
+void Roamer::Connected() {
+  std::vector<biz::IMConversationID> wanting;
+  sqlite::Guarded([&] { wanting = state_->store.conversations().Wanting(); });
+  for (const auto& cid : wanting) CatchUp(cid);
+}
+
+void Roamer::CatchUp(const biz::IMConversationID& cid) {
+  if (!state_->line->connected() || !catching_up_.insert(cid).second) return;
+  wanting_.push_back(cid);
+  CatchUpNext();
+}
+
+void Roamer::CatchUpNext() {
+  while (under_way_ < kCatchUpsAtOnce && !wanting_.empty()) {
+    const biz::IMConversationID cid = std::move(wanting_.front());
+    wanting_.pop_front();
+    ++under_way_;
+    Enter(cid, [this, cid](const auto& leave) {
+      FillHole(std::make_shared<Descent>(Descent{cid}), leave);
+    });
+  }
+}
+
+void Roamer::FillHole(const std::shared_ptr<Descent>& descent, const std::function<void()>& leave) {
+  if (state_->ended) return EndCatchUp(descent->cid, false, leave);
+  Descend(descent, [this, descent, leave](const biz::ResultCode& result, const auto&, auto) {
+    if (!result.ok()) return EndCatchUp(descent->cid, !MayPass(result), leave);
+    bool open = false;
+    const biz::ResultCode read = sqlite::Guarded([&] {
+      const std::int64_t conversation = state_->store.conversations().Find(descent->cid);
+      open = state_->store.parts().Below(conversation).has_value();
+    });
+    if (read.ok() && open) return FillHole(descent, leave);
+    EndCatchUp(descent->cid, read.ok(), leave);
+  });
+}
+
+void Roamer::EndCatchUp(const biz::IMConversationID& cid, bool close,
+                        const std::function<void()>& leave) {
+  const auto end = [this, cid, leave] {
+    leave();
+    --under_way_;
+    catching_up_.erase(cid);
+    CatchUpNext();
+  };
+  if (!close || state_->ended) return end();
+  // Also when the server refuses: what it does not give is not waited for.
+  state_->commit.Add(
+      [this, cid](sqlite::Database&) {
+        const std::int64_t conversation = state_->store.conversations().Find(cid);
+        state_->store.parts().CloseHole(conversation);
+        state_->store.conversations().SetWanting(conversation, false);
       },
-      [weak = weak_from_this(), request, keep, done = std::move(done)](
-          const biz::ResultCode& result, const link::History& history) {
-        const auto self = weak.lock();
-        if (!self) return;
-        if (!result.ok() || !keep) return done(result, history, 0);
-        if (history.msgs.empty() && history.more) {
-          return done({biz::kEngineNoLink, 0, L"the server's answer makes no sense"}, {}, 0);
-        }
-        self->Keep(request, history, done);
+      [end](const biz::ResultCode&) { end(); });
+}
+
+void Roamer::Fetch(const link::GetHistory& request, std::shared_ptr<Walk> walk, Fetched done) {
+  state_->line->Ask(request, [weak = weak_from_this(), request, walk, done = std::move(done)](
+                                 const biz::ResultCode& result, const link::History& history) {
+    const auto self = weak.lock();
+    if (!self) return;
+    if (!result.ok()) return done(result, {}, 0);
+    const bool stands_still =
+        history.msgs.empty() && !history.next.empty() && history.next == request.place;
+    if (stands_still) {
+      return done({biz::kEngineNoLink, 0, L"the server's answer makes no sense"}, {}, 0);
+    }
+    if (!walk) return done(result, history, 0);
+    self->Keep(request, history, walk, done);
+  });
+}
+
+void Roamer::Keep(const link::GetHistory& request, const link::History& history,
+                  std::shared_ptr<Walk> walk, Fetched done) {
+  struct Outcome {
+    Walk walk;
+    std::int32_t fresh = 0;
+    Mailbox::Happenings happenings;
+  };
+  const auto outcome = std::make_shared<Outcome>();
+  state_->commit.Add(
+      [this, request, history, walk, outcome](sqlite::Database&) {
+        *outcome = {*walk, 0, {}};
+        outcome->happenings =
+            mailbox_->StoreHistory(outcome->walk, request, history, &outcome->fresh);
+      },
+      [this, history, walk, outcome, done = std::move(done)](const biz::ResultCode& stored) {
+        if (!stored.ok()) return done(stored, {}, 0);
+        *walk = outcome->walk;
+        mailbox_->MakeKnown(std::move(outcome->happenings));
+        done({}, history, outcome->fresh);
       });
 }
 
-void Roamer::Keep(const link::HistoryRequest& request, const link::History& history, Fetched done) {
-  const auto fresh = std::make_shared<int>(0);
-  const auto newest = std::make_shared<std::optional<biz::IMMessage>>();
+void Roamer::KeepFiles(const link::History& history) {
+  const bool some = std::any_of(history.msgs.begin(), history.msgs.end(),
+                                [](const link::Message& one) { return !one.files.empty(); });
+  if (!some) return;
   state_->commit.Add(
-      [this, request, history, fresh, newest](sqlite::Database&) {
-        *fresh = 0;
-        newest->reset();
-        for (const link::Message& from : history.msgs) {
-          biz::IMMessage message = FromHistory(from, state_->self);
-          if (!state_->store.AddSynced(message, Synced::kRoamed)) continue;
-          ++*fresh;
-          *newest = std::move(message);
-        }
-        ConversationTable& table = state_->store.conversations();
-        const Completeness complete = Extended(table.Complete(request.peer), request, history);
-        table.SetComplete(request.peer, complete.from, complete.whole);
+      [this, history](sqlite::Database&) {
+        for (const link::Message& from : history.msgs) mailbox_->KeepFiles(from);
       },
-      [this, history, fresh, newest, done = std::move(done)](const biz::ResultCode& stored) {
-        if (!stored.ok()) return done(stored, {}, 0);
-        if (*newest) state_->chat.AddSeen((*newest)->cid, **newest);
-        done({}, history, *fresh);
-      });
+      [](const biz::ResultCode&) {});
 }
 
 }  // namespace imsdk::account

@@ -1,9 +1,9 @@
 // Where an account's stores and files lie inside the data folder.
 //
-//   server/server.db             the embedded server
 //   client/ids.db                message numbering
 //   accounts/ACCOUNT/messages.db one account's own store
-//   files/ACCOUNT/MD5.EXT        pictures and files that the account sent
+//   accounts/ACCOUNT/incoming/   files on their way here
+//   files/ACCOUNT/MD5.EXT        pictures and files that the account sent or fetched
 #pragma once
 
 #include <filesystem>
@@ -32,7 +32,6 @@ class DataFolder {
   explicit DataFolder(std::filesystem::path root) : root_(std::move(root)) {}
 
   const std::filesystem::path& root() const { return root_; }
-  std::filesystem::path ServerStore() const { return root_ / "server" / "server.db"; }
   std::filesystem::path MessageIds() const { return root_ / "client" / "ids.db"; }
   std::filesystem::path DeviceName() const { return root_ / "client" / "device"; }
   std::filesystem::path AccountFolder(const biz::IMUserID& user) const {
@@ -40,6 +39,13 @@ class DataFolder {
   }
   std::filesystem::path MessageStore(const biz::IMUserID& user) const {
     return AccountFolder(user) / "messages.db";
+  }
+  std::filesystem::path IncomingFolder(const biz::IMUserID& user) const {
+    return AccountFolder(user) / "incoming";
+  }
+  // A file of an account; `name` is its digest and type.
+  std::filesystem::path FileOf(const biz::IMUserID& user, const std::string& name) const {
+    return root_ / FilesFolder(user) / name;
   }
   // The folder of an account's files, relative to the data folder.
   std::string FilesFolder(const biz::IMUserID& user) const {

@@ -4,7 +4,7 @@
 
 #include "kexbase/strings.h"
 #include "kexnet/escape.h"
-#include "link/server_link.h"
+#include "link/message.h"
 
 namespace imsdk::account {
 
@@ -63,7 +63,7 @@ bool HasInputStatus(const std::vector<biz::IMBodyItem>& items) {
                      [](const biz::IMBodyItem& item) { return item.type == biz::kMsgInputStatus; });
 }
 
-std::optional<biz::IMInputStatus> InputStatusOf(const std::vector<biz::IMBodyItem>& items) {
+std::optional<biz::InputStatus> InputStatusOf(const std::vector<biz::IMBodyItem>& items) {
   if (items.size() != 1 || items.front().type != biz::kMsgInputStatus) return std::nullopt;
   if (items.front().value == L"0") return biz::kInputStopped;
   if (items.front().value == L"1") return biz::kInputTyping;

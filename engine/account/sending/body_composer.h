@@ -19,7 +19,7 @@ biz::EngineCode CheckBody(const std::vector<biz::IMBodyItem>& items, std::size_t
 // Whether an item is a typing state, which is no part of a message.
 bool HasInputStatus(const std::vector<biz::IMBodyItem>& items);
 // The typing state that the only item is; nothing when the items are anything else.
-std::optional<biz::IMInputStatus> InputStatusOf(const std::vector<biz::IMBodyItem>& items);
+std::optional<biz::InputStatus> InputStatusOf(const std::vector<biz::IMBodyItem>& items);
 
 struct ComposedBody {
   // When a file could not be kept or the text is too long; the body then names what was asked for.

@@ -1,4 +1,4 @@
-// The messages that an account sends, from the first call to the answer of the server.
+// The messages that an account sends, from the first call to the word of the server.
 #pragma once
 
 #include <atomic>
@@ -8,16 +8,17 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "account/files/courier.h"
 #include "account/sending/body_composer.h"
 #include "account/session/account_state.h"
-#include "imsdk/biz/message.h"
-#include "imsdk/biz/single_chat.h"
+#include "imsdk/biz/conversation.h"
 #include "kexbase/lock.h"
-#include "link/server_link.h"
+#include "link/operations.h"
 
 namespace imsdk::account {
 
@@ -26,18 +27,20 @@ namespace imsdk::account {
 inline constexpr int kMostOpenMessages = 10'000;
 inline constexpr std::size_t kMostOpenContent = 4 * kMaxFileBytes;
 
-// A message is stored as sending, announced, handed to the link, then stored as sent or failed,
-// and its status is raised. What is stored as sending when the account stops is handed over again
-// at the next login; the server recognises what it has.
+// A message is stored as sending and announced; its files are brought to the server, in the order
+// of its conversation; it is handed to the link, until the server has it in its archive; then it is
+// stored as sent or failed, and its status is raised. One that the server took and has not archived
+// in time is handed over again, and so is, at the next login, what is stored as sending when the
+// account stops: the server recognises what it has.
 class Outbox : public std::enable_shared_from_this<Outbox> {
  public:
-  explicit Outbox(std::shared_ptr<AccountState> state) : state_(std::move(state)) {}
+  Outbox(std::shared_ptr<AccountState> state, std::shared_ptr<Courier> courier)
+      : state_(std::move(state)), courier_(std::move(courier)) {}
 
-  // Any thread. Both return 0 or an `EngineCode` that refuses.
-  std::int32_t Send(const biz::IMUserID& cid, std::vector<biz::IMBodyItem> items,
-                    const biz::IMSendOptions& options);
+  // Any thread. Both answer at once, good or with an `EngineCode` that refuses.
+  biz::ResultCode Send(const biz::IMConversationID& cid, const biz::IMSendRequest& request);
   // `at_once`: without a link, one is asked for and waited for.
-  std::int32_t Resend(const biz::IMUserID& cid, std::int64_t msgid, bool at_once);
+  biz::ResultCode Resend(const biz::IMConversationID& cid, const biz::IMResendRequest& request);
 
   // Logs the account out as far as the callers can tell: what they send from now on is refused, and
   // everything taken before is queued on the worker. False when it was logged out already.
@@ -50,36 +53,62 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   // How to ask for a link.
   void WantLink(std::function<void()> want_link) { want_link_ = std::move(want_link); }
   // The link is there: hands over what is open.
-  void Connect(std::shared_ptr<link::Session> session);
-  // The link is gone. What is open waits for the next `Connect`, at most for its time limit.
-  void Disconnect() { session_.reset(); }
-  // There is no hope for a link now: what is open fails, and so does what comes.
+  void Connected();
+  // The link is gone. What is open waits for the next one, at most for its time limit.
+  void Disconnected();
+  // There is no hope for a link now: what is open fails, and so does what comes. What the server
+  // has taken waits on.
   void GiveUp(const biz::ResultCode& why);
+  // The store knows by the server's own word that it has this message; so it was before.
+  void Archived(const biz::IMMessage& message, std::int64_t svrtime);
   // Forgets what is open; the store keeps it as sending.
   void Close();
 
  private:
-  using Deadline = std::chrono::steady_clock::time_point;
+  using Clock = std::chrono::steady_clock;
+  using Deadline = Clock::time_point;
 
-  // Handed over, or waiting for the link.
+  enum class Stage {
+    kWaiting,    // for the link, or for its turn behind a message whose files are on their way
+    kPreparing,  // its files are on their way
+    kHanded,
+    kTaken,  // by a server that may still lose it
+  };
   struct Open {
     biz::IMMessage message;
     Deadline deadline;
+    Stage stage = Stage::kWaiting;
+    int taken = 0;  // how often
+  };
+  // What is put together with a message before it is handed over.
+  struct Parcel {
+    std::int64_t msgid = 0;
+    std::uint64_t link = 0;  // number of the link that it is for
+    std::vector<std::string> names;
+    std::vector<link::File> files{};
   };
 
   // The one item of a typing state goes to the peer and nowhere else.
-  std::int32_t SendInputStatus(const biz::IMUserID& cid, const std::vector<biz::IMBodyItem>& items);
+  biz::ResultCode SendInputStatus(const biz::IMConversationID& cid,
+                                  const std::vector<biz::IMBodyItem>& items);
   void AddOpen(biz::IMMessage message);
-  void Prepare(biz::IMMessage message, const std::vector<biz::IMBodyItem>& items,
-               const biz::IMSendOptions& options);
+  void SetDeadline(std::int64_t msgid, Open& open);
+  void Prepare(biz::IMMessage message, const biz::IMSendRequest& request);
   // The stored message `msgid` as a body to send.
   ComposedBody Forwarded(std::int64_t msgid);
   void Announce(const biz::IMMessage& message, const biz::ResultCode& problem,
                 const biz::ResultCode& stored);
-  void TryAgain(const biz::IMUserID& cid, std::int64_t msgid);
+  void TryAgain(const biz::IMConversationID& cid, std::int64_t msgid);
   void HandOver(const biz::IMMessage& message);
-  void Deliver(const biz::IMMessage& message);
-  void Answered(std::int64_t msgid, const biz::ResultCode& result, std::int64_t svrtime);
+  // Hands over what is first in its conversation, and what follows until files are to be waited
+  // for.
+  void Queue(const biz::IMConversationID& cid, std::int64_t msgid);
+  void TakeTurns(const biz::IMConversationID& cid);
+  void FetchFiles(const std::shared_ptr<Parcel>& parcel);
+  void Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result);
+  void Deliver(const Parcel& parcel);
+  void Delivered(std::int64_t msgid, const biz::ResultCode& result, const link::Delivered& how);
+  void Answered(std::int64_t msgid, const biz::ResultCode& result, const link::Delivered& how = {});
   // Tells the outcome; `again` when the message may be sent again.
   void Settle(const biz::IMMessage& message, const biz::ResultCode& result, std::int64_t svrtime,
               bool again);
@@ -88,6 +117,7 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   void WaitForDeadline();
 
   const std::shared_ptr<AccountState> state_;
+  const std::shared_ptr<Courier> courier_;
   std::atomic<int> open_count_{0};
   std::atomic<std::size_t> open_content_{0};
 
@@ -95,13 +125,15 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   // the end of the account.
   base::Lock queue_lock_;
   base::Lock failed_lock_;
-  std::unordered_map<std::int64_t, biz::IMUserID> failed_;  // may be sent again
+  std::unordered_map<std::int64_t, biz::IMConversationID> failed_;  // may be sent again
 
   std::function<void()> want_link_;
-  std::shared_ptr<link::Session> session_;
+  std::uint64_t link_ = 0;  // numbers the links
   bool hopeless_ = false;
   std::map<std::int64_t, Open> open_;
-  // In order. An entry is stale when its message is not open any more, or open anew.
+  // Messages whose turn has not come; the first one's files are on their way.
+  std::unordered_map<biz::IMConversationID, std::deque<std::int64_t>> turns_;
+  // In order. An entry is stale when its message is not open any more, or has another deadline.
   std::deque<std::pair<Deadline, std::int64_t>> deadlines_;
   bool waiting_ = false;
 };

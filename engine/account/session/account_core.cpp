@@ -32,10 +32,10 @@ class AccountCore::Listener : public link::SessionListener {
                       }));
   }
 
-  void OnSignal(const biz::IMUserID& from, std::int32_t status) override {
+  void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override {
     runner_->PostTask(FROM_HERE,
-                      base::BindWeak(core_, [attempt = attempt_, from, status](AccountCore& core) {
-                        core.Hear(attempt, from, status);
+                      base::BindWeak(core_, [attempt = attempt_, cid, status](AccountCore& core) {
+                        core.Hear(attempt, cid, status);
                       }));
   }
 
@@ -55,14 +55,18 @@ class AccountCore::Listener : public link::SessionListener {
 AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const biz::IMUserID& user,
                          const Worker& worker, std::wstring token, AccountHooks hooks)
     : state_(std::make_shared<AccountState>(std::move(environment), user, worker)),
-      outbox_(std::make_shared<Outbox>(state_)),
-      roamer_(std::make_shared<Roamer>(state_)),
+      mailbox_(std::make_shared<Mailbox>(*state_)),
+      courier_(std::make_shared<Courier>(state_)),
+      outbox_(std::make_shared<Outbox>(state_, courier_)),
+      roamer_(std::make_shared<Roamer>(state_, mailbox_)),
       reporter_(std::make_shared<Reporter>(state_)),
       hooks_(std::move(hooks)),
-      mailbox_(*state_),
-      token_(std::move(token)) {}
+      token_(std::move(token)) {
+  mailbox_->SetHooks({base::BindWeak(std::weak_ptr(outbox_), &Outbox::Archived),
+                      base::BindWeak(std::weak_ptr(roamer_), &Roamer::CatchUp)});
+}
 
-void AccountCore::Open(biz::IMDoneCallback done) {
+void AccountCore::Open(biz::IMCallback<> done) {
   state_->runner->PostTask(
       FROM_HERE, base::BindWeak(weak_from_this(), [done = std::move(done)](AccountCore& core) {
         if (core.state_->ended) return done(NotLoggedIn());
@@ -76,8 +80,10 @@ void AccountCore::Open(biz::IMDoneCallback done) {
 
 biz::ResultCode AccountCore::OpenStore() {
   std::error_code failure;
-  std::filesystem::create_directories(state_->environment->folder.AccountFolder(state_->self),
-                                      failure);
+  const DataFolder& folder = state_->environment->folder;
+  std::filesystem::create_directories(folder.AccountFolder(state_->self), failure);
+  // What an earlier session left in the middle.
+  std::filesystem::remove_all(folder.IncomingFolder(state_->self), failure);
   return sqlite::Guarded([&] {
     for (const StoredConversation& stored : state_->store.Conversations()) {
       state_->chat.AddConversation(stored);
@@ -95,12 +101,12 @@ void AccountCore::RenewToken(std::wstring token) {
                            }));
 }
 
-void AccountCore::Reconnect(biz::IMDoneCallback done) {
+void AccountCore::Reconnect(biz::IMCallback<> done) {
   state_->runner->PostTask(
       FROM_HERE, base::BindWeak(weak_from_this(), [done = std::move(done)](AccountCore& core) {
         if (core.state_->ended) return done(NotLoggedIn());
         core.waiting_.push_back(done);
-        if (const auto session = core.DropSession()) session->Close([](const auto&) {});
+        core.DropSession();
         core.Connect();
       }));
 }
@@ -109,35 +115,52 @@ void AccountCore::Connect() {
   const std::uint64_t attempt = ++attempt_;
   connecting_ = true;
   listener_ = std::make_shared<Listener>(weak_from_this(), state_->runner, attempt);
-  link::ConnectCallback answered = base::BindWeak(
-      weak_from_this(), [attempt](AccountCore& core, const biz::ResultCode& result,
-                                  std::shared_ptr<link::Session> session, std::int64_t position) {
-        core.ConnectAnswered(attempt, result, std::move(session), position);
+  std::function<void(const biz::ResultCode&, const link::Connected&)> answered =
+      base::BindWeak(weak_from_this(), [attempt](AccountCore& core, const biz::ResultCode& result,
+                                                 const link::Connected& connected) {
+        core.ConnectAnswered(attempt, result, connected);
       });
   const biz::ResultCode late{biz::kEngineTimeout, 0, L"the server did not answer in time"};
   const Environment& environment = *state_->environment;
-  environment.link->Connect(state_->self, token_, environment.device, listener_,
-                            AnswerWithin(state_->runner, environment.timeouts.login,
-                                         std::move(answered), late, nullptr, 0));
+  link::ConnectRequest request{state_->self, token_, environment.device, {}, listener_};
+  const biz::ResultCode read =
+      sqlite::Guarded([&] { request.position = state_->store.LinkPosition(); });
+  auto answer = AnswerWithin(state_->runner, environment.timeouts.login, std::move(answered), late,
+                             link::Connected{});
+  if (!read.ok()) return answer(read, {});
+  environment.link->Connect(request, std::move(answer));
 }
 
 void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& result,
-                                  std::shared_ptr<link::Session> session, std::int64_t position) {
+                                  const link::Connected& connected) {
   if (attempt != attempt_) return;
   connecting_ = false;
+  if (result.code == biz::kEnginePositionLost) return BeginAnew(result);
   if (!result.ok()) return ConnectFailed(result);
-  session_ = std::move(session);
-  state_->line->Connect(session_);
-  position_ = position;
+  session_ = connected.session;
+  state_->line->Connect(connected);
   state_->online = true;
   const bool first = std::exchange(opening_, false);
   outage_told_ = false;
   connected_at_ = std::chrono::steady_clock::now();
   proved_ = first;
-  if (!first) hooks_.reconnected();
   Tell(result);
-  outbox_->Connect(session_);
+  if (!first) hooks_.reconnected();
+  outbox_->Connected();
   reporter_->Connected();
+  roamer_->Connected();
+}
+
+void AccountCore::BeginAnew(const biz::ResultCode& why) {
+  std::string position;
+  sqlite::Guarded([&] { position = state_->store.LinkPosition(); });
+  if (position.empty()) return ConnectFailed(why);  // there was nothing to lose
+  state_->commit.Add([this](sqlite::Database&) { state_->store.LosePosition(); },
+                     [this, attempt = attempt_](const biz::ResultCode& stored) {
+                       if (attempt != attempt_ || state_->ended) return;
+                       if (!stored.ok()) return ConnectFailed(stored);
+                       Connect();
+                     });
 }
 
 void AccountCore::ConnectNow() {
@@ -168,14 +191,14 @@ void AccountCore::RetryLater() {
       retry_);
 }
 
-std::shared_ptr<link::Session> AccountCore::DropSession() {
+void AccountCore::DropSession() {
   ++attempt_;
   connecting_ = false;
   state_->online = false;
   state_->line->Drop({biz::kEngineNoLink, 0, L"the link was lost"});
-  outbox_->Disconnect();
+  outbox_->Disconnected();
   listener_.reset();
-  return std::exchange(session_, nullptr);
+  session_.reset();
 }
 
 void AccountCore::Lost(const biz::ResultCode& why) {
@@ -190,27 +213,28 @@ void AccountCore::Lost(const biz::ResultCode& why) {
 
 void AccountCore::Receive(std::uint64_t attempt, const std::shared_ptr<const link::Batch>& batch) {
   if (attempt != attempt_ || !session_) return;
-  if (batch->after != position_) {
-    return Lost({biz::kEngineNoLink, 0, L"messages were lost on the way"});
-  }
-  position_ = batch->upto;
-  const auto happenings = std::make_shared<std::vector<Mailbox::Happening>>();
+  const auto happenings = std::make_shared<Mailbox::Happenings>();
   state_->commit.Add(
-      [this, batch, happenings](sqlite::Database&) { *happenings = mailbox_.Store(*batch); },
+      [this, attempt, batch, happenings](sqlite::Database&) {
+        happenings->clear();
+        // Behind a batch that could not be stored no other one moves the position on.
+        if (attempt == attempt_) *happenings = mailbox_->Store(*batch);
+      },
       [this, attempt, batch, happenings](const biz::ResultCode& stored) {
-        if (attempt != attempt_ && !stored.ok()) return;
-        if (!stored.ok()) return Lost(stored);
-        if (attempt == attempt_) {
-          session_->Acknowledge(batch->upto);
+        const bool current = attempt == attempt_;
+        if (!stored.ok()) return current ? Lost(stored) : void();
+        if (current) {
+          session_->Acknowledge(batch->position);
           proved_ = true;
         }
-        mailbox_.MakeKnown(*batch, std::move(*happenings));
+        mailbox_->MakeKnown(*batch, std::move(*happenings));
       });
 }
 
-void AccountCore::Hear(std::uint64_t attempt, const biz::IMUserID& from, std::int32_t status) {
-  if (attempt != attempt_) return;
-  state_->events.on_peer_input(from, static_cast<biz::IMInputStatus>(status));
+void AccountCore::Hear(std::uint64_t attempt, const biz::IMConversationID& cid,
+                       std::int32_t status) {
+  if (attempt != attempt_ || !cid.is_user()) return;
+  state_->events.on_peer_input(cid.user, static_cast<biz::InputStatus>(status));
 }
 
 void AccountCore::SessionEnded(std::uint64_t attempt, const biz::ResultCode& why) {
@@ -220,26 +244,25 @@ void AccountCore::SessionEnded(std::uint64_t attempt, const biz::ResultCode& why
   hooks_.ended();
 }
 
-bool AccountCore::Close(biz::IMDoneCallback done) {
+bool AccountCore::Close(biz::IMCallback<> done) {
   if (!outbox_->StopTaking()) return false;
   state_->runner->PostTask(
       FROM_HERE, [core = shared_from_this(), done = std::move(done)] { core->End(done); });
   return true;
 }
 
-void AccountCore::End(biz::IMDoneCallback done) {
+void AccountCore::End(biz::IMCallback<> done) {
   state_->commit.Flush();
   state_->ended = true;
-  state_->line->Drop(NotLoggedIn());
-  const auto session = DropSession();
+  ++attempt_;
+  connecting_ = false;
+  state_->online = false;
+  listener_.reset();
+  session_.reset();
   outbox_->Close();
+  state_->line->Close([done = std::move(done)] { done({}); });
   state_->store.Close();
   Tell(NotLoggedIn());
-  if (!session) return done({});
-  // Whatever the server says, the account is logged out here.
-  link::DoneCallback closed = [done = std::move(done)](const biz::ResultCode&) { done({}); };
-  session->Close(AnswerWithin(state_->runner, state_->environment->timeouts.logout,
-                              std::move(closed), biz::ResultCode{}));
 }
 
 void AccountCore::Tell(const biz::ResultCode& outcome) {

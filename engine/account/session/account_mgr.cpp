@@ -1,7 +1,6 @@
 #include "account/session/account_mgr.h"
 
-#include "account/conversations/single_chat.h"
-#include "account/conversations/virtual_chat.h"
+#include "account/conversations/chat_mgr.h"
 #include "account/session/answer_within.h"
 
 namespace imsdk::account {
@@ -13,8 +12,11 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   explicit Account(std::shared_ptr<AccountCore> core)
       : core_(std::move(core)),
         state_(core_->parts().state),
-        chats_(new SingleChatMgr(core_->parts())),
-        virtual_chats_(new VirtualChatMgr(core_->parts())) {}
+        chats_(new ChatMgr<biz::IIMSingleChatMgr>(core_->parts(), {biz::kCIDUser}, state_->events)),
+        tribe_chats_(new ChatMgr<biz::IIMTribeChatMgr>(core_->parts(), {biz::kCIDTribe},
+                                                       state_->tribe_events)),
+        virtual_chats_(new ChatMgr<biz::IIMVirtualChatMgr>(
+            core_->parts(), {biz::kCIDSystem, biz::kCIDSubscribe}, state_->virtual_events)) {}
 
   const biz::IMUserID& GetSelfID() const override { return state_->self; }
   biz::IMAccountType GetAccountType() const override {
@@ -24,49 +26,47 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   }
   bool IsOnline() const override { return state_->online; }
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats_; }
+  RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats_; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
 
  private:
   const std::shared_ptr<AccountCore> core_;
   const std::shared_ptr<AccountState> state_;
   const RefPtr<biz::IIMSingleChatMgr> chats_;
+  const RefPtr<biz::IIMTribeChatMgr> tribe_chats_;
   const RefPtr<biz::IIMVirtualChatMgr> virtual_chats_;
 };
 
 }  // namespace
 
-void AccountMgr::LoginByPassword(const biz::IMUserID& user, const std::wstring& password,
-                                 biz::IMLoginCallback done) {
-  const biz::IMUserID known = WellFormed(user);
-  if (auto answer = BeginLogin(known, std::move(done))) {
-    environment_->link->LoginByPassword(known, password, std::move(answer));
-  }
+void AccountMgr::LoginByPassword(const biz::IMPasswordLogin& request,
+                                 biz::IMCallback<biz::IMLoginGrant> done) {
+  Login({request.userid, link::Password{request.password}}, std::move(done));
 }
 
-void AccountMgr::LoginByToken(const biz::IMUserID& user, const std::wstring& token,
-                              biz::IMLoginCallback done) {
-  const biz::IMUserID known = WellFormed(user);
-  if (auto answer = BeginLogin(known, std::move(done))) {
-    environment_->link->LoginByToken(known, token, std::move(answer));
-  }
+void AccountMgr::LoginByToken(const biz::IMTokenLogin& request,
+                              biz::IMCallback<biz::IMLoginGrant> done) {
+  Login({request.userid, link::Token{request.token}}, std::move(done));
 }
 
-link::GrantCallback AccountMgr::BeginLogin(const biz::IMUserID& user, biz::IMLoginCallback done) {
-  Login login{{user, {}, 0}, std::move(done)};
+void AccountMgr::Login(link::LoginRequest request, biz::IMCallback<biz::IMLoginGrant> done) {
+  const biz::IMUserID user = request.user = WellFormed(request.user);
+  Pending login{{user, {}, 0}, std::move(done)};
   if (!CanNameUser(user)) {
-    Tell(user, {biz::kEngineUnknownUser, 0, L"this cannot name a user"}, login);
-    return nullptr;
+    return Tell(user, {biz::kEngineUnknownUser, 0, L"this cannot name a user"}, login);
   }
-  link::GrantCallback answered = [this, user, login = std::move(login)](
+  link::LoginCallback answered = [this, user, login = std::move(login)](
                                      const biz::ResultCode& result, const link::Grant& grant) {
     Granted(user, result, {grant, login.done});
   };
-  return AnswerWithin(pool_->For(user).runner, environment_->timeouts.login, std::move(answered),
-                      biz::ResultCode{biz::kEngineTimeout, 0, L"the server did not answer in time"},
-                      link::Grant{});
+  environment_->link->Login(
+      request,
+      AnswerWithin(pool_->For(user).runner, environment_->timeouts.login, std::move(answered),
+                   biz::ResultCode{biz::kEngineTimeout, 0, L"the server did not answer in time"},
+                   link::Grant{}));
 }
 
-void AccountMgr::Granted(const biz::IMUserID& user, const biz::ResultCode& result, Login login) {
+void AccountMgr::Granted(const biz::IMUserID& user, const biz::ResultCode& result, Pending login) {
   if (!result.ok()) return Tell(user, result, login);
   std::shared_ptr<AccountCore> fresh;
   bool open = false;
@@ -78,6 +78,7 @@ void AccountMgr::Granted(const biz::IMUserID& user, const biz::ResultCode& resul
     if (!slot.core) {
       fresh = slot.core = std::make_shared<AccountCore>(environment_, user, pool_->For(user),
                                                         login.grant.token, HooksOf(user));
+      slot.folder = AccountFolderName(user);
     } else {
       slot.core->RenewToken(login.grant.token);
     }
@@ -92,7 +93,7 @@ void AccountMgr::Granted(const biz::IMUserID& user, const biz::ResultCode& resul
 
 void AccountMgr::Opened(const biz::IMUserID& user, const std::shared_ptr<AccountCore>& core,
                         const biz::ResultCode& result) {
-  std::vector<Login> waiting;
+  std::vector<Pending> waiting;
   {
     base::AutoLock hold(lock_);
     const auto slot = slots_.find(user);
@@ -105,21 +106,23 @@ void AccountMgr::Opened(const biz::IMUserID& user, const std::shared_ptr<Account
     }
   }
   if (!result.ok()) core->Close([](const auto&) {});
-  for (const Login& login : waiting) Tell(user, result, login);
+  for (const Pending& login : waiting) Tell(user, result, login);
 }
 
 void AccountMgr::Tell(const biz::IMUserID& user, const biz::ResultCode& result,
-                      const Login& login) {
-  if (result.ok()) {
+                      const Pending& login) {
+  const bool good = result.ok();
+  login.done(result, good ? biz::IMLoginGrant{user, login.grant.token, login.grant.expires}
+                          : biz::IMLoginGrant{});
+  if (good) {
     events_.on_login_ok(user);
   } else {
     events_.on_login_failed(user, result);
   }
-  login.done({result, user, login.grant.token, login.grant.expires});
 }
 
-void AccountMgr::Logout(const biz::IMUserID& user, biz::IMResultCallback done) {
-  const biz::IMUserID known = WellFormed(user);
+void AccountMgr::Logout(const biz::IMUserRequest& request, biz::IMCallback<> done) {
+  const biz::IMUserID known = WellFormed(request.userid);
   const auto core = Take(known);
   if (!core) return done(NotLoggedIn());
   core->Close([this, known, done = std::move(done)](const biz::ResultCode& result) {
@@ -128,10 +131,18 @@ void AccountMgr::Logout(const biz::IMUserID& user, biz::IMResultCallback done) {
   });
 }
 
-void AccountMgr::NetReConnect(const biz::IMUserID& user, biz::IMResultCallback done) {
-  const auto core = Find(WellFormed(user));
+void AccountMgr::NetReConnect(const biz::IMUserRequest& request, biz::IMCallback<> done) {
+  const auto core = Find(WellFormed(request.userid));
   if (!core) return done(NotLoggedIn());
   core->Reconnect(std::move(done));
+}
+
+std::shared_ptr<AccountCore> AccountMgr::FindByFolder(const std::string& folder) {
+  base::AutoLock hold(lock_);
+  for (const auto& [user, slot] : slots_) {
+    if (slot.folder == folder && slot.account) return slot.core;
+  }
+  return nullptr;
 }
 
 RefPtr<biz::IIMAccount> AccountMgr::GetAccount(const biz::IMUserID& user) {
@@ -145,7 +156,7 @@ RefPtr<biz::IIMAccount> AccountMgr::GetAccount(const biz::IMUserID& user) {
 AccountHooks AccountMgr::HooksOf(const biz::IMUserID& user) {
   return {[this, user] { events_.on_net_reconnect_ok(user); },
           [this, user](const biz::ResultCode& why) { events_.on_net_reconnect_failed(user, why); },
-          [this, user] { Logout(user, [](const auto&) {}); }};
+          [this, user] { Logout({user}, [](const auto&) {}); }};
 }
 
 std::shared_ptr<AccountCore> AccountMgr::Find(const biz::IMUserID& user) {

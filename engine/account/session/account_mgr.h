@@ -24,32 +24,34 @@ class AccountMgr final : public RefPtrCounted<biz::IIMAccountMgr> {
   // made the manager keeps it until after that.
   void Stop();
 
-  void LoginByPassword(const biz::IMUserID& user, const std::wstring& password,
-                       biz::IMLoginCallback done) override;
-  void LoginByToken(const biz::IMUserID& user, const std::wstring& token,
-                    biz::IMLoginCallback done) override;
-  void Logout(const biz::IMUserID& user, biz::IMResultCallback done) override;
-  void NetReConnect(const biz::IMUserID& user, biz::IMResultCallback done) override;
+  void LoginByPassword(const biz::IMPasswordLogin& request,
+                       biz::IMCallback<biz::IMLoginGrant> done) override;
+  void LoginByToken(const biz::IMTokenLogin& request,
+                    biz::IMCallback<biz::IMLoginGrant> done) override;
+  void Logout(const biz::IMUserRequest& request, biz::IMCallback<> done) override;
+  void NetReConnect(const biz::IMUserRequest& request, biz::IMCallback<> done) override;
   RefPtr<biz::IIMAccount> GetAccount(const biz::IMUserID& user) override;
   biz::IMAccountEvents& Events() override { return events_; }
+  // The account that is logged in and keeps its files in the folder of this name, or null.
+  std::shared_ptr<AccountCore> FindByFolder(const std::string& folder);
 
  private:
-  struct Login {
+  struct Pending {
     link::Grant grant;
-    biz::IMLoginCallback done;
+    biz::IMCallback<biz::IMLoginGrant> done;
   };
   struct Slot {
     std::shared_ptr<AccountCore> core;
+    std::string folder;               // the name of its files' folder
     RefPtr<biz::IIMAccount> account;  // null until the first login has succeeded
-    std::vector<Login> waiting;       // for that
+    std::vector<Pending> waiting;     // for that
   };
 
-  // Checks the user and wraps `done` for the link; null when it was answered at once.
-  link::GrantCallback BeginLogin(const biz::IMUserID& user, biz::IMLoginCallback done);
-  void Granted(const biz::IMUserID& user, const biz::ResultCode& result, Login login);
+  void Login(link::LoginRequest request, biz::IMCallback<biz::IMLoginGrant> done);
+  void Granted(const biz::IMUserID& user, const biz::ResultCode& result, Pending login);
   void Opened(const biz::IMUserID& user, const std::shared_ptr<AccountCore>& core,
               const biz::ResultCode& result);
-  void Tell(const biz::IMUserID& user, const biz::ResultCode& result, const Login& login);
+  void Tell(const biz::IMUserID& user, const biz::ResultCode& result, const Pending& login);
   AccountHooks HooksOf(const biz::IMUserID& user);
   // The account's core; null unless it is logged in.
   std::shared_ptr<AccountCore> Find(const biz::IMUserID& user);

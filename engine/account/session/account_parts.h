@@ -5,6 +5,7 @@
 
 #include "account/conversations/reporter.h"
 #include "account/conversations/roamer.h"
+#include "account/files/courier.h"
 #include "account/sending/outbox.h"
 #include "account/session/account_state.h"
 
@@ -15,6 +16,7 @@ struct AccountParts {
   std::shared_ptr<Outbox> outbox;
   std::shared_ptr<Roamer> roamer;
   std::shared_ptr<Reporter> reporter;
+  std::shared_ptr<Courier> courier;
 };
 
 }  // namespace imsdk::account

@@ -15,8 +15,7 @@
 #include "account/session/line.h"
 #include "account/session/worker_pool.h"
 #include "account/store/message_store.h"
-#include "imsdk/biz/single_chat.h"
-#include "imsdk/biz/virtual_chat.h"
+#include "imsdk/biz/chat_mgr.h"
 #include "link/server_link.h"
 #include "sqlite/group_commit.h"
 
@@ -28,6 +27,7 @@ struct Timeouts {
   std::chrono::milliseconds login{30'000};
   std::chrono::milliseconds send{20'000};
   std::chrono::milliseconds request{20'000};
+  std::chrono::milliseconds transfer{60'000};  // of a file, since the last byte crossed
   std::chrono::milliseconds logout{5'000};
   std::chrono::milliseconds first_retry{1'000};
   std::chrono::milliseconds longest_retry{60'000};
@@ -59,13 +59,17 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   sqlite::GroupCommit commit;
   const std::shared_ptr<Line> line;
   FileBox files;
+  const std::wstring files_in_tokens;  // the folder of the account's files as tokens write it
   ChatState chat;
   biz::IMSingleChatEvents events;
+  biz::IMTribeChatEvents tribe_events;
   biz::IMVirtualChatEvents virtual_events;
-};
 
-inline biz::ResultCode NotLoggedIn() {
-  return {biz::kEngineNotLoggedIn, 0, L"the account is not logged in"};
-}
+  // Raise the event of the message's kind of conversation.
+  void RaiseSent(const biz::IMMessage& message);
+  void RaiseStatus(const biz::IMMessage& message, std::int64_t svrtime,
+                   const biz::ResultCode& result);
+  void RaiseWithdrawn(const biz::IMMsgWithdraw& what);
+};
 
 }  // namespace imsdk::account

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "account/session/account_state.h"
+#include "imsdk/biz/callback.h"
 
 namespace imsdk::account {
 
@@ -22,15 +23,14 @@ void OnWorker(const std::shared_ptr<AccountState>& state, Work work, Refuse refu
 
 // Answers with what `read(AccountState&)`, which may throw, finds in the store.
 template <class Result, class Read>
-void Query(const std::shared_ptr<AccountState>& state,
-           std::function<void(const biz::ResultCode&, Result)> done, Read read) {
+void Query(const std::shared_ptr<AccountState>& state, biz::IMCallback<Result> done, Read read) {
   OnWorker(
       state,
       [read = std::move(read), done](AccountState& here) {
         here.commit.Flush();  // what was done before is part of the answer
         Result found{};
         const biz::ResultCode result = sqlite::Guarded([&] { found = read(here); });
-        done(result, result.ok() ? std::move(found) : Result{});
+        done(result, result.ok() ? found : Result{});
       },
       [done](const biz::ResultCode& why) { done(why, {}); });
 }
@@ -39,8 +39,7 @@ void Query(const std::shared_ptr<AccountState>& state,
 // transaction had to be repeated; then `after(AccountState&, Result&)`, when it was stored, makes
 // it known.
 template <class Result, class Write, class After>
-void Change(const std::shared_ptr<AccountState>& state,
-            std::function<void(const biz::ResultCode&, const Result&)> done, Write write,
+void Change(const std::shared_ptr<AccountState>& state, biz::IMCallback<Result> done, Write write,
             After after) {
   OnWorker(
       state,
@@ -57,7 +56,7 @@ void Change(const std::shared_ptr<AccountState>& state,
 
 // The same for what leaves nothing to tell.
 template <class Write, class After>
-void Change(const std::shared_ptr<AccountState>& state, biz::IMDoneCallback done, Write write,
+void Change(const std::shared_ptr<AccountState>& state, biz::IMCallback<> done, Write write,
             After after) {
   Change<bool>(
       state, [done = std::move(done)](const biz::ResultCode& result, bool) { done(result); },
@@ -69,7 +68,7 @@ void Change(const std::shared_ptr<AccountState>& state, biz::IMDoneCallback done
 }
 
 template <class Write>
-void Change(const std::shared_ptr<AccountState>& state, biz::IMDoneCallback done, Write write) {
+void Change(const std::shared_ptr<AccountState>& state, biz::IMCallback<> done, Write write) {
   Change(state, std::move(done), std::move(write), [](AccountState&) {});
 }
 

@@ -2,67 +2,26 @@
 
 namespace imsdk::account {
 
-namespace {
-
-// How far a sender's clock may be behind without its messages missing from the complete part.
-constexpr std::int64_t kClockTolerance = 10 * 60 * 1000;
-
-}  // namespace
-
-std::int64_t ConversationTable::Find(const ChatKey& key) {
-  auto row =
-      store_.Use().Prepare("SELECT id FROM conversations WHERE appkey=? AND nick=? AND kind=?",
-                           key.cid.appkey, key.cid.nick, std::int64_t{key.kind});
+std::int64_t ConversationTable::Find(const biz::IMConversationID& cid) {
+  auto row = store_.Use().Prepare(
+      "SELECT id FROM conversations WHERE type=? AND appkey=? AND nick=? AND tribe=?",
+      std::int64_t{cid.type}, cid.user.appkey, cid.user.nick, cid.tribe.id);
   return row.Step() ? row.Int64(0) : 0;
 }
 
-std::int64_t ConversationTable::Make(const ChatKey& key) {
-  if (const std::int64_t known = Find(key); known != 0) return known;
+std::int64_t ConversationTable::Make(const biz::IMConversationID& cid) {
+  if (const std::int64_t known = Find(cid); known != 0) return known;
   store_.Use()
-      .Prepare("INSERT INTO conversations(appkey, nick, kind, whole) VALUES(?,?,?,?)",
-               key.cid.appkey, key.cid.nick, std::int64_t{key.kind}, std::int64_t{key.is_virtual()})
+      .Prepare("INSERT INTO conversations(type, appkey, nick, tribe, whole) VALUES(?,?,?,?,?)",
+               std::int64_t{cid.type}, cid.user.appkey, cid.user.nick, cid.tribe.id,
+               std::int64_t{cid.is_virtual()})
       .Run();
   return store_.Use().LastInsertId();
 }
 
-Completeness ConversationTable::Complete(const ChatKey& key) {
-  auto row = store_.Use().Prepare(
-      "SELECT complete_time, complete_id, whole FROM conversations WHERE id=?", Find(key));
-  if (!row.Step()) return {};
-  return {{row.Int64(0), row.Int64(1)}, row.Bool(2)};
-}
-
-void ConversationTable::SetComplete(const ChatKey& key, const Position& from, bool whole) {
-  store_.Use()
-      .Prepare("UPDATE conversations SET complete_time=?2, complete_id=?3, whole=?4 WHERE id=?1",
-               Make(key), from.msgtime, from.msgid, std::int64_t{whole})
-      .Run();
-}
-
-void ConversationTable::ClearComplete(const ChatKey& key) {
-  Position newest;
-  {
-    auto row = store_.Use().Prepare(
-        "SELECT msgtime, msgid FROM messages WHERE conversation=? ORDER BY place DESC LIMIT 1",
-        Find(key));
-    if (row.Step()) newest = {row.Int64(0), row.Int64(1)};
-  }
-  SetComplete(key, newest, false);
-}
-
-void ConversationTable::Cover(std::int64_t conversation, const Position& live) {
-  store_.Use()
-      .Prepare(
-          "UPDATE conversations SET complete_time=?2, complete_id=?3 WHERE id=?1 AND whole=0 AND "
-          "((complete_time=0 AND complete_id=0) OR "
-          "((?2, ?3) < (complete_time, complete_id) AND ?2 >= complete_time - ?4))",
-          conversation, live.msgtime, live.msgid, kClockTolerance)
-      .Run();
-}
-
-Position ConversationTable::ReadBoundary(const ChatKey& key) {
+Position ConversationTable::ReadBoundary(std::int64_t conversation) {
   auto row =
-      store_.Use().Prepare("SELECT read_time, read_id FROM conversations WHERE id=?", Find(key));
+      store_.Use().Prepare("SELECT read_time, read_id FROM conversations WHERE id=?", conversation);
   return row.Step() ? Position{row.Int64(0), row.Int64(1)} : Position{};
 }
 
@@ -83,20 +42,53 @@ Position ConversationTable::DeletedUpTo(std::int64_t conversation) {
 
 void ConversationTable::SetDeletedUpTo(std::int64_t conversation, const Position& to) {
   store_.Use()
-      .Prepare("UPDATE conversations SET deleted_time=?2, deleted_id=?3, whole=1 WHERE id=?1",
-               conversation, to.msgtime, to.msgid)
+      .Prepare("UPDATE conversations SET deleted_time=?2, deleted_id=?3 WHERE id=?1", conversation,
+               to.msgtime, to.msgid)
       .Run();
 }
 
-bool ConversationTable::ShieldsAutoReply(const ChatKey& key) {
-  auto row = store_.Use().Prepare("SELECT shield FROM conversations WHERE id=?", Find(key));
+bool ConversationTable::ShieldsAutoReply(const biz::IMConversationID& cid) {
+  auto row = store_.Use().Prepare("SELECT shield FROM conversations WHERE id=?", Find(cid));
   return row.Step() && row.Bool(0);
 }
 
-void ConversationTable::SetShieldAutoReply(const ChatKey& key, bool shield) {
+void ConversationTable::SetShieldAutoReply(const biz::IMConversationID& cid, bool shield) {
   store_.Use()
-      .Prepare("UPDATE conversations SET shield=?2 WHERE id=?1", Make(key), std::int64_t{shield})
+      .Prepare("UPDATE conversations SET shield=?2 WHERE id=?1", Make(cid), std::int64_t{shield})
       .Run();
+}
+
+bool ConversationTable::SetMember(const biz::IMConversationID& cid, bool member) {
+  store_.Use()
+      .Prepare("UPDATE conversations SET member=?2 WHERE id=?1 AND member<>?2", Make(cid),
+               std::int64_t{member})
+      .Run();
+  return store_.Use().Changes() == 1;
+}
+
+void ConversationTable::SetWanting(std::int64_t conversation, bool wanting) {
+  store_.Use()
+      .Prepare("UPDATE conversations SET wanting=?2 WHERE id=?1", conversation,
+               std::int64_t{wanting})
+      .Run();
+}
+
+std::vector<biz::IMConversationID> ConversationTable::Wanting() {
+  auto row = store_.Use().Prepare("SELECT " CONVERSATION_COLUMNS
+                                  " FROM conversations c WHERE c.wanting=1 "
+                                  "OR c.id IN (SELECT conversation FROM below_holes) "
+                                  "ORDER BY c.id");
+  std::vector<biz::IMConversationID> found;
+  while (row.Step()) found.push_back(ReadConversation(row, 0));
+  return found;
+}
+
+biz::IMConversationID ReadConversation(const sqlite::Statement& row, int column) {
+  biz::IMConversationID cid;
+  cid.type = static_cast<biz::IMCIDType>(row.Int32(column));
+  cid.user = {row.Wide(column + 1), row.Wide(column + 2)};
+  cid.tribe = {row.Int64(column + 3)};
+  return cid;
 }
 
 }  // namespace imsdk::account

@@ -2,18 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
-#include "account/conversations/chat_key.h"
 #include "account/store/open_stores.h"
+#include "account/store/positions.h"
+#include "imsdk/biz/conversation_id.h"
 
 namespace imsdk::account {
-
-// From which position on the store has every message of a conversation. A position at the end means
-// from nowhere on: the store is known to be complete for no part.
-struct Completeness {
-  Position from;
-  bool whole = false;  // reaches the beginning of the conversation, whatever `from` says
-};
 
 // Used on the account's worker only. Every function may throw `sqlite::Error`. Setters make the
 // conversation when it is new; getters answer defaults then.
@@ -22,20 +18,11 @@ class ConversationTable {
   explicit ConversationTable(LazyStore& store) : store_(store) {}
 
   // The number of a conversation, or 0. `Make` makes it when it is new.
-  std::int64_t Find(const ChatKey& key);
-  std::int64_t Make(const ChatKey& key);
-
-  Completeness Complete(const ChatKey& key);
-  // A conversation's first live message is its boundary by itself; virtual ones are whole.
-  void SetComplete(const ChatKey& key, const Position& from, bool whole);
-  // The boundary moves to the newest message.
-  void ClearComplete(const ChatKey& key);
-  // A live message came. Clocks differ: one that is a little older than the boundary moves it, so
-  // that the answer to a first message does not stay behind it.
-  void Cover(std::int64_t conversation, const Position& live);
+  std::int64_t Find(const biz::IMConversationID& cid);
+  std::int64_t Make(const biz::IMConversationID& cid);
 
   // The newest received message up to which everything is read; the end when nothing was.
-  Position ReadBoundary(const ChatKey& key);
+  Position ReadBoundary(std::int64_t conversation);
   // Never moves it back.
   void RaiseReadBoundary(std::int64_t conversation, const Position& to);
 
@@ -43,11 +30,23 @@ class ConversationTable {
   Position DeletedUpTo(std::int64_t conversation);
   void SetDeletedUpTo(std::int64_t conversation, const Position& to);
 
-  bool ShieldsAutoReply(const ChatKey& key);
-  void SetShieldAutoReply(const ChatKey& key, bool shield);
+  bool ShieldsAutoReply(const biz::IMConversationID& cid);
+  void SetShieldAutoReply(const biz::IMConversationID& cid, bool shield);
+
+  // Whether the account is a member of the tribe. Returns true when that is news.
+  bool SetMember(const biz::IMConversationID& cid, bool member);
+
+  // Conversations whose newest history is to be fetched, and those with a hole, also after a
+  // restart.
+  void SetWanting(std::int64_t conversation, bool wanting);
+  std::vector<biz::IMConversationID> Wanting();
 
  private:
   LazyStore& store_;
 };
+
+// The identifier in the columns of `CONVERSATION_COLUMNS`, from this one on.
+#define CONVERSATION_COLUMNS "c.type, c.appkey, c.nick, c.tribe"
+biz::IMConversationID ReadConversation(const sqlite::Statement& row, int column);
 
 }  // namespace imsdk::account

@@ -17,18 +17,21 @@ constexpr std::int64_t kRemembered = 1000;
 
 }  // namespace
 
-void MessageStore::SetStatus(const biz::IMUserID& cid, std::int64_t msgid, biz::IMMsgStatus status,
-                             std::int64_t svrtime) {
+void MessageStore::SetStatus(const biz::IMConversationID& cid, std::int64_t msgid,
+                             biz::IMMsgStatus status, std::int64_t svrtime,
+                             const std::string& place) {
   database()
       .Prepare(
-          "UPDATE messages SET msgstatus=?, svrtime=? "
-          "WHERE msgid=? AND conversation=? AND msgstatus<>4",
-          std::int64_t{status}, svrtime, msgid, conversations_.Find(cid))
+          "UPDATE messages SET msgstatus=?1, svrtime=iif(?2=0, svrtime, ?2), "
+          "server_place=iif(?3='', server_place, ?3) "
+          "WHERE msgid=?4 AND conversation=?5 AND sender=0 AND msgstatus<>4 "
+          "AND (msgstatus<>1 OR ?1<>2)",
+          std::int64_t{status}, svrtime, place, msgid, conversations_.Find(cid))
       .Run();
 }
 
-void MessageStore::MarkRead(const ChatKey& key, std::int64_t arrival) {
-  const std::int64_t conversation = conversations_.Find(key);
+void MessageStore::MarkRead(const biz::IMConversationID& cid, std::int64_t arrival) {
+  const std::int64_t conversation = conversations_.Find(cid);
   {
     auto row = database().Prepare(
         "SELECT msgtime, msgid FROM messages INDEXED BY messages_unread "
@@ -49,9 +52,9 @@ void MessageStore::MarkRead(const ChatKey& key, std::int64_t arrival) {
       .Run();
 }
 
-std::vector<NoLongerUnread> MessageStore::MarkReadUpTo(const ChatKey& key,
+std::vector<NoLongerUnread> MessageStore::MarkReadUpTo(const biz::IMConversationID& cid,
                                                        const Position& position) {
-  const std::int64_t conversation = conversations_.Find(key);
+  const std::int64_t conversation = conversations_.Find(cid);
   auto row = database().Prepare(
       "UPDATE messages INDEXED BY messages_unread SET readflag=1 "
       "WHERE conversation=? AND readflag=0 AND msgstatus=3 AND place<? "
@@ -63,14 +66,14 @@ std::vector<NoLongerUnread> MessageStore::MarkReadUpTo(const ChatKey& key,
   return read;
 }
 
-std::optional<Withdrawn> MessageStore::Withdraw(const biz::IMUserID& cid,
+std::optional<Withdrawn> MessageStore::Withdraw(const biz::IMConversationID& cid,
                                                 const biz::IMUserID& sender, std::int64_t msgid) {
   Withdrawn withdrawn;
   std::int64_t place = 0;
   {
     auto row = database().Prepare(
-        MESSAGE_QUERY "WHERE m.msgid=? AND m.conversation=? AND m.outgoing=? AND m.msgstatus<>4",
-        msgid, conversations_.Find(cid), std::int64_t{sender == self_});
+        MESSAGE_QUERY "WHERE m.msgid=? AND m.conversation=? AND m.sender=? AND m.msgstatus<>4",
+        msgid, conversations_.Find(cid), FindSender(sender));
     if (!row.Step()) return std::nullopt;
     withdrawn.message = ReadMessage(row, self_);
     withdrawn.arrival = row.Int64(kArrivalColumn);
@@ -87,43 +90,57 @@ std::optional<Withdrawn> MessageStore::Withdraw(const biz::IMUserID& cid,
   return withdrawn;
 }
 
-Removed MessageStore::Delete(const ChatKey& key, const std::vector<std::int64_t>& msgids) {
-  const std::int64_t conversation = conversations_.Find(key);
+Removed MessageStore::Delete(const biz::IMConversationID& cid,
+                             const std::vector<std::int64_t>& msgids) {
+  const std::int64_t conversation = conversations_.Find(cid);
   Removed removed;
   for (const std::int64_t msgid : msgids) {
+    std::vector<std::int64_t> senders;
     {
       auto row = database().Prepare(
           "DELETE FROM messages WHERE msgid=? AND conversation=? AND msgstatus<>0 "
-          "RETURNING msgtime, arrival, readflag=0 AND msgstatus=3",
+          "RETURNING msgtime, arrival, readflag=0 AND msgstatus=3, sender",
           msgid, conversation);
-      if (!row.Step()) continue;
-      ++removed.count;
-      if (row.Bool(2)) removed.unread.push_back({{row.Int64(0), msgid}, row.Int64(1)});
+      while (row.Step()) {
+        ++removed.count;
+        if (row.Bool(2)) removed.unread.push_back({{row.Int64(0), msgid}, row.Int64(1)});
+        senders.push_back(row.Int64(3));
+      }
     }
-    database()
-        .Prepare("INSERT INTO deleted(msgid, conversation) VALUES(?,?)", msgid, conversation)
-        .Run();
+    for (const std::int64_t sender : senders) {
+      database()
+          .Prepare("INSERT OR IGNORE INTO deleted(msgid, conversation, sender) VALUES(?,?,?)",
+                   msgid, conversation, sender)
+          .Run();
+    }
   }
   removed.newest = NewestOf(conversation);
   return removed;
 }
 
-Position MessageStore::BeginDeleteAll(const ChatKey& key) {
-  const std::int64_t conversation = conversations_.Find(key);
+void MessageStore::ClearComplete(const biz::IMConversationID& cid) {
+  const std::int64_t conversation = conversations_.Find(cid);
+  parts_.Clear(conversation, NewestOf(conversation));
+}
+
+Position MessageStore::BeginDeleteAll(const biz::IMConversationID& cid) {
+  const std::int64_t conversation = conversations_.Find(cid);
   const Position newest = NewestOf(conversation);
   conversations_.SetDeletedUpTo(conversation,
                                 std::max(conversations_.DeletedUpTo(conversation), newest));
+  parts_.SetWhole(conversation);
   database()
       .Prepare(
-          "INSERT OR IGNORE INTO deleted(msgid, conversation) SELECT msgid, conversation "
-          "FROM messages WHERE conversation=? AND msgstatus<>0 ORDER BY place DESC LIMIT ?",
+          "INSERT OR IGNORE INTO deleted(msgid, conversation, sender) "
+          "SELECT msgid, conversation, sender FROM messages WHERE conversation=? AND msgstatus<>0 "
+          "ORDER BY place DESC LIMIT ?",
           conversation, kRemembered)
       .Run();
   return newest;
 }
 
-Removed MessageStore::DeleteNext(const ChatKey& key, const Position& upto) {
-  const std::int64_t conversation = conversations_.Find(key);
+Removed MessageStore::DeleteNext(const biz::IMConversationID& cid, const Position& upto) {
+  const std::int64_t conversation = conversations_.Find(cid);
   Removed removed;
   {
     auto row = database().Prepare(
@@ -142,12 +159,12 @@ Removed MessageStore::DeleteNext(const ChatKey& key, const Position& upto) {
 }
 
 std::vector<biz::IMFlagMsgReaded> MessageStore::SetPeerRead(
-    const biz::IMUserID& cid, const std::vector<std::int64_t>& msgids) {
+    const biz::IMConversationID& cid, const std::vector<std::int64_t>& msgids) {
   const std::int64_t conversation = conversations_.Find(cid);
   std::vector<biz::IMFlagMsgReaded> changed;
   for (const std::int64_t msgid : msgids) {
     auto row = database().Prepare(
-        "UPDATE messages SET readflag=1 WHERE msgid=? AND conversation=? AND outgoing=1 "
+        "UPDATE messages SET readflag=1 WHERE msgid=? AND conversation=? AND sender=0 "
         "AND readflag=0 AND msgstatus<>4 RETURNING msgtime",
         msgid, conversation);
     if (row.Step()) changed.push_back({cid, msgid, row.Int64(0), biz::kMsgRead});
@@ -156,27 +173,27 @@ std::vector<biz::IMFlagMsgReaded> MessageStore::SetPeerRead(
 }
 
 std::vector<biz::IMFlagMsgReaded> MessageStore::PeerReadFlags(
-    const biz::IMUserID& cid, const std::vector<std::int64_t>& msgids) {
+    const biz::IMConversationID& cid, const std::vector<std::int64_t>& msgids) {
   const std::int64_t conversation = conversations_.Find(cid);
   std::vector<biz::IMFlagMsgReaded> flags;
   if (msgids.empty()) {
     auto row = database().Prepare(
         "SELECT msgid, msgtime, readflag FROM messages INDEXED BY messages_own "
-        "WHERE conversation=? AND outgoing=1 ORDER BY place DESC LIMIT ?",
+        "WHERE conversation=? AND sender=0 AND syschatmsg=0 ORDER BY msgid DESC LIMIT ?",
         conversation, kMostFlags);
     while (row.Step()) flags.push_back({cid, row.Int64(0), row.Int64(1), row.Int32(2)});
     std::reverse(flags.begin(), flags.end());
   }
   for (const std::int64_t msgid : msgids) {
     auto row = database().Prepare(
-        "SELECT msgtime, readflag FROM messages WHERE msgid=? AND conversation=? AND outgoing=1",
+        "SELECT msgtime, readflag FROM messages WHERE msgid=? AND conversation=? AND sender=0",
         msgid, conversation);
     if (row.Step()) flags.push_back({cid, msgid, row.Int64(0), row.Int32(1)});
   }
   return flags;
 }
 
-std::vector<std::int64_t> MessageStore::Reportable(const biz::IMUserID& cid,
+std::vector<std::int64_t> MessageStore::Reportable(const biz::IMConversationID& cid,
                                                    const std::vector<std::int64_t>& msgids) {
   const std::int64_t conversation = conversations_.Find(cid);
   std::vector<std::int64_t> found;
@@ -197,7 +214,8 @@ std::vector<std::int64_t> MessageStore::Reportable(const biz::IMUserID& cid,
   return found;
 }
 
-void MessageStore::SetReported(const biz::IMUserID& cid, const std::vector<std::int64_t>& msgids) {
+void MessageStore::SetReported(const biz::IMConversationID& cid,
+                               const std::vector<std::int64_t>& msgids) {
   const std::int64_t conversation = conversations_.Find(cid);
   for (const std::int64_t msgid : msgids) {
     database()

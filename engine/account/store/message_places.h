@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "account/conversations/chat_key.h"
 #include "account/store/open_stores.h"
+#include "account/store/positions.h"
 
 namespace imsdk::account {
 

@@ -12,7 +12,7 @@ namespace {
 #define FACETS(row)                                          \
   "'c' || " row ".conversation || ' t' || printf('%x', " row \
   ".msgtype) || ' k' || "                                    \
-  "(SELECT kind FROM conversations WHERE id=" row            \
+  "(SELECT type FROM conversations WHERE id=" row            \
   ".conversation) || "                                       \
   "iif(instr(" row ".body, 'pic:impicture|'), ' p', '')"
 #define ADD_TO_INDEX \
@@ -25,52 +25,57 @@ namespace {
 // Beginnings of one or two letters fit so many words that they have an index of their own.
 //
 // Status numbers in the conditions are `IMMsgStatus`: 0 sending, 2 failed, 3 received. A query that
-// is to use a partial index repeats the condition of the index word by word. Kinds are `ChatKind`;
-// places are those of `MessagePlaces`.
+// is to use a partial index repeats the condition of the index word by word. Types of conversations
+// are `IMCIDType`; places are those of `MessagePlaces`, a server's place is its own text. An
+// arrival of 0 is that of a message which nobody was told of: it came from the server's history
+// alone.
 constexpr const char* kSchema[] = {R"sql(
+  CREATE TABLE session(position TEXT NOT NULL);
+  INSERT INTO session VALUES('');
+  CREATE TABLE users(id INTEGER PRIMARY KEY, appkey TEXT NOT NULL, nick TEXT NOT NULL,
+    UNIQUE(appkey, nick));
   CREATE TABLE conversations(
-    id INTEGER PRIMARY KEY, appkey TEXT NOT NULL, nick TEXT NOT NULL, UNIQUE(appkey, nick));
+    id INTEGER PRIMARY KEY, type INTEGER NOT NULL, appkey TEXT NOT NULL, nick TEXT NOT NULL,
+    tribe INTEGER NOT NULL,
+    part INTEGER NOT NULL DEFAULT 1, last_part INTEGER NOT NULL DEFAULT 1,
+    floor_time INTEGER NOT NULL DEFAULT 0, floor_id INTEGER NOT NULL DEFAULT 0,
+    reach_time INTEGER NOT NULL DEFAULT 0, reach_id INTEGER NOT NULL DEFAULT 0,
+    edge TEXT NOT NULL DEFAULT '', whole INTEGER NOT NULL,
+    read_time INTEGER NOT NULL DEFAULT 0, read_id INTEGER NOT NULL DEFAULT 0,
+    deleted_time INTEGER NOT NULL DEFAULT 0, deleted_id INTEGER NOT NULL DEFAULT 0,
+    shield INTEGER NOT NULL DEFAULT 0, member INTEGER NOT NULL DEFAULT 0,
+    wanting INTEGER NOT NULL DEFAULT 0, UNIQUE(type, appkey, nick, tribe));
+  CREATE TABLE below_holes(
+    conversation INTEGER PRIMARY KEY, part INTEGER NOT NULL,
+    floor_time INTEGER NOT NULL, floor_id INTEGER NOT NULL,
+    reach_time INTEGER NOT NULL, reach_id INTEGER NOT NULL,
+    edge TEXT NOT NULL, whole INTEGER NOT NULL);
+  CREATE TABLE holes(
+    conversation INTEGER, sender INTEGER, msgid INTEGER, likely INTEGER NOT NULL,
+    fetches INTEGER NOT NULL, PRIMARY KEY(conversation, sender, msgid)) WITHOUT ROWID;
+  CREATE TABLE deleted(msgid INTEGER, conversation INTEGER, sender INTEGER,
+    PRIMARY KEY(msgid, conversation, sender)) WITHOUT ROWID;
+  CREATE TABLE files(name TEXT PRIMARY KEY, address TEXT NOT NULL, size INTEGER NOT NULL,
+    own INTEGER NOT NULL) WITHOUT ROWID;
+
   CREATE TABLE messages(
-    arrival INTEGER PRIMARY KEY,
-    conversation INTEGER NOT NULL, msgid INTEGER NOT NULL, msgtime INTEGER NOT NULL,
-    outgoing INTEGER NOT NULL, msgtype INTEGER NOT NULL, msgstatus INTEGER NOT NULL,
-    svrtime INTEGER NOT NULL, readflag INTEGER NOT NULL, complete INTEGER NOT NULL,
+    place INTEGER PRIMARY KEY,
+    arrival INTEGER NOT NULL, part INTEGER NOT NULL,
+    conversation INTEGER NOT NULL, sender INTEGER NOT NULL, msgid INTEGER NOT NULL,
+    msgtime INTEGER NOT NULL, msgtype INTEGER NOT NULL,
+    msgstatus INTEGER NOT NULL, svrtime INTEGER NOT NULL, server_place TEXT NOT NULL,
+    readflag INTEGER NOT NULL, complete INTEGER NOT NULL,
     others TEXT NOT NULL, fixmsgread INTEGER NOT NULL, autochatmsg INTEGER NOT NULL,
     syschatmsg INTEGER NOT NULL, body TEXT NOT NULL);
-  CREATE INDEX messages_by_time ON messages(conversation, msgtime, msgid);
-  CREATE UNIQUE INDEX messages_by_id ON messages(msgid, conversation);
+  CREATE INDEX messages_by_place ON messages(conversation);
+  CREATE UNIQUE INDEX messages_by_id ON messages(msgid, conversation, sender);
   CREATE INDEX messages_unread ON messages(conversation, arrival)
     WHERE readflag=0 AND msgstatus=3;
   CREATE INDEX messages_unsent ON messages(msgstatus, msgid) WHERE msgstatus IN (0, 2);
-)sql",
-                                   R"sql(
-  ALTER TABLE conversations RENAME TO old_conversations;
-  CREATE TABLE conversations(
-    id INTEGER PRIMARY KEY, appkey TEXT NOT NULL, nick TEXT NOT NULL, kind INTEGER NOT NULL,
-    complete_time INTEGER NOT NULL DEFAULT 0, complete_id INTEGER NOT NULL DEFAULT 0,
-    whole INTEGER NOT NULL,
-    read_time INTEGER NOT NULL DEFAULT 0, read_id INTEGER NOT NULL DEFAULT 0,
-    deleted_time INTEGER NOT NULL DEFAULT 0, deleted_id INTEGER NOT NULL DEFAULT 0,
-    shield INTEGER NOT NULL DEFAULT 0, UNIQUE(appkey, nick, kind));
-  INSERT INTO conversations(id, appkey, nick, kind, whole)
-    SELECT id, appkey, nick, 0, 1 FROM old_conversations;
-  DROP TABLE old_conversations;
-  CREATE TABLE deleted(msgid INTEGER, conversation INTEGER, PRIMARY KEY(msgid, conversation))
-    WITHOUT ROWID;
+  CREATE INDEX messages_own ON messages(conversation, msgid) WHERE sender=0;
+  CREATE INDEX messages_unreported ON messages(conversation)
+    WHERE msgstatus=3 AND readflag=1 AND fixmsgread=0 AND syschatmsg=0;
 
-  DROP INDEX messages_by_time;
-  DROP INDEX messages_by_id;
-  DROP INDEX messages_unread;
-  DROP INDEX messages_unsent;
-  ALTER TABLE messages RENAME TO old_messages;
-  CREATE TABLE messages(
-    place INTEGER PRIMARY KEY,
-    arrival INTEGER NOT NULL,
-    conversation INTEGER NOT NULL, msgid INTEGER NOT NULL, msgtime INTEGER NOT NULL,
-    outgoing INTEGER NOT NULL, msgtype INTEGER NOT NULL, msgstatus INTEGER NOT NULL,
-    svrtime INTEGER NOT NULL, readflag INTEGER NOT NULL, complete INTEGER NOT NULL,
-    others TEXT NOT NULL, fixmsgread INTEGER NOT NULL, autochatmsg INTEGER NOT NULL,
-    syschatmsg INTEGER NOT NULL, body TEXT NOT NULL);
   CREATE VIRTUAL TABLE search USING fts5(
     facets, body, content='', columnsize=0, prefix='1 2', tokenize='imsdk');
   INSERT INTO search(search, rank) VALUES('automerge', 8);
@@ -83,36 +88,6 @@ constexpr const char* kSchema[] = {R"sql(
   CREATE TRIGGER search_change AFTER UPDATE OF place, msgtype, body ON messages BEGIN
     )sql" TAKE_FROM_INDEX ADD_TO_INDEX R"sql(
   END;
-
-  CREATE TEMP TABLE places(place INTEGER PRIMARY KEY, arrival INTEGER);
-  INSERT INTO places SELECT
-      (time << 21) + (1 << 19) + row_number() OVER same * max(1, (1 << 20) / (count(*) OVER (
-        PARTITION BY time) + 1)), arrival
-    FROM (SELECT arrival, msgtime, msgid, max(0, min(msgtime, (1 << 42) - 1)) AS time
-          FROM old_messages)
-    WINDOW same AS (PARTITION BY time ORDER BY msgtime, msgid, arrival);
-  INSERT INTO messages SELECT p.place, m.arrival, conversation, msgid, msgtime, outgoing, msgtype,
-      msgstatus, svrtime, readflag, complete, others, fixmsgread, autochatmsg, syschatmsg, body
-    FROM places p JOIN old_messages m ON m.arrival=p.arrival ORDER BY p.place;
-  DROP TABLE places;
-  DROP TABLE old_messages;
-
-  CREATE INDEX messages_by_place ON messages(conversation);
-  CREATE UNIQUE INDEX messages_by_id ON messages(msgid, conversation);
-  CREATE INDEX messages_unread ON messages(conversation, arrival)
-    WHERE readflag=0 AND msgstatus=3;
-  CREATE INDEX messages_unsent ON messages(msgstatus, msgid) WHERE msgstatus IN (0, 2);
-  CREATE INDEX messages_own ON messages(conversation) WHERE outgoing=1;
-  CREATE INDEX messages_unreported ON messages(conversation)
-    WHERE msgstatus=3 AND readflag=1 AND fixmsgread=0 AND syschatmsg=0;
-  UPDATE conversations SET (read_time, read_id) = (read.msgtime, read.msgid)
-    FROM (SELECT m.conversation, m.msgtime, m.msgid, max(m.place) FROM messages m
-          LEFT JOIN (SELECT conversation, min(place) AS first FROM messages
-                     WHERE readflag=0 AND msgstatus=3 GROUP BY conversation) AS unread
-            ON unread.conversation=m.conversation
-          WHERE m.msgstatus=3 AND m.readflag=1 AND (first IS NULL OR m.place < first)
-          GROUP BY m.conversation) AS read
-    WHERE read.conversation=conversations.id;
 )sql"};
 
 void Tokenize(std::string_view text, bool query,
@@ -132,10 +107,10 @@ biz::IMMessage ReadMessage(const sqlite::Statement& row, const biz::IMUserID& se
   biz::IMMessage message;
   message.msgid = row.Int64(0);
   message.msgtime = row.Int64(1);
-  message.cid = {row.Wide(2), row.Wide(3)};
-  const bool outgoing = row.Bool(4);
-  message.fromid = outgoing ? self : message.cid;
-  message.toid = outgoing ? message.cid : self;
+  message.cid = ReadConversation(row, kConversationColumn);
+  const bool own = row.Int64(2) == kOwn;
+  message.fromid = own ? self : biz::IMUserID{row.Wide(3), row.Wide(4)};
+  if (!message.cid.is_tribe()) message.toid = own ? message.cid.user : self;
   message.msgtype = row.Int32(5);
   message.msgstatus = row.Int32(6);
   message.svrtime = row.Int64(7);

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "account/conversations/page_limits.h"
-#include "account/files/picture_tokens.h"
+#include "account/files/file_tokens.h"
 #include "account/store/message_schema.h"
 #include "account/store/search_words.h"
 #include "kexbase/strings.h"
@@ -23,6 +23,15 @@ constexpr std::size_t kMostTypes = 64;
 
 std::string InConversation(std::int64_t conversation) {
   return "facets : \"c" + base::NumberToString(conversation) + '"';
+}
+
+std::string OfKinds(const ChatKinds& kinds) {
+  std::string expression;
+  for (const biz::IMCIDType kind : kinds) {
+    expression += expression.empty() ? "facets : (" : " OR ";
+    expression += "\"k" + base::NumberToString(static_cast<std::int32_t>(kind)) + '"';
+  }
+  return expression + ')';
 }
 
 // The index's expression for what a request looks for, then `where`; nothing when no message can
@@ -62,27 +71,35 @@ biz::ResultCode CheckSearch(const biz::IMSearchRequest& request) {
   return {biz::kEngineTooLarge, 0, L"the search asks for too much at once"};
 }
 
-PlaceRange MessageSearch::CompletePart(const ChatKey& key, bool ignore_boundary) {
-  PlaceRange range;
-  if (ignore_boundary) return range;
-  const Completeness complete = conversations_.Complete(key);
-  if (complete.whole) return range;
-  range.first = complete.from.is_end() ? range.last : places_.LastBefore(complete.from) + 1;
-  return range;
+MessageSearch::Visible MessageSearch::VisiblePart(std::int64_t conversation, bool ignore_boundary) {
+  Visible visible;
+  if (ignore_boundary) return visible;
+  const Part part = parts_.Current(conversation);
+  if (part.whole) return visible;
+  visible.part = part.number;
+  visible.range.first =
+      part.floor.is_end() ? visible.range.last : places_.LastBefore(part.floor) + 1;
+  return visible;
 }
 
-void MessageSearch::Walk(const std::string& expression, const PlaceRange& range, bool older,
+void MessageSearch::Walk(const std::string& expression, const Visible& visible, bool older,
                          const std::function<bool(std::int64_t place)>& take) {
   auto row = older ? store_.Use().Prepare(
                          "SELECT rowid FROM search WHERE search MATCH ? "
                          "AND rowid BETWEEN ? AND ? ORDER BY rowid DESC",
-                         expression, range.first, range.last)
+                         expression, visible.range.first, visible.range.last)
                    : store_.Use().Prepare(
                          "SELECT rowid FROM search WHERE search MATCH ? "
                          "AND rowid BETWEEN ? AND ? ORDER BY rowid",
-                         expression, range.first, range.last);
+                         expression, visible.range.first, visible.range.last);
   while (row.Step()) {
-    if (!take(row.Int64(0))) return;
+    const std::int64_t place = row.Int64(0);
+    if (visible.part != kAllParts) {
+      auto inside = store_.Use().Prepare("SELECT 1 FROM messages WHERE place=? AND part=?", place,
+                                         visible.part);
+      if (!inside.Step()) continue;
+    }
+    if (!take(place)) return;
   }
 }
 
@@ -100,7 +117,7 @@ std::vector<biz::IMMessage> MessageSearch::Load(const std::vector<std::int64_t>&
   return messages;
 }
 
-biz::IMSearchPage MessageSearch::Find(const std::string& expression, PlaceRange range,
+biz::IMSearchPage MessageSearch::Find(const std::string& expression, Visible visible,
                                       const biz::IMSearchRequest& request) {
   const std::int32_t count = CountOf(request.count, request.needpage ? kMostNumbered : kMostCount);
   const Position at{request.msgtime, request.msgid};
@@ -112,13 +129,13 @@ biz::IMSearchPage MessageSearch::Find(const std::string& expression, PlaceRange 
     skip = std::int64_t{page.currentpage - 1} * count;
   } else {
     older = request.gohistory || at.is_end();
-    range.GoOnFrom(places_, at, older);
+    visible.range.GoOnFrom(places_, at, older);
   }
-  range.Between(request.btime, request.etime);
+  visible.range.Between(request.btime, request.etime);
 
   std::int64_t found = 0;
   std::vector<std::int64_t> places;
-  Walk(expression, range, older, [&](std::int64_t place) {
+  Walk(expression, visible, older, [&](std::int64_t place) {
     if (found++ >= skip && places.size() < static_cast<std::size_t>(count)) {
       places.push_back(place);
     }
@@ -133,36 +150,42 @@ biz::IMSearchPage MessageSearch::Find(const std::string& expression, PlaceRange 
   return page;
 }
 
-biz::IMSearchPage MessageSearch::Search(const ChatKey& key, const biz::IMSearchRequest& request) {
-  const auto expression = Expression(request, InConversation(conversations_.Find(key)));
+biz::IMSearchPage MessageSearch::Search(const biz::IMConversationID& cid,
+                                        const biz::IMSearchRequest& request) {
+  const std::int64_t conversation = conversations_.Find(cid);
+  const auto expression = Expression(request, InConversation(conversation));
   if (!expression) return {};
-  return Find(*expression, CompletePart(key, request.ignoreboundary || request.needpage), request);
+  return Find(*expression, VisiblePart(conversation, request.ignoreboundary || request.needpage),
+              request);
 }
 
-biz::IMSearchPage MessageSearch::SearchAll(const biz::IMSearchRequest& request) {
-  const auto expression = Expression(request, "facets : \"k0\"");
+biz::IMSearchPage MessageSearch::SearchAll(const ChatKinds& kinds,
+                                           const biz::IMSearchRequest& request) {
+  const auto expression = Expression(request, OfKinds(kinds));
   if (!expression) return {};
   return Find(*expression, {}, request);
 }
 
-std::vector<biz::IMUserID> MessageSearch::Conversations(const biz::IMSearchRequest& request) {
-  const auto expression = Expression(request, "facets : \"k0\"");
+std::vector<biz::IMConversationID> MessageSearch::Conversations(
+    const ChatKinds& kinds, const biz::IMSearchRequest& request) {
+  const auto expression = Expression(request, OfKinds(kinds));
   if (!expression) return {};
   PlaceRange range;
   range.Between(request.btime, request.etime);
   auto row = store_.Use().Prepare(
-      "SELECT c.appkey, c.nick FROM "
+      "SELECT " CONVERSATION_COLUMNS
+      " FROM "
       "(SELECT m.conversation AS id, max(m.place) AS newest FROM search s "
       "CROSS JOIN messages m ON m.place=s.rowid "
       "WHERE s.search MATCH ? AND s.rowid BETWEEN ? AND ? GROUP BY m.conversation) f "
       "JOIN conversations c ON c.id=f.id ORDER BY f.newest DESC",
       *expression, range.first, range.last);
-  std::vector<biz::IMUserID> users;
-  while (row.Step()) users.push_back({row.Wide(0), row.Wide(1)});
-  return users;
+  std::vector<biz::IMConversationID> found;
+  while (row.Step()) found.push_back(ReadConversation(row, 0));
+  return found;
 }
 
-std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const ChatKey& key,
+std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const biz::IMConversationID& cid,
                                                        const biz::IMPictureRequest& request) {
   // The position's own message is read again: others of its pictures may lie beyond.
   Position at{request.msgtime, 0};
@@ -173,15 +196,17 @@ std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const ChatKey& key,
       base::StringToInt64(std::wstring_view(request.pictureid).substr(0, parted), &at.msgid) &&
       base::StringToInt(std::wstring_view(request.pictureid).substr(parted + 1), &index);
   const bool older = request.gohistory || at.is_end();
-  PlaceRange range = CompletePart(key, request.ignoreboundary);
+  const std::int64_t conversation = conversations_.Find(cid);
+  Visible visible = VisiblePart(conversation, request.ignoreboundary);
+  PlaceRange& range = visible.range;
   range.Between(request.btime, request.etime);
   if (!at.is_end() && older) range.last = std::min(range.last, places_.FirstAfter(at) - 1);
   if (!at.is_end() && !older) range.first = std::max(range.first, places_.LastBefore(at) + 1);
 
   const auto count = static_cast<std::size_t>(CountOf(request.count));
   std::vector<biz::IMMsgPicture> pictures;
-  const std::string expression = "facets : \"p\" AND " + InConversation(conversations_.Find(key));
-  Walk(expression, range, older, [&](std::int64_t place) {
+  const std::string expression = "facets : \"p\" AND " + InConversation(conversation);
+  Walk(expression, visible, older, [&](std::int64_t place) {
     for (const biz::IMMessage& message : Load({place}, kMostText)) {
       std::vector<biz::IMMsgPicture> inside;
       for (const std::wstring_view path : PicturePaths(message.msgbody)) {

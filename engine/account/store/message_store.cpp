@@ -12,91 +12,70 @@ MessageStore::MessageStore(const std::filesystem::path& file, const biz::IMUserI
                            std::shared_ptr<OpenStores> open)
     : self_(self), lazy_(file, std::move(open), PrepareMessageStore) {}
 
-std::int64_t MessageStore::NextArrival() {
-  if (last_arrival_ == 0) {
-    // Arrivals are compared with those of unread messages only.
-    auto row = database().Prepare(
-        "SELECT coalesce(max(arrival), 0) FROM messages INDEXED BY messages_unread "
-        "WHERE readflag=0 AND msgstatus=3");
-    if (row.Step()) last_arrival_ = row.Int64(0);
+std::string MessageStore::LinkPosition() {
+  auto row = database().Prepare("SELECT position FROM session");
+  return row.Step() ? row.Text(0) : std::string();
+}
+
+void MessageStore::SetLinkPosition(const std::string& position) {
+  database().Prepare("UPDATE session SET position=?", position).Run();
+}
+
+void MessageStore::LosePosition() {
+  SetLinkPosition({});
+  std::vector<std::int64_t> known;
+  {
+    // Virtual ones have no history on the server.
+    auto row = database().Prepare("SELECT id FROM conversations WHERE type IN (0, 3)");
+    while (row.Step()) known.push_back(row.Int64(0));
   }
-  return ++last_arrival_;
+  for (const std::int64_t conversation : known) {
+    if (parts_.Current(conversation).empty()) continue;
+    parts_.OpenHole(conversation);
+    conversations_.SetWanting(conversation, true);
+  }
 }
 
-bool MessageStore::WasDeleted(std::int64_t conversation, const biz::IMMessage& message, bool live) {
-  auto row = database().Prepare("SELECT 1 FROM deleted WHERE msgid=? AND conversation=?",
-                                message.msgid, conversation);
-  if (row.Step()) return true;
-  // A live message may be behind by its sender's clock and yet be new.
-  return !live && PositionOf(message) <= conversations_.DeletedUpTo(conversation);
-}
-
-std::optional<std::int64_t> MessageStore::Add(const biz::IMMessage& message, ChatKind kind,
-                                              const Adding& adding) {
-  const std::int64_t conversation = conversations_.Make({message.cid, kind});
-  if (WasDeleted(conversation, message, adding.live)) return std::nullopt;
-  const std::int64_t arrival = NextArrival();
-  database()
-      .Prepare(
-          "INSERT INTO messages(place, arrival, conversation, msgid, msgtime, outgoing, msgtype, "
-          "msgstatus, svrtime, readflag, complete, others, fixmsgread, autochatmsg, syschatmsg, "
-          "body) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?) "
-          "ON CONFLICT(msgid, conversation) DO NOTHING",
-          places_.Choose(PositionOf(message)), arrival, conversation, message.msgid,
-          message.msgtime, adding.outgoing, message.msgtype, message.msgstatus, message.svrtime,
-          message.readflag, adding.complete, message.extinfo.others, message.extinfo.fixmsgread,
-          message.extinfo.autochatmsg, message.extinfo.syschatmsg, message.msgbody)
-      .Run();
-  if (database().Changes() != 1) return std::nullopt;
-  if (adding.live) conversations_.Cover(conversation, PositionOf(message));
-  return arrival;
-}
-
-void MessageStore::AddOutgoing(const biz::IMMessage& message, bool complete) {
-  Add(message, kSingleChat, {.outgoing = true, .complete = complete});
-}
-
-std::optional<std::int64_t> MessageStore::AddIncoming(const biz::IMMessage& message,
-                                                      ChatKind kind) {
-  return Add(message, kind, {});
-}
-
-std::optional<std::int64_t> MessageStore::AddSynced(const biz::IMMessage& message, Synced how) {
-  return Add(message, kSingleChat,
-             {.outgoing = message.fromid == self_, .live = how == Synced::kLive});
-}
-
-std::optional<biz::IMMessage> MessageStore::Find(const ChatKey& key, std::int64_t msgid) {
+std::optional<biz::IMMessage> MessageStore::Find(const biz::IMConversationID& cid,
+                                                 std::int64_t msgid) {
   auto row = database().Prepare(MESSAGE_QUERY "WHERE m.msgid=? AND m.conversation=?", msgid,
-                                conversations_.Find(key));
+                                conversations_.Find(cid));
   if (!row.Step()) return std::nullopt;
   return ReadMessage(row, self_);
 }
 
 std::optional<biz::IMMessage> MessageStore::FindAnywhere(std::int64_t msgid) {
-  auto row = database().Prepare(MESSAGE_QUERY "WHERE m.msgid=? AND c.kind=0", msgid);
+  auto row = database().Prepare(MESSAGE_QUERY "WHERE m.msgid=?", msgid);
   if (!row.Step()) return std::nullopt;
   return ReadMessage(row, self_);
 }
 
-biz::IMMessagePage MessageStore::Page(const ChatKey& key, const biz::IMPageRequest& request) {
+std::string MessageStore::ServerPlace(const biz::IMConversationID& cid, std::int64_t msgid) {
+  auto row =
+      database().Prepare("SELECT server_place FROM messages WHERE msgid=? AND conversation=?",
+                         msgid, conversations_.Find(cid));
+  return row.Step() ? row.Text(0) : std::string();
+}
+
+biz::IMMessagePage MessageStore::Page(const biz::IMConversationID& cid,
+                                      const biz::IMPageRequest& request) {
   const std::int32_t count = CountOf(request.count);
   const Position at{request.msgtime, request.msgid};
   // Without a position the page is the newest one, whichever way it goes on.
   const bool older = request.gohistory || at.is_end();
-  PlaceRange range = search_.CompletePart(key, request.ignoreboundary);
+  const std::int64_t conversation = conversations_.Find(cid);
+  auto [range, part] = search_.VisiblePart(conversation, request.ignoreboundary);
   range.GoOnFrom(places_, at, older);
-  const std::int64_t conversation = conversations_.Find(key);
   // One more than asked for tells whether the store goes on.
   const std::int64_t limit = std::int64_t{count} + 1;
   auto row = older ? database().Prepare(MESSAGE_QUERY
-                                        "WHERE m.conversation=? AND m.place BETWEEN ? AND ? "
-                                        "ORDER BY m.place DESC LIMIT ?",
-                                        conversation, range.first, range.last, limit)
+                                        "WHERE m.conversation=?1 AND m.place BETWEEN ?2 AND ?3 "
+                                        "AND (?4=-1 OR m.part=?4) ORDER BY m.place DESC LIMIT ?5",
+                                        conversation, range.first, range.last, part, limit)
                    : database().Prepare(MESSAGE_QUERY
-                                        "WHERE m.conversation=? AND m.place BETWEEN ? AND ? "
-                                        "ORDER BY m.place LIMIT ?",
-                                        conversation, range.first, range.last, limit);
+                                        "WHERE m.conversation=?1 AND m.place BETWEEN ?2 AND ?3 "
+                                        "AND (?4=-1 OR m.part=?4) ORDER BY m.place LIMIT ?5",
+                                        conversation, range.first, range.last, part, limit);
   biz::IMMessagePage page;
   page.outofcache = true;
   std::size_t text = 0;
@@ -121,19 +100,19 @@ Position MessageStore::NewestOf(std::int64_t conversation) {
 
 std::vector<StoredConversation> MessageStore::Conversations() {
   auto row = database().Prepare(
-      "SELECT c.appkey, c.nick, c.kind, m.msgtime, m.msgid, "
+      "SELECT " CONVERSATION_COLUMNS
+      ", coalesce(m.msgtime, 0), coalesce(m.msgid, 0), "
       "(SELECT count(*) FROM messages WHERE conversation=c.id AND readflag=0 AND msgstatus=3), "
       "(SELECT max(arrival) FROM messages WHERE conversation=c.id AND readflag=0 AND msgstatus=3) "
-      "FROM conversations c JOIN messages m ON m.place="
-      "(SELECT place FROM messages WHERE conversation=c.id ORDER BY place DESC LIMIT 1)");
+      "FROM conversations c LEFT JOIN messages m ON m.place="
+      "(SELECT place FROM messages WHERE conversation=c.id ORDER BY place DESC LIMIT 1) "
+      "WHERE m.place IS NOT NULL OR c.type=3");
   std::vector<StoredConversation> found;
   while (row.Step()) {
-    found.push_back({{{row.Wide(0), row.Wide(1)}, static_cast<ChatKind>(row.Int32(2))},
-                     {row.Int64(3), row.Int64(4)},
-                     row.Int64(6),
-                     row.Int32(5)});
+    found.push_back(
+        {ReadConversation(row, 0), {row.Int64(4), row.Int64(5)}, row.Int64(7), row.Int32(6)});
     // What comes is told from these even when all of them are read by then.
-    last_arrival_ = std::max(last_arrival_, row.Int64(6));
+    last_arrival_ = std::max(last_arrival_, row.Int64(7));
   }
   return found;
 }
@@ -145,10 +124,7 @@ std::vector<Arrived> MessageStore::NewestUnread(std::size_t count) {
                                 "ORDER BY arrival DESC LIMIT ?) ORDER BY m.arrival DESC",
                                 static_cast<std::int64_t>(count));
   std::vector<Arrived> found;
-  while (row.Step()) {
-    found.push_back({ReadMessage(row, self_), row.Int64(kArrivalColumn),
-                     static_cast<ChatKind>(row.Int32(kKindColumn)), true});
-  }
+  while (row.Step()) found.push_back({ReadMessage(row, self_), row.Int64(kArrivalColumn), true});
   return found;
 }
 
@@ -160,21 +136,32 @@ std::vector<Unsent> MessageStore::Sending() {
   return found;
 }
 
-std::vector<std::pair<biz::IMUserID, std::int64_t>> MessageStore::Failed() {
-  auto row = database().Prepare(
-      "SELECT c.appkey, c.nick, m.msgid FROM messages m JOIN conversations c "
-      "ON c.id=m.conversation WHERE m.msgstatus IN (0, 2) AND m.msgstatus=2");
-  std::vector<std::pair<biz::IMUserID, std::int64_t>> found;
-  while (row.Step()) found.push_back({{row.Wide(0), row.Wide(1)}, row.Int64(2)});
+std::vector<std::pair<biz::IMConversationID, std::int64_t>> MessageStore::Failed() {
+  auto row = database().Prepare("SELECT " CONVERSATION_COLUMNS
+                                ", m.msgid FROM messages m JOIN conversations c "
+                                "ON c.id=m.conversation "
+                                "WHERE m.msgstatus IN (0, 2) AND m.msgstatus=2");
+  std::vector<std::pair<biz::IMConversationID, std::int64_t>> found;
+  while (row.Step()) found.push_back({ReadConversation(row, 0), row.Int64(4)});
   return found;
 }
 
-std::optional<Unsent> MessageStore::FindUnsent(const biz::IMUserID& cid, std::int64_t msgid) {
+std::optional<Unsent> MessageStore::FindUnsent(const biz::IMConversationID& cid,
+                                               std::int64_t msgid) {
   auto row = database().Prepare(MESSAGE_QUERY
-                                "WHERE m.msgid=? AND m.conversation=? AND m.msgstatus IN (0, 2)",
+                                "WHERE m.msgid=? AND m.conversation=? AND m.sender=0 "
+                                "AND m.msgstatus IN (0, 2)",
                                 msgid, conversations_.Find(cid));
   if (!row.Step()) return std::nullopt;
   return Unsent{ReadMessage(row, self_), row.Bool(kCompleteColumn)};
+}
+
+std::int64_t MessageStore::OwnBefore(const biz::IMConversationID& cid, std::int64_t msgid) {
+  auto row = database().Prepare(
+      "SELECT msgid FROM messages INDEXED BY messages_own WHERE conversation=? AND sender=0 "
+      "AND msgid<? AND msgstatus IN (0, 1, 4) ORDER BY msgid DESC LIMIT 1",
+      conversations_.Find(cid), msgid);
+  return row.Step() ? row.Int64(0) : 0;
 }
 
 }  // namespace imsdk::account

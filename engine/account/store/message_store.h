@@ -5,18 +5,28 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
-#include "account/conversations/chat_key.h"
-#include "account/conversations/chat_state.h"
 #include "account/store/conversation_table.h"
+#include "account/store/file_table.h"
 #include "account/store/message_places.h"
 #include "account/store/message_search.h"
 #include "account/store/open_stores.h"
+#include "account/store/parts.h"
+#include "account/store/positions.h"
 #include "imsdk/biz/message.h"
 
 namespace imsdk::account {
+
+// A conversation as the store knows it when the account logs in.
+struct StoredConversation {
+  biz::IMConversationID cid;
+  Position newest;  // the end when it has no message
+  std::int64_t last_arrival = 0;
+  std::int32_t unread = 0;
+};
 
 // A message that was not delivered, as the store has it.
 struct Unsent {
@@ -24,10 +34,18 @@ struct Unsent {
   bool complete = true;  // false: its files could not be read, so it cannot be sent
 };
 
-// How a message came that this device did not send or receive itself.
-enum class Synced {
-  kLive,    // now, from another device of the account
-  kRoamed,  // from the server's history
+// A message as it came over the link: as the account sees it, and what the server knows besides.
+struct Incoming {
+  biz::IMMessage message;
+  std::string place{};        // in the server's history
+  std::int64_t previous = 0;  // its sender's message before it
+};
+
+// What a fetch from the server's history brought.
+struct KeptHistory {
+  std::int32_t fresh = 0;                // messages that the store did not have
+  std::optional<biz::IMMessage> newest;  // of them
+  std::vector<Arrived> missed;           // those that should have come by themselves
 };
 
 // A message that was taken back, as it was before; `ChatState::Forget` takes `unread`, which has it
@@ -58,85 +76,138 @@ class MessageStore {
 
   sqlite::Database& database() { return lazy_.Use(); }
   void Close() { lazy_.Close(); }
-  // What is kept of a conversation as a whole: completeness, read boundary, shield.
+  // What is kept of a conversation as a whole: read boundary, membership, shield.
   ConversationTable& conversations() { return conversations_; }
+  Parts& parts() { return parts_; }
+  FileTable& files() { return files_; }
   MessageSearch& search() { return search_; }
+
+  // How far the server has been read, in the server's own words; empty at the beginning.
+  std::string LinkPosition();
+  void SetLinkPosition(const std::string& position);
+  // The server knows the position no more: what has come since is fetched as history. All that is
+  // here lies below a hole.
+  void LosePosition();
+
+  // message_arrivals.cpp
 
   // Adds a message of this account.
   void AddOutgoing(const biz::IMMessage& message, bool complete);
-  // Adds a message from a peer, read or not, as it says itself; returns its arrival, or nothing
-  // when the store has it already or it was deleted here.
-  std::optional<std::int64_t> AddIncoming(const biz::IMMessage& message,
-                                          ChatKind kind = kSingleChat);
-  // Adds a message of a single chat; one from the account itself is outgoing. Returns its arrival,
-  // or nothing when the store has it already or it was deleted here, by itself or with all others.
-  std::optional<std::int64_t> AddSynced(const biz::IMMessage& message, Synced how);
-  // Nothing happens to a message that was withdrawn.
-  void SetStatus(const biz::IMUserID& cid, std::int64_t msgid, biz::IMMsgStatus status,
-                 std::int64_t svrtime);
+  // Adds a note of the client, or what else comes from nowhere but this device.
+  std::optional<std::int64_t> AddIncoming(const biz::IMMessage& message) {
+    return AddLive({message});
+  }
+  // Adds a message that the server sent by itself, read or not, as it says itself. Returns its
+  // arrival, or nothing when the account was told of it before or it was deleted here. One that
+  // only history has brought so far is new.
+  std::optional<std::int64_t> AddLive(const Incoming& incoming);
+  // Whether the message is new and its sender's one before it is missing.
+  bool MissesPrevious(const Incoming& incoming);
+  // The part begins anew with this message, above a hole in which the one before it is looked for.
+  void OpenHole(const Incoming& incoming);
+  // Adds what a fetch brought, oldest first. Nothing of it is new, unless it fills a hole.
+  KeptHistory AddHistory(Walk& walk, const link::GetHistory& request, const std::string& next,
+                         const std::vector<Incoming>& messages);
+  // The server has a message of this account. Returns it with the status that it had, when it was
+  // not known to be sent.
+  std::optional<biz::IMMessage> SetArchived(const biz::IMConversationID& cid, std::int64_t msgid,
+                                            std::int64_t svrtime, const std::string& place);
 
-  // Marks what the peer sent as read, as far as it arrived up to `arrival`.
-  void MarkRead(const ChatKey& key, std::int64_t arrival);
-  // Marks what the peer sent up to a position as read; for `ChatState::Forget`.
-  std::vector<NoLongerUnread> MarkReadUpTo(const ChatKey& key, const Position& position);
+  // message_changes.cpp
+
+  // Nothing happens to a message that was withdrawn; one that is sent does not fail any more.
+  void SetStatus(const biz::IMConversationID& cid, std::int64_t msgid, biz::IMMsgStatus status,
+                 std::int64_t svrtime, const std::string& place = {});
+  // Marks what others sent as read, as far as it arrived up to `arrival`.
+  void MarkRead(const biz::IMConversationID& cid, std::int64_t arrival);
+  // Marks what others sent up to a position as read; for `ChatState::Forget`.
+  std::vector<NoLongerUnread> MarkReadUpTo(const biz::IMConversationID& cid,
+                                           const Position& position);
   // Takes a message of `sender` back: no body, no extra, read. Nothing when it is unknown, somebody
   // else's or was withdrawn before.
-  std::optional<Withdrawn> Withdraw(const biz::IMUserID& cid, const biz::IMUserID& sender,
+  std::optional<Withdrawn> Withdraw(const biz::IMConversationID& cid, const biz::IMUserID& sender,
                                     std::int64_t msgid);
   // Removes messages for good; what is still being sent and what is unknown is passed over.
-  Removed Delete(const ChatKey& key, const std::vector<std::int64_t>& msgids);
+  Removed Delete(const biz::IMConversationID& cid, const std::vector<std::int64_t>& msgids);
   // Begins the deletion of all messages: roaming brings none of them back. Returns the newest one's
   // position; `DeleteNext` takes what is not newer, then what is not newer than the oldest one it
   // removed, until it removes fewer than `kDeletedAtOnce`.
-  Position BeginDeleteAll(const ChatKey& key);
-  Removed DeleteNext(const ChatKey& key, const Position& upto);
+  Position BeginDeleteAll(const biz::IMConversationID& cid);
+  Removed DeleteNext(const biz::IMConversationID& cid, const Position& upto);
+  // Forgets how far the conversation is complete.
+  void ClearComplete(const biz::IMConversationID& cid);
 
-  // The peer has read messages of the account. Returns those whose flag changed.
-  std::vector<biz::IMFlagMsgReaded> SetPeerRead(const biz::IMUserID& cid,
+  // Messages of the account were read. Returns those whose flag changed.
+  std::vector<biz::IMFlagMsgReaded> SetPeerRead(const biz::IMConversationID& cid,
                                                 const std::vector<std::int64_t>& msgids);
   // Flags of the account's own messages; of the newest 200, oldest first, when `msgids` is empty.
-  std::vector<biz::IMFlagMsgReaded> PeerReadFlags(const biz::IMUserID& cid,
+  std::vector<biz::IMFlagMsgReaded> PeerReadFlags(const biz::IMConversationID& cid,
                                                   const std::vector<std::int64_t>& msgids);
-  // Those of the peer's messages that were not reported read, notes of the client excepted; without
-  // `msgids` the oldest 1,000 of those that are read.
-  std::vector<std::int64_t> Reportable(const biz::IMUserID& cid,
+  // Those of the others' messages that were not reported read, notes of the client excepted;
+  // without `msgids` the oldest 1,000 of those that are read.
+  std::vector<std::int64_t> Reportable(const biz::IMConversationID& cid,
                                        const std::vector<std::int64_t>& msgids);
-  void SetReported(const biz::IMUserID& cid, const std::vector<std::int64_t>& msgids);
+  void SetReported(const biz::IMConversationID& cid, const std::vector<std::int64_t>& msgids);
 
-  std::optional<biz::IMMessage> Find(const ChatKey& key, std::int64_t msgid);
-  // In any single chat.
+  std::optional<biz::IMMessage> Find(const biz::IMConversationID& cid, std::int64_t msgid);
+  // In any conversation.
   std::optional<biz::IMMessage> FindAnywhere(std::int64_t msgid);
-  // A page of a conversation by (msgtime, msgid), of what lies from its boundary on unless the
-  // request ignores that. `autoroam` changes nothing here.
-  biz::IMMessagePage Page(const ChatKey& key, const biz::IMPageRequest& request);
+  // Where the server's history has a message; empty when that is not known.
+  std::string ServerPlace(const biz::IMConversationID& cid, std::int64_t msgid);
+  // A page of a conversation by (msgtime, msgid), of its complete part unless the request ignores
+  // the boundary. `autoroam` changes nothing here.
+  biz::IMMessagePage Page(const biz::IMConversationID& cid, const biz::IMPageRequest& request);
 
+  // Those that have messages, and tribes.
   std::vector<StoredConversation> Conversations();
   // The newest unread messages, newest first, for `ChatState::AddUnread`.
   std::vector<Arrived> NewestUnread(std::size_t count);
   // Messages that were being sent when the account stopped, oldest first.
   std::vector<Unsent> Sending();
   // Conversation and identifier of every message that failed.
-  std::vector<std::pair<biz::IMUserID, std::int64_t>> Failed();
-  std::optional<Unsent> FindUnsent(const biz::IMUserID& cid, std::int64_t msgid);
+  std::vector<std::pair<biz::IMConversationID, std::int64_t>> Failed();
+  std::optional<Unsent> FindUnsent(const biz::IMConversationID& cid, std::int64_t msgid);
+  // The account's own message before this one in the conversation, of those that did not fail; 0
+  // when there is none.
+  std::int64_t OwnBefore(const biz::IMConversationID& cid, std::int64_t msgid);
 
  private:
-  struct Adding {
-    bool outgoing = false;
-    bool complete = true;
-    bool live = true;
+  // A message that is there.
+  struct Row {
+    std::int64_t place = 0;
+    std::int64_t part = 0;
+    std::int64_t arrival = 0;
   };
-  // The message's arrival, or nothing when the store has it already or it was deleted.
-  std::optional<std::int64_t> Add(const biz::IMMessage& message, ChatKind kind,
-                                  const Adding& adding);
+  struct Adding {
+    std::int64_t conversation = 0;
+    std::int64_t sender = 0;
+    std::int64_t part = 0;     // 0: outside of it
+    std::int64_t arrival = 0;  // 0: nobody is told of it
+    bool complete = true;
+  };
+
+  // The number by which messages name their sender; `SenderOf` makes it, the other returns -1 for a
+  // user who is new.
+  std::int64_t SenderOf(const biz::IMUserID& user);
+  std::int64_t FindSender(const biz::IMUserID& user);
+  // The message's row, or 0 when the store has it already.
+  std::int64_t Add(const biz::IMMessage& message, const std::string& place, const Adding& adding);
+  std::optional<Row> Look(std::int64_t conversation, std::int64_t sender, std::int64_t msgid);
+  // The server may tell later what it did not know at first.
+  void Learn(std::int64_t row, std::int64_t svrtime, const std::string& place);
+  bool HasBefore(std::int64_t conversation, std::int64_t part, std::int64_t sender,
+                 std::int64_t msgid);
   std::int64_t NextArrival();
-  bool WasDeleted(std::int64_t conversation, const biz::IMMessage& message, bool live);
+  bool WasDeleted(std::int64_t conversation, std::int64_t sender, std::int64_t msgid);
   Position NewestOf(std::int64_t conversation);
 
   const biz::IMUserID self_;
   LazyStore lazy_;
   ConversationTable conversations_{lazy_};
+  Parts parts_{lazy_};
+  FileTable files_{lazy_};
   MessagePlaces places_{lazy_};
-  MessageSearch search_{lazy_, conversations_, places_, self_};
+  MessageSearch search_{lazy_, conversations_, parts_, places_, self_};
   std::int64_t last_arrival_ = 0;  // 0: not known yet
 };
 
