@@ -124,7 +124,7 @@ bool MessageStore::MissesPrevious(const Incoming& incoming) {
   if (incoming.previous == 0) return false;
   const std::int64_t conversation = conversations_.Find(message.cid);
   const std::int64_t sender = FindSender(message.fromid);
-  if (conversation == 0 || sender < 0) return false;
+  if (conversation == 0) return false;
   return !Look(conversation, sender, incoming.previous) &&
          !WasDeleted(conversation, sender, incoming.previous) &&
          !Look(conversation, sender, message.msgid) && !parts_.Current(conversation).empty();

@@ -49,7 +49,8 @@ constexpr const char* kSchema[] = {R"sql(
     conversation INTEGER PRIMARY KEY, part INTEGER NOT NULL,
     floor_time INTEGER NOT NULL, floor_id INTEGER NOT NULL,
     reach_time INTEGER NOT NULL, reach_id INTEGER NOT NULL,
-    edge TEXT NOT NULL, whole INTEGER NOT NULL);
+    edge TEXT NOT NULL, whole INTEGER NOT NULL,
+    between_time INTEGER NOT NULL DEFAULT 9223372036854775807);
   CREATE TABLE holes(
     conversation INTEGER, sender INTEGER, msgid INTEGER, likely INTEGER NOT NULL,
     fetches INTEGER NOT NULL, PRIMARY KEY(conversation, sender, msgid)) WITHOUT ROWID;

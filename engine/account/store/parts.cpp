@@ -1,6 +1,7 @@
 #include "account/store/parts.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "account/store/message_places.h"
 
@@ -154,7 +155,14 @@ void Parts::SetWhole(std::int64_t conversation) {
 void Parts::OpenHole(std::int64_t conversation) {
   const Part part = Current(conversation);
   if (part.empty()) return;
-  // A second hole lies above the first one; one walk comes down through both.
+  // A second hole lies above the first one; one walk comes down through both. What is between them
+  // is remembered by its oldest time.
+  store_.Use()
+      .Prepare(
+          "UPDATE below_holes SET between_time=min(between_time, ?2) WHERE conversation=?1 "
+          "AND ?3=0",
+          conversation, part.floor.msgtime, std::int64_t{part.floor.is_end()})
+      .Run();
   store_.Use()
       .Prepare(
           "INSERT OR IGNORE INTO below_holes(conversation, part, floor_time, floor_id, reach_time, "
@@ -220,16 +228,20 @@ void Parts::CloseHole(std::int64_t conversation) {
   auto below = Below(conversation);
   if (!below) return;
   const Part part = Current(conversation);
-  if (!part.floor.is_end()) {
-    // What came since the hole opened is less than what lies below it.
-    store_.Use()
-        .Prepare("UPDATE messages SET part=? WHERE conversation=? AND part=? AND place>=?",
-                 below->number, conversation, part.number,
-                 MessagePlaces::FirstOf(part.floor.msgtime))
-        .Run();
-    if (below->floor.is_end() || part.floor < below->floor) below->floor = part.floor;
-    if (below->reach.is_end()) below->reach = part.reach;
+  Position floor{std::numeric_limits<std::int64_t>::max(), 0};
+  {
+    auto row = store_.Use().Prepare("SELECT between_time FROM below_holes WHERE conversation=?",
+                                    conversation);
+    if (row.Step()) floor.msgtime = row.Int64(0);
   }
+  if (!part.floor.is_end()) floor = std::min(floor, part.floor);
+  // What came since the hole opened is less than what lies below it.
+  store_.Use()
+      .Prepare("UPDATE messages SET part=?1 WHERE conversation=?2 AND part>?1 AND place>=?3",
+               below->number, conversation, MessagePlaces::FirstOf(floor.msgtime))
+      .Run();
+  if (below->floor.is_end() || floor < below->floor) below->floor = floor;
+  if (below->reach.is_end()) below->reach = part.reach;
   Save(conversation, *below);
   ForgetHole(conversation);
 }
