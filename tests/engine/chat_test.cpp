@@ -47,7 +47,7 @@ TEST_P(ChatTest, BothSidesSeeTheSameMessage) {
   EXPECT_EQ(in.msgstatus, biz::kMsgReceived);
   EXPECT_EQ(in.readflag, biz::kMsgUnread);
   EXPECT_EQ(in.extinfo.autochatmsg, 1);
-  if (GetParam().late_times) {
+  if (GetParam().rude) {
     EXPECT_EQ(harbor.statuses.front().svrtime, 0);
     static_cast<FarServer&>(*server_).TellTimes();
     Eventually([&] { return History(kHarbor, kMariner).msgs.at(0).svrtime != 0; }, "told later");

@@ -39,7 +39,7 @@ EngineSetup QuickSetup(const std::filesystem::path& data);
 struct ServerKind {
   std::string name;
   std::function<std::unique_ptr<EmbeddedServer>(const std::filesystem::path& data)> start;
-  bool late_times = false;  // the outcome of a delivery has no time of the server yet
+  bool rude = false;  // repeats what it sent, and tells time and place of a delivery only later
 
   friend void PrintTo(const ServerKind& kind, std::ostream* out) { *out << kind.name; }
 };

@@ -129,9 +129,12 @@ void FaultyLink::LoseNextBatch() {
 }
 
 void FaultyLink::HoldAcknowledgements(bool hold) {
-  std::lock_guard guard(lock_);
+  std::unique_lock guard(lock_);
   holding_ = hold;
-  if (const auto session = std::exchange(held_session_, nullptr)) session->Acknowledge(held_);
+  const auto session = std::exchange(held_session_, nullptr);
+  const std::string position = held_;
+  guard.unlock();  // the server may answer with the next batch at once
+  if (session) session->Acknowledge(position);
 }
 
 bool FaultyLink::Hold(const std::shared_ptr<link::Session>& session, const std::string& position) {
