@@ -3,6 +3,7 @@
 
 #include "kexcom/result.h"
 #include "source/bridge/bridgemodules.h"
+#include "source/bridge/jsparams/triberecords.h"
 #include "source/bridge/methodtable.h"
 
 namespace imsdk::bridge {
@@ -34,7 +35,13 @@ class CBridgeTribeMgr final : public CBridgeBase {
   RefPtr<biz::IIMTribeMgr> mgr_;  // of the current account, or null
 };
 
-std::span<const MethodRow> CBridgeTribeMgr::Methods() const { return {}; }
+using M = CBridgeTribeMgr;
+using Mgr = biz::IIMTribeMgr;
+constexpr MethodRow kMethods[] = {
+    Row<M, "GetAllClass", &Mgr::GetAllClass>("The classes that a tribe can have."),
+};
+
+std::span<const MethodRow> CBridgeTribeMgr::Methods() const { return kMethods; }
 
 }  // namespace
 

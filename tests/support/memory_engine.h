@@ -200,7 +200,12 @@ using MemoryTribeChats =
 using MemoryVirtualChats =
     MemoryChatMgr<biz::IIMVirtualChatMgr, biz::IMVirtualChatEvents, biz::kCIDSystem>;
 
-class MemoryTribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {};
+class MemoryTribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {
+ public:
+  void GetAllClass(const biz::IMNothing&, biz::IMCallback<biz::IMTribeClasses> done) override {
+    done({}, {{{3, L"Work"}}});
+  }
+};
 
 class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
  public:

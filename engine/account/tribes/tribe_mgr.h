@@ -13,6 +13,9 @@ class TribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {
  public:
   explicit TribeMgr(std::shared_ptr<AccountState> state) : state_(std::move(state)) {}
 
+  void GetAllClass(const biz::IMNothing& request,
+                   biz::IMCallback<biz::IMTribeClasses> done) override;
+
  private:
   const std::shared_ptr<AccountState> state_;
 };
