@@ -27,8 +27,8 @@ AccountState::AccountState(std::shared_ptr<const Environment> env, const biz::IM
                                                [](AccountState& state) { state.commit.Flush(); }));
              }),
       line(std::make_shared<Line>(
-          runner, Line::Limits{environment->timeouts.request, environment->timeouts.transfer,
-                               environment->timeouts.logout})),
+          runner, Line::Limits{environment->timeouts.request, environment->timeouts.send,
+                               environment->timeouts.transfer, environment->timeouts.logout})),
       files(environment->folder.root(), environment->folder.FilesFolder(user),
             environment->send_from),
       files_in_tokens(InTokens(environment->folder.FilesFolder(user) + '/')) {}

@@ -28,6 +28,7 @@ class Line : public std::enable_shared_from_this<Line> {
  public:
   struct Limits {
     std::chrono::milliseconds request;
+    std::chrono::milliseconds send;
     std::chrono::milliseconds transfer;  // without a byte that crosses
     std::chrono::milliseconds logout;
   };
@@ -73,6 +74,7 @@ class Line : public std::enable_shared_from_this<Line> {
       std::is_same_v<Operation, link::Upload> || std::is_same_v<Operation, link::Download>;
   template <class Operation>
   std::chrono::milliseconds LimitOf() const {
+    if (std::is_same_v<Operation, link::Deliver>) return limits_.send;
     return kTransfers<Operation> ? limits_.transfer : limits_.request;
   }
 
