@@ -43,8 +43,10 @@ Operation KindOf(const link::Request& request) {
     Operation operator()(const link::Asked<link::SetRoaming>&) { return Operation::kSetRoaming; }
     Operation operator()(const link::Asked<link::Upload>&) { return Operation::kUpload; }
     Operation operator()(const link::Asked<link::Download>&) { return Operation::kDownload; }
-    Operation operator()(const link::Asked<link::SendTyping>&) { return Operation::kOther; }
-    Operation operator()(const link::Asked<link::Logout>&) { return Operation::kOther; }
+    template <class Asked>
+    Operation operator()(const Asked&) {
+      return Operation::kOther;
+    }
   };
   return std::visit(Kinds{}, request);
 }
