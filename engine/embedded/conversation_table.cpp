@@ -29,10 +29,10 @@ std::int64_t ConversationTable::MakePair(std::int64_t one, std::int64_t other) {
 }
 
 std::optional<StoredTribe> ConversationTable::FindTribe(biz::IMTribeID tribe) {
-  auto row =
-      database_.Prepare("SELECT conversation, open_history FROM tribes WHERE id=?", tribe.id);
+  auto row = database_.Prepare("SELECT conversation, open_history, owner FROM tribes WHERE id=?",
+                               tribe.id);
   if (!row.Step()) return std::nullopt;
-  return StoredTribe{row.Int64(0), row.Bool(1)};
+  return StoredTribe{row.Int64(0), row.Bool(1), row.Int64(2)};
 }
 
 biz::IMTribeID ConversationTable::FreeTribe() {
@@ -50,6 +50,10 @@ std::int64_t ConversationTable::AddTribe(biz::IMTribeID tribe, const std::wstrin
                conversation, name, owner)
       .Run();
   return conversation;
+}
+
+void ConversationTable::SetTribeName(biz::IMTribeID tribe, const std::wstring& name) {
+  database_.Prepare("UPDATE tribes SET name=? WHERE id=?", name, tribe.id).Run();
 }
 
 void ConversationTable::SetOpenHistory(biz::IMTribeID tribe, bool open) {

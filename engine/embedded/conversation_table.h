@@ -15,6 +15,7 @@ namespace imsdk::embedded {
 struct StoredTribe {
   std::int64_t conversation = 0;
   bool open_history = false;  // members see what was before they joined
+  std::int64_t owner = 0;     // an account
 };
 
 // An account sees of a tribe what has a position behind `joined`, and not behind `until`.
@@ -38,6 +39,7 @@ class ConversationTable {
   biz::IMTribeID FreeTribe();
   // Returns the conversation of the new tribe.
   std::int64_t AddTribe(biz::IMTribeID tribe, const std::wstring& name, std::int64_t owner);
+  void SetTribeName(biz::IMTribeID tribe, const std::wstring& name);
   void SetOpenHistory(biz::IMTribeID tribe, bool open);
 
   // The stay that an account has in a tribe now.

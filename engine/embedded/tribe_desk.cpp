@@ -24,6 +24,18 @@ void TribeDesk::Change(Effects& effects, std::int64_t account, std::int64_t conv
   effects.news.push_back({own, position, 0});
 }
 
+Outcome<link::Nothing> TribeDesk::Answer(const Caller& caller, const link::SetTribeName& request) {
+  const auto tribe = store_.conversations().FindTribe(request.tribe);
+  if (!tribe || !store_.conversations().CurrentStay(caller.account, tribe->conversation)) {
+    return NotAMember();
+  }
+  if (tribe->owner != caller.account) {
+    return Failure(biz::kEngineRefused, L"only the tribe's owner can rename it");
+  }
+  store_.conversations().SetTribeName(request.tribe, request.name);
+  return {};
+}
+
 Outcome<biz::IMTribeID> TribeDesk::Answer(const Caller& /*nobody*/, const NewTribe& request) {
   std::set<std::int64_t> members;
   std::int64_t owner = 0;

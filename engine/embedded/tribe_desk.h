@@ -21,11 +21,12 @@ struct SetOpenHistory {
   bool open = false;
 };
 
-// A desk; see `PostDesk`. These are the administration's requests, nobody's session asks them.
+// A desk; see `PostDesk`. What nobody's session asks are the administration's requests.
 class TribeDesk {
  public:
   explicit TribeDesk(ServerStore& store) : store_(store) {}
 
+  Outcome<link::Nothing> Answer(const Caller& caller, const link::SetTribeName& request);
   Outcome<biz::IMTribeID> Answer(const Caller& nobody, const NewTribe& request);
   Outcome<link::Nothing> Answer(const Caller& nobody, const SetMember& request);
   Outcome<link::Nothing> Answer(const Caller& nobody, const SetOpenHistory& request);

@@ -120,6 +120,13 @@ struct Download {
   Progress progress{};
 };
 
+// Renames a tribe. `kEngineRefused` for everybody but its owner.
+struct SetTribeName {
+  using Reply = Nothing;
+  biz::IMTribeID tribe;
+  std::wstring name;
+};
+
 // Ends the session for good. Its listener hears nothing further.
 struct Logout {
   using Reply = Nothing;
@@ -133,8 +140,9 @@ struct Asked {
   std::function<void(const biz::ResultCode&, const Reply&)> done;
 };
 
-using Request = std::variant<Asked<Deliver>, Asked<Withdraw>, Asked<ReportRead>, Asked<MarkRead>,
-                             Asked<SendTyping>, Asked<GetHistory>, Asked<GetRoaming>,
-                             Asked<SetRoaming>, Asked<Upload>, Asked<Download>, Asked<Logout>>;
+using Request =
+    std::variant<Asked<Deliver>, Asked<Withdraw>, Asked<ReportRead>, Asked<MarkRead>,
+                 Asked<SendTyping>, Asked<GetHistory>, Asked<GetRoaming>, Asked<SetRoaming>,
+                 Asked<Upload>, Asked<Download>, Asked<SetTribeName>, Asked<Logout>>;
 
 }  // namespace imsdk::link

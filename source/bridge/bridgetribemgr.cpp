@@ -39,6 +39,7 @@ using M = CBridgeTribeMgr;
 using Mgr = biz::IIMTribeMgr;
 constexpr MethodRow kMethods[] = {
     Row<M, "GetAllClass", &Mgr::GetAllClass>("The classes that a tribe can have."),
+    Row<M, "SetTribeName", &Mgr::SetTribeName>("Renames a tribe; only its owner may."),
 };
 
 std::span<const MethodRow> CBridgeTribeMgr::Methods() const { return kMethods; }

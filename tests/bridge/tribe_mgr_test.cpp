@@ -12,6 +12,7 @@ TEST_F(SingleMsg, TribeMethodsAnswerWhatTheEngineSays) {
     const wchar_t* answer;
   } rows[] = {
       {L"GetAllClass", L"not read", LR"("classlist":[{"index":3,"name":"Work"}]})"},
+      {L"SetTribeName", LR"({"tribeid":"7","str":"Quay"})", LR"("result":"Quay"})"},
   };
   for (const auto& row : rows) {
     const Delivery answer = host.Call(L"im.tribemgr", row.method, row.request);

@@ -56,6 +56,8 @@ class FarSession final : public link::Session {
         if constexpr (std::is_same_v<Operation, link::Logout>) {
           state_->devices.erase(device);
           result = {};
+        } else if constexpr (!requires { state_->Answer(device->second, asked.operation); }) {
+          result = {biz::kEngineUnsupported, 0, L"this server does not know how"};
         } else {
           std::tie(result, reply) = state_->Answer(device->second, asked.operation);
         }

@@ -32,24 +32,23 @@ class FaultyLink::Ear : public link::SessionListener {
 
 namespace {
 
-Operation KindOf(const link::Request& request) {
-  struct Kinds {
-    Operation operator()(const link::Asked<link::Deliver>&) { return Operation::kDeliver; }
-    Operation operator()(const link::Asked<link::Withdraw>&) { return Operation::kWithdraw; }
-    Operation operator()(const link::Asked<link::ReportRead>&) { return Operation::kReportRead; }
-    Operation operator()(const link::Asked<link::MarkRead>&) { return Operation::kMarkRead; }
-    Operation operator()(const link::Asked<link::GetHistory>&) { return Operation::kGetHistory; }
-    Operation operator()(const link::Asked<link::GetRoaming>&) { return Operation::kGetRoaming; }
-    Operation operator()(const link::Asked<link::SetRoaming>&) { return Operation::kSetRoaming; }
-    Operation operator()(const link::Asked<link::Upload>&) { return Operation::kUpload; }
-    Operation operator()(const link::Asked<link::Download>&) { return Operation::kDownload; }
-    template <class Asked>
-    Operation operator()(const Asked&) {
-      return Operation::kOther;
-    }
-  };
-  return std::visit(Kinds{}, request);
-}
+struct Kinds {
+  Operation operator()(const link::Asked<link::Deliver>&) { return Operation::kDeliver; }
+  Operation operator()(const link::Asked<link::Withdraw>&) { return Operation::kWithdraw; }
+  Operation operator()(const link::Asked<link::ReportRead>&) { return Operation::kReportRead; }
+  Operation operator()(const link::Asked<link::MarkRead>&) { return Operation::kMarkRead; }
+  Operation operator()(const link::Asked<link::GetHistory>&) { return Operation::kGetHistory; }
+  Operation operator()(const link::Asked<link::GetRoaming>&) { return Operation::kGetRoaming; }
+  Operation operator()(const link::Asked<link::SetRoaming>&) { return Operation::kSetRoaming; }
+  Operation operator()(const link::Asked<link::Upload>&) { return Operation::kUpload; }
+  Operation operator()(const link::Asked<link::Download>&) { return Operation::kDownload; }
+  template <class Asked>
+  Operation operator()(const Asked&) {
+    return Operation::kOther;
+  }
+};
+
+Operation KindOf(const link::Request& request) { return std::visit(Kinds{}, request); }
 
 }  // namespace
 

@@ -76,6 +76,25 @@ TEST_F(ServerTribe, AMessageIsOneRowForAllMembersAndNoOutsider) {
   }
 }
 
+TEST_F(ServerTribe, OnlyItsOwnerRenamesIt) {
+  Tribe({L"harbor", L"mariner"});
+  const struct {
+    const wchar_t* nick;
+    biz::IMTribeID tribe;
+    std::int32_t code;
+  } rows[] = {
+      {L"mariner", {77}, biz::kEngineRefused},
+      {L"navigator", {77}, biz::kEngineRefused},
+      {L"harbor", {5}, biz::kEngineRefused},
+      {L"harbor", {77}, biz::kEngineOk},
+  };
+  for (const auto& [nick, tribe, code] : rows) {
+    EXPECT_EQ(Count("SELECT count(*) FROM tribes WHERE name='Quay'"), 0);
+    EXPECT_EQ(Connect(nick)->Ask(link::SetTribeName{tribe, L"Quay"}).result.code, code) << nick;
+  }
+  EXPECT_EQ(Count("SELECT count(*) FROM tribes WHERE name='Quay'"), 1);
+}
+
 TEST_F(ServerTribe, JoiningAndLeavingAreTheEndsOfWhatIsSeen) {
   Tribe({L"harbor"});
   const auto harbor = Connect(L"harbor");

@@ -22,6 +22,20 @@ class TribeTest : public PeersTest {
   const biz::IMConversationID kTribe{biz::IMTribeID{10001}};
 };
 
+TEST_P(TribeTest, NamesOfTribesAreChecked) {
+  const auto tribes = Accounts()->GetAccount(kHarbor)->GetIMTribeMgr();
+  const std::pair<std::wstring, std::int32_t> rows[] = {
+      {L"", biz::kEngineEmpty},
+      {std::wstring(129, L'x'), biz::kEngineTooLarge},
+      {std::wstring(128, L'x'),
+       GetParam().name == std::string("Embedded") ? biz::kEngineOk : biz::kEngineUnsupported},
+  };
+  for (const auto& [name, code] : rows) {
+    const biz::IMTribeText request{kTribe.tribe, name};
+    EXPECT_EQ(Done([&](auto done) { tribes->SetTribeName(request, done); }).code, code);
+  }
+}
+
 TEST_P(TribeTest, SentReadWithdrawnByTheSameCode) {
   Device second(server_->Link());
   second.Login(kMariner);

@@ -205,6 +205,9 @@ class MemoryTribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {
   void GetAllClass(const biz::IMNothing&, biz::IMCallback<biz::IMTribeClasses> done) override {
     done({}, {{{3, L"Work"}}});
   }
+  void SetTribeName(const biz::IMTribeText& request, biz::IMCallback<> done) override {
+    done({request.tribeid.id == 7 ? 0 : biz::kEngineRefused, 0, request.str});
+  }
 };
 
 class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {

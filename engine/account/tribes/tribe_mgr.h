@@ -15,6 +15,7 @@ class TribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {
 
   void GetAllClass(const biz::IMNothing& request,
                    biz::IMCallback<biz::IMTribeClasses> done) override;
+  void SetTribeName(const biz::IMTribeText& request, biz::IMCallback<> done) override;
 
  private:
   const std::shared_ptr<AccountState> state_;

@@ -19,4 +19,12 @@ struct Record<biz::IMTribeClasses> {
       Field("classlist", &biz::IMTribeClasses::classlist, "The classes that a tribe can have."));
 };
 
+template <>
+struct Record<biz::IMTribeText> {
+  using R = biz::IMTribeText;
+  static constexpr auto kFields =
+      FieldList(Field("tribeid", Path(&R::tribeid, &biz::IMTribeID::id), "The tribe."),
+                Field("str", &R::str, "The text."));
+};
+
 }  // namespace imsdk::bridge
