@@ -26,8 +26,6 @@ biz::ResultCode DiskFailed() {
   return Failure(biz::kEngineStorage, L"the server's disk refuses the file");
 }
 
-biz::ResultCode ServerStops() { return Failure(biz::kEngineNoLink, L"the server stops"); }
-
 // The digest of what comes in pieces.
 class Digest {
  public:

@@ -65,13 +65,14 @@ void Gate::Verify(const link::LoginRequest& request, const StoredAccount& accoun
         if (!good) return done(Failure(biz::kEngineWrongPassword, L"the password is wrong"), {});
         gate.Give(user, id, done);
       });
-  hashing_.task_runner()->PostTask(
+  const bool posted = hashing_.task_runner()->PostTask(
       FROM_HERE, [this, hash = account.password_hash, answer = std::move(answer),
                   password = base::WideToUTF8(std::get<link::Password>(request.proof).text)] {
         const bool good = VerifyPassword(hash, password);
         --hashes_waiting_;
         here_->PostTask(FROM_HERE, [answer, good] { answer(good); });
       });
+  if (!posted) done(ServerStops(), {});
 }
 
 void Gate::Give(const biz::IMUserID& user, std::int64_t account, const link::LoginCallback& done) {

@@ -75,8 +75,10 @@ void MailRoom::Serve(std::int64_t session, link::Asked<link::Upload> asked) {
         if (!result.ok()) return DoneOf(held)(result, {});
         room.CarryFor(session, Inside(held), DoneOf(held));
       });
-  files_.Receive(held->operation, [here = here_, crossed](const biz::ResultCode& result) {
-    here->PostTask(FROM_HERE, [crossed, result] { crossed(result); });
+  files_.Receive(held->operation, [here = here_, crossed, held](const biz::ResultCode& result) {
+    if (!here->PostTask(FROM_HERE, [crossed, result] { crossed(result); })) {
+      DoneOf(held)(ServerStops(), {});
+    }
   });
 }
 
@@ -135,7 +137,7 @@ bool MailRoom::Close(std::int64_t session) {
 void MailRoom::CloseAll() {
   StoreAcknowledged();
   for (const auto& [session, caller] : std::exchange(sessions_, {})) {
-    feeds_.End(session, Failure(biz::kEngineNoLink, L"the server stops"));
+    feeds_.End(session, ServerStops());
   }
 }
 

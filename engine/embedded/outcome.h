@@ -68,6 +68,7 @@ inline biz::ResultCode Failure(biz::EngineCode code, std::wstring text) {
 inline biz::ResultCode UnknownUser() {
   return Failure(biz::kEngineUnknownUser, L"there is no such user");
 }
+inline biz::ResultCode ServerStops() { return Failure(biz::kEngineNoLink, L"the server stops"); }
 inline biz::ResultCode NotAMember() {
   return Failure(biz::kEngineRefused, L"the account is no member of this tribe");
 }

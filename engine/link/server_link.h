@@ -106,7 +106,8 @@ class ServerLink {
   virtual void Login(const LoginRequest& request, LoginCallback done) = 0;
   // Begins a session. The server sends what came after the position, oldest first, and everything
   // new after it. A device without a position stands where the device that has most stands; what
-  // came before is history.
+  // came before is history. The first batch that it is sent comes at once, without entries when
+  // there are none, so that the account knows where to go on even when nothing happens.
   virtual void Connect(const ConnectRequest& request, ConnectCallback done) = 0;
 };
 

@@ -137,8 +137,8 @@ void Migrate(Database& database, const char* const* steps, std::size_t count) {
   }
   if (version == static_cast<std::int64_t>(count)) return;
   if (version != 0) {
-    throw Error("the store has version " + std::to_string(version) + ", this program uses version " +
-                std::to_string(count));
+    throw Error("the store has version " + std::to_string(version) +
+                ", this program uses version " + std::to_string(count));
   }
   Transaction transaction(database);
   for (std::size_t step = 0; step < count; ++step) database.Execute(steps[step]);

@@ -41,12 +41,16 @@ class CBridgeConversation : public CBridgeBase {
   void GetDynamicMsg(const DynamicMsgRequest& request, Call<DynamicMsgAnswer> call);
 
   // Sending: bridgeconversationsend.cpp.
-  void SendNormalMsg(const In<SendMsgRequest>& request, Chat chat, Call<> call);
-  void SendAutoReplyMsg(const In<SendMsgRequest>& request, Chat chat, Call<> call);
+  template <bool kAutoReply>
+  void SendMsg(const In<SendMsgRequest>& request, Chat chat, Call<> call) {
+    Send(request, kAutoReply, std::move(chat), std::move(call));
+  }
   void SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr, Call<> call);
   void ForwardChatMsg(const ForwardMsgRequest& request, ChatMgr mgr, Call<> call);
-  void ReSendChatMsg(const In<biz::IMMsgRequest>& request, Chat chat, Call<> call);
-  void FastReSendChatMsg(const In<biz::IMMsgRequest>& request, Chat chat, Call<> call);
+  template <bool kAtOnce>
+  void ReSendMsg(const In<biz::IMMsgRequest>& request, Chat chat, Call<> call) {
+    ReSend({request.msgid, kAtOnce}, std::move(chat), std::move(call));
+  }
   void EditPic2SendMsg(const EditPicRequest& request, ChatMgr mgr, Call<> call);
   void ConvertMsgText2Emotion(const EmotionText& request, Call<EmotionText> call);
 
@@ -58,6 +62,8 @@ class CBridgeConversation : public CBridgeBase {
  private:
   // Returns what marks as read what a person can see when it is called. Any thread may call it.
   std::function<void()> MarkSeen(const Chat& chat, const CallBase& call) const;
+  static void Send(const In<SendMsgRequest>& request, bool autoreply, Chat chat, Call<> call);
+  static void ReSend(const biz::IMResendRequest& request, Chat chat, Call<> call);
   // Answers with messages that had to be fetched, then runs `then`.
   static biz::IMCallback<biz::IMMessagePage> RspFetchMsg(PageCall call,
                                                          std::function<void()> then = nullptr);

@@ -81,16 +81,12 @@ void SendToEach(biz::IIMChatMgr& mgr, const std::vector<biz::IMConversationID>& 
 
 }  // namespace
 
-void CBridgeConversation::SendNormalMsg(const In<SendMsgRequest>& request, Chat chat, Call<> call) {
-  chat->SendMsg({.body = ToEngine(request.msgbody, call), .autosend = request.autosend},
+void CBridgeConversation::Send(const In<SendMsgRequest>& request, bool autoreply, Chat chat,
+                               Call<> call) {
+  chat->SendMsg({.body = ToEngine(request.msgbody, call),
+                 .autosend = request.autosend,
+                 .autoreply = autoreply},
                 AnswerSend(call));
-}
-
-void CBridgeConversation::SendAutoReplyMsg(const In<SendMsgRequest>& request, Chat chat,
-                                           Call<> call) {
-  chat->SendMsg(
-      {.body = ToEngine(request.msgbody, call), .autosend = request.autosend, .autoreply = true},
-      AnswerSend(call));
 }
 
 void CBridgeConversation::SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr,
@@ -107,14 +103,8 @@ void CBridgeConversation::ForwardChatMsg(const ForwardMsgRequest& request, ChatM
              call);
 }
 
-void CBridgeConversation::ReSendChatMsg(const In<biz::IMMsgRequest>& request, Chat chat,
-                                        Call<> call) {
-  chat->ReSendMsg({.msgid = request.msgid}, AnswerSend(std::move(call)));
-}
-
-void CBridgeConversation::FastReSendChatMsg(const In<biz::IMMsgRequest>& request, Chat chat,
-                                            Call<> call) {
-  chat->ReSendMsg({.msgid = request.msgid, .at_once = true}, AnswerSend(std::move(call)));
+void CBridgeConversation::ReSend(const biz::IMResendRequest& request, Chat chat, Call<> call) {
+  chat->ReSendMsg(request, AnswerSend(std::move(call)));
 }
 
 void CBridgeConversation::EditPic2SendMsg(const EditPicRequest& request, ChatMgr mgr, Call<> call) {

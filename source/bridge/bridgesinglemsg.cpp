@@ -4,9 +4,9 @@
 #include "imsdk/client/translation.h"
 #include "kexcore/kexcom.h"
 #include "source/bridge/bridgemodules.h"
+#include "source/bridge/bridgesinglefeed.h"
 #include "source/bridge/conversationform.h"
 #include "source/bridge/conversationrows.h"
-#include "source/bridge/singlefeed.h"
 
 namespace imsdk::bridge {
 namespace {
@@ -71,9 +71,9 @@ constexpr MethodRow kMethods[] = {
     Rows::kReSendChatMsg,
     Rows::kForwardChatMsg,
     Row<M, "SendBroadcastMsg", &M::SendBroadcastMsg>("Sends a message to several conversations."),
-    Row<M, "SendNormalChatMsg", &M::SendNormalMsg>(
+    Row<M, "SendNormalChatMsg", &M::SendMsg<false>>(
         "Sends a message; how it went on comes as onSendMsgStatus."),
-    Row<M, "SendAutoReplyMsg", &M::SendAutoReplyMsg>("Sends an automatic reply."),
+    Row<M, "SendAutoReplyMsg", &M::SendMsg<true>>("Sends an automatic reply."),
     Row<M, "GetFlagsMyMsgReaded", &biz::IIMConversation::GetFlagsMyMsgReaded>(
         "Whether own messages were read; of the newest 200 when none are named."),
     Row<M, "SetFlagsPeerMsgReaded", &biz::IIMConversation::SetFlagsPeerMsgReaded>(

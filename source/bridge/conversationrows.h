@@ -40,10 +40,10 @@ struct ConversationRows {
   static constexpr MethodRow kDeleteLocalMsg = Row<M, "DeleteLocalMsg", &Base::DeleteLocalMsg>(
       "Removes messages from this machine for good; answers their number.");
   static constexpr MethodRow kFastReSendChatMsg =
-      Row<M, "FastReSendChatMsg", &Base::FastReSendChatMsg>(
+      Row<M, "FastReSendChatMsg", &Base::ReSendMsg<true>>(
           "Sends a message that failed again, and tries a lost link at once.");
   static constexpr MethodRow kReSendChatMsg =
-      Row<M, "ReSendChatMsg", &Base::ReSendChatMsg>("Sends a message that failed again.");
+      Row<M, "ReSendChatMsg", &Base::ReSendMsg<false>>("Sends a message that failed again.");
   static constexpr MethodRow kForwardChatMsg = Row<M, "ForwardChatMsg", &Base::ForwardChatMsg>(
       "Sends a message on to several conversations; the stored one when the body is empty.");
   static constexpr MethodRow kDoChatMsgWithdraw =

@@ -54,13 +54,40 @@ TEST(Feeds, EndWithTheirLastViewAndBeginAnewAfterALogout) {
     return host.page.notifications.size();
   };
   host.Call(kLoginPath, L"DoLoginByPassWord", kLogin);
-  const RefPtr<MemoryChats> before = engine.Account(kLighthouse).chats;
+  RefPtr<MemoryChats> before = engine.Account(kLighthouse).chats;
   EXPECT_EQ(shakes(*before), 1u);
   host.Call(kLoginPath, L"DoLogout");
   EXPECT_EQ(shakes(*before), 0u);
   host.Call(kLoginPath, L"DoLoginByPassWord", kLogin);
   EXPECT_EQ(shakes(*before), 0u);  // the old session's
   EXPECT_EQ(shakes(engine.Chats(kLighthouse)), 1u);
+
+  // A feed that lived on would keep its account, and with it what its events hold.
+  const auto held = std::make_shared<int>();
+  before->events.on_shake_msg.connect([held](const biz::IMUserID&) {});
+  engine.Chats(kLighthouse).events.on_shake_msg.connect([held](const biz::IMUserID&) {});
+  before = nullptr;
+  EXPECT_EQ(held.use_count(), 2);
+  TestHost other;
+  other.Bind(kLighthouse);
+  engine.accounts->Logout({kLighthouse}, [](const biz::ResultCode&) {});
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST(Feeds, ForgetAViewThatGoesWhileOthersStay) {
+  MemoryEngine engine;
+  TestHost stays;
+  stays.Bind(kHarbor);
+  const std::shared_ptr<base::TaskRunner> runner = stays.loop.task_runner();
+  KeepingPage page(runner);
+  const long before = runner.use_count();
+  for (int i = 0; i < 3; ++i) {
+    const RefPtr goes(new component::CKexCOMObject<OpenBridge>);
+    goes->BindPage({L"goes", &page, runner, kHarbor});
+    EXPECT_GT(runner.use_count(), before);
+    goes->UnbindPage();
+  }
+  EXPECT_EQ(runner.use_count(), before);
 }
 
 // The engine raises an event as soon as it has called the login back, on its own thread; the

@@ -129,7 +129,7 @@ constexpr MethodRow kMethods[] = {
     Rows::kSearchDBMsg,
     Rows::kForwardChatMsg,
     Rows::kGetMsgPicture<"GetMsgPictures">,
-    Row<TribeModule, "SendNormalTribeMsg", &TribeModule::SendNormalMsg>("Sends a message."),
+    Row<TribeModule, "SendNormalTribeMsg", &TribeModule::SendMsg<false>>("Sends a message."),
     Row<TribeModule, "GetFile", &TribeModule::GetFile>("A file."),
     Row<TribeModule, "GetTexts", &TribeModule::GetTexts>("Texts."),
 };

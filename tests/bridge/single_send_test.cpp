@@ -52,6 +52,35 @@ TEST_F(SingleMsg, BroadcastReachesEveryoneAndReportsTheFirstRefusal) {
   EXPECT_TRUE(host.Call(kPath, L"SendBroadcastMsg", L"{}").failed);
 }
 
+TEST_F(SingleMsg, BroadcastIsAnsweredOnceWhenAllSendsAre) {
+  auto& mariner = engine.Chats().Chat(biz::IMUserID{L"cnbazaro", L"mariner"});
+  std::vector<Done> open;
+  for (MemoryConversation* to : {&chat, &mariner}) {
+    to->on_send = [&](Done done) { open.push_back(std::move(done)); };
+  }
+  const std::wstring request =
+      LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"},)"
+      LR"({"appkey":"cnbazaro","nick":"mariner"}],"msgbody":[{"type":0,"value":"all"}]})";
+  const auto broadcast = [&] {
+    open.clear();
+    host.page.answers.clear();
+    host.Invoke(L"workbench.im.singlemsg.invoke", L"b", L"SendBroadcastMsg", request);
+    EXPECT_EQ(open.size(), 2u);
+  };
+  broadcast();
+  open[1]({biz::kEngineBusy, 0, {}});
+  EXPECT_TRUE(host.page.answers.empty());
+  open[0]({biz::kEngineTooLarge, 0, {}});
+  ASSERT_EQ(host.page.answers.size(), 1u);
+  EXPECT_TRUE(host.page.answers[0].payload.starts_with(LR"({"code":-7,)"));  // the first one's
+
+  broadcast();
+  open[0]({});
+  open.clear();  // an engine that stops
+  ASSERT_EQ(host.page.answers.size(), 1u);
+  EXPECT_TRUE(host.page.answers[0].failed);
+}
+
 TEST_F(SingleMsg, AutoRepliesAndFastResends) {
   host.Call(kPath, L"SendAutoReplyMsg", kCid);
   EXPECT_TRUE(chat.sent_request.autoreply);

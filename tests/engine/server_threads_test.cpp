@@ -72,7 +72,7 @@ TEST_F(ServerThreads, StoppingAnswersOrForgetsWhatIsOpenAndIsPrompt) {
   server_.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(5));
   const int at_the_end = answers;
-  EXPECT_GE(at_the_end, 40) << "what reached the server was answered";
+  EXPECT_EQ(at_the_end, 60) << "what reached the server was answered";
   harbor->AskOnly(link::GetRoaming{}, count);
   link_->Login({Person(L"harbor"), link::Password{L"pass"}}, count);
   EXPECT_EQ(answers, at_the_end) << "nobody is there";

@@ -122,7 +122,8 @@ void WriteValue(JsonText& json, const T& value) {
     json.EndList();
   } else if constexpr (kIsMap<T>) {
     json.BeginList();
-    for (const auto& [key, item] : value) WriteValue<Form>(json, MapItem{&key, &item});
+    using Item = MapItem<const typename T::key_type*, const typename T::mapped_type*>;
+    for (const auto& [key, item] : value) WriteValue<Form>(json, Item{&key, &item});
     json.EndList();
   } else if constexpr (IsBareList<T>) {
     WriteValue<Form>(json, value.*RecordIn<T, Form>::kItems);
