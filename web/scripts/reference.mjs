@@ -66,7 +66,8 @@ function methodPart(method, schemas, example) {
   const answer = ownAnswer(method);
   text += answer ? block("Answer", answer, schemas) : "The answer is the envelope alone.\n\n";
   for (const { message } of method.errors ?? []) text += `Bad request: "${message}"\n\n`;
-  if (example) text += json("Example request", example.request) + json("Example answer", example.answer);
+  if (example)
+    text += json("Example request", example.request) + json("Example answer", example.answer);
   return text;
 }
 
@@ -96,7 +97,8 @@ export function reference(description, examples) {
   let text = intro;
   for (const path of paths) {
     text += `\n## ${path}\n\n`;
-    if (!description["x-paths"].includes(path)) text += "Sends notifications; it has no methods.\n\n";
+    if (!description["x-paths"].includes(path))
+      text += "Sends notifications; it has no methods.\n\n";
     else if (!byPath.has(path)) text += "It has no methods yet: every one answers `E_NOTIMPL`.\n\n";
     for (const method of byPath.get(path) ?? []) {
       text += methodPart(method, schemas, examples.methods?.[method.name]);
