@@ -1,5 +1,6 @@
 #include "faulty_link.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace imsdk::test {
@@ -11,7 +12,10 @@ class FaultyLink::Ear : public link::SessionListener {
       : link_(std::move(link)), account_(std::move(account)) {}
 
   void OnBatch(link::Batch batch) override {
-    if (link_->TakeLostBatch()) return;
+    const bool brings = std::any_of(
+        batch.entries.begin(), batch.entries.end(),
+        [](const link::Entry& entry) { return std::holds_alternative<link::Message>(entry); });
+    if (brings && link_->TakeLostBatch()) return;
     if (const auto account = account_.lock()) account->OnBatch(std::move(batch));
   }
   void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override {

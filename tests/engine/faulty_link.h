@@ -50,6 +50,7 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
   void Heal();
   // How often this was asked for so far.
   int Asked(Operation operation);
+  // The next batch with a message.
   void LoseNextBatch();
   // Keeps acknowledgements back; the last one goes on when that ends. For one session at a time.
   void HoldAcknowledgements(bool hold);

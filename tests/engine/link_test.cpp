@@ -1,4 +1,5 @@
 // A link that loses, forgets and breaks, and a store that refuses.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -79,12 +80,20 @@ TEST_P(LinkTest, ABreakInTheMiddleOfADeliveryIsMended) {
 }
 
 TEST_P(LinkTest, ALostBatchIsFetchedAgain) {
-  Witness mariner(kMariner);
-  link_->LoseNextBatch();
-  Send(kHarbor, kMariner, L"text");
   Witness harbor(kHarbor);
-  ASSERT_TRUE(harbor.AwaitStatuses(1));
-  ExpectOnce(mariner, L"text");
+  Witness mariner(kMariner);
+  Send(kHarbor, kMariner, L"before");
+  ASSERT_TRUE(mariner.AwaitReceived(1));
+  link_->LoseNextBatch();
+  Send(kHarbor, kMariner, L"lost");
+  ASSERT_TRUE(harbor.AwaitStatuses(2));
+  Send(kHarbor, kMariner, L"after");
+  ASSERT_TRUE(mariner.AwaitReceived(3));
+  auto heard = Bodies(mariner.received);
+  std::sort(heard.begin(), heard.end());
+  EXPECT_EQ(heard, (std::vector<std::wstring>{L"after", L"before", L"lost"}));
+  EXPECT_EQ(Bodies(History(kMariner, kHarbor).msgs),
+            (std::vector<std::wstring>{L"before", L"lost", L"after"}));
 }
 
 TEST_P(LinkTest, WithoutALinkThingsFailUntilItIsBack) {
