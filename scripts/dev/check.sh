@@ -55,7 +55,6 @@ check_ways_upwards() {
 
 check_pages() { (cd web && npm run --silent check) </dev/null; }
 
-# A subshell, since generating ends with the generator's own process.
 check_generated() { (set -- --check && . scripts/dev/generate.sh); }
 
 check 'formatting' check_format
