@@ -60,8 +60,8 @@ void ConversationTable::SetShieldAutoReply(const biz::IMConversationID& cid, boo
 
 bool ConversationTable::SetMember(const biz::IMConversationID& cid, bool member) {
   store_.Use()
-      .Prepare("UPDATE conversations SET member=?2 WHERE id=?1 AND member<>?2", Make(cid),
-               std::int64_t{member})
+      .Prepare("UPDATE conversations SET member=?2 WHERE id=?1 AND member<>?2",
+               member ? Make(cid) : Find(cid), std::int64_t{member})
       .Run();
   return store_.Use().Changes() == 1;
 }

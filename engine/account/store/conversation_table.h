@@ -33,7 +33,8 @@ class ConversationTable {
   bool ShieldsAutoReply(const biz::IMConversationID& cid);
   void SetShieldAutoReply(const biz::IMConversationID& cid, bool shield);
 
-  // Whether the account is a member of the tribe. Returns true when that is news.
+  // Whether the account is a member of the tribe. Returns true when that is news. A tribe that was
+  // left stays, to be read.
   bool SetMember(const biz::IMConversationID& cid, bool member);
 
   // Conversations whose newest history is to be fetched, and those with a hole, also after a
