@@ -14,6 +14,8 @@ have is answered with \`E_NOTIMPL\` and no text.
 
 Times are milliseconds since the Unix epoch. They and identifiers of messages are 64-bit integers,
 which travel as decimal text.
+
+The examples are recorded calls. Lists are cut after two items, long texts after 80 characters.
 `;
 
 const link = (name) => `[${name}](#${name.toLowerCase()})`;
