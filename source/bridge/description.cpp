@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
-#include <map>
+#include <deque>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "imsdk/biz/user_id.h"
 #include "kexbase/strings.h"
@@ -79,6 +81,7 @@ class Describer {
 
  private:
   struct Component {
+    std::string name;
     const TypeInfo* type;
     bool whole;
     std::string path;  // where it came up first
@@ -93,7 +96,9 @@ class Describer {
 
   // Names the records of answers and notifications first: requests refer to them.
   void NameWhole(const TypeInfo& type);
+  // Good as long as the describer.
   const std::string& NameOf(const TypeInfo& type, Use use);
+  bool IsTaken(const std::string& name) const;
 
   void Key(std::string_view key) { json_.Key(key); }
   void Text(std::string_view text) { json_.String(base::UTF8ToWide(text)); }
@@ -101,7 +106,8 @@ class Describer {
     Key(key);
     Text(text);
   }
-  void Ref(std::string_view name) { Member("$ref", "#/components/schemas/" + std::string(name)); }
+  void Ref(std::string_view name);
+  void Ref(const ValueSet& values);
   void RefMember(std::string_view key, const ValueSet& values);
 
   // The members of a schema, into the object that is open.
@@ -119,9 +125,9 @@ class Describer {
 
   const ModuleTable& modules_;
   JsonText json_;
-  std::string path_;  // of the module that is being described
-  std::map<std::string, Component> records_;
-  std::map<std::string, const ValueSet*> values_;
+  std::string path_;               // of the module that is being described
+  std::deque<Component> records_;  // in the order in which they are named
+  std::vector<const ValueSet*> values_;
 };
 
 void Describer::NameWhole(const TypeInfo& type) {
@@ -132,37 +138,49 @@ void Describer::NameWhole(const TypeInfo& type) {
 }
 
 const std::string& Describer::NameOf(const TypeInfo& type, Use use) {
-  const auto named = [&](bool whole) {
-    return std::ranges::find_if(records_, [&](const auto& entry) {
-      return entry.second.whole == whole && Same(*entry.second.type, type);
-    });
+  const auto named = [&](bool whole) -> const Component* {
+    for (const Component& record : records_) {
+      if (record.whole == whole && Same(*record.type, type)) return &record;
+    }
+    return nullptr;
   };
-  auto found = named(use != Use::kRequest);
-  if (found == records_.end() && use == Use::kInRequest) found = named(false);
-  if (found != records_.end()) return found->first;
+  const Component* known = named(use != Use::kRequest);
+  if (!known && use == Use::kInRequest) known = named(false);
+  if (known) return known->name;
 
   // The first path that has a record gives it the plain name; another shape of the same name is
   // named after its own path.
   const bool whole = use == Use::kWhole;
-  const std::string plain(type.name);
-  const std::string suffix = whole || plain.ends_with("Request") ? "" : "Request";
-  const std::string own = PathWord(path_) + plain;
-  std::string name;
-  for (const std::string& next : {plain, plain + suffix, own, own + suffix}) {
-    name = next;
-    if (!records_.contains(name)) break;
+  const char* const suffix = whole || type.name.ends_with("Request") ? "" : "Request";
+  std::string name(type.name);
+  for (int tried = 1; IsTaken(name); ++tried) {
+    name = tried == 1 ? "" : PathWord(path_);
+    name += type.name;
+    name += suffix;
+    if (tried > 2) name += std::to_string(tried);
   }
-  for (int number = 2; records_.contains(name); ++number) {
-    name = own + suffix + std::to_string(number);
-  }
-  return records_.try_emplace(name, Component{&type, whole, path_}).first->first;
+  return records_.emplace_back(Component{std::move(name), &type, whole, path_}).name;
+}
+
+bool Describer::IsTaken(const std::string& name) const {
+  return std::ranges::any_of(records_, [&](const auto& record) { return record.name == name; });
+}
+
+void Describer::Ref(std::string_view name) {
+  std::string place = "#/components/schemas/";
+  place += name;
+  Member("$ref", place);
+}
+
+void Describer::Ref(const ValueSet& values) {
+  if (std::ranges::find(values_, &values) == values_.end()) values_.push_back(&values);
+  Ref(values.name);
 }
 
 void Describer::Schema(const TypeInfo& type, const ValueSet* values, Use use) {
   if (type.kind == JsonKind::kRecord && HasKeys(type)) return Ref(NameOf(type, use));
   if (values && !type.item) {
-    values_.emplace(values->name, values);
-    return Ref(values->name);
+    return Ref(*values);
   }
   switch (type.kind) {
     case JsonKind::kText:
@@ -198,8 +216,9 @@ void Describer::Schema(const TypeInfo& type, const ValueSet* values, Use use) {
 void Describer::FieldSchema(const FieldInfo& field, Use use) {
   json_.BeginObject();
   Schema(*field.type, field.values, use);
-  Member("description",
-         field.of_kind ? field.of_kind + (": " + std::string(field.sentence)) : field.sentence);
+  std::string says;
+  if (field.of_kind) says.append(field.of_kind).append(": ");
+  Member("description", says.append(field.sentence));
   json_.EndObject();
 }
 
@@ -207,11 +226,10 @@ void Describer::RecordSchema(const TypeInfo& record, bool whole) {
   Member("type", "object");
   Key("properties");
   json_.BeginObject();
-  std::map<std::string_view, bool> seen;
   for (const FieldInfo& field : record.fields) {
-    if (!seen.emplace(field.key, true).second) continue;
     // Kinds of record may have a key each in a way of their own.
     const auto shares_key = [&](const FieldInfo& other) { return other.key == field.key; };
+    if (&*std::ranges::find_if(record.fields, shares_key) != &field) continue;
     const bool several = std::ranges::count_if(record.fields, shares_key) > 1;
     Key(field.key);
     if (several) {
@@ -294,7 +312,7 @@ void Describer::AnswerSchema(const TypeInfo& answer) {
 // The beginning of a method's or a notification's object.
 void Describer::Item(std::string_view name, const char* sentence) {
   json_.BeginObject();
-  Member("name", path_ + '.' + std::string(name));
+  Member("name", (path_ + '.').append(name));
   Member("description", sentence);
   Member("paramStructure", "by-name");
 }
@@ -346,10 +364,9 @@ void Describer::Notice(const NotifyInfo& row) {
 }
 
 void Describer::RefMember(std::string_view key, const ValueSet& values) {
-  values_.emplace(values.name, &values);
   Key(key);
   json_.BeginObject();
-  Ref(values.name);
+  Ref(values);
   json_.EndObject();
 }
 
@@ -359,19 +376,16 @@ void Describer::Components() {
   Key("schemas");
   json_.BeginObject();
   // What only other records refer to is named while they are written.
-  std::map<std::string, Component> written;
-  while (written.size() < records_.size()) {
-    for (const auto& [name, component] : std::map(records_)) {
-      if (!written.emplace(name, component).second) continue;
-      path_ = component.path;
-      Key(name);
-      json_.BeginObject();
-      RecordSchema(*component.type, component.whole);
-      json_.EndObject();
-    }
+  for (std::size_t index = 0; index < records_.size(); ++index) {
+    const Component& record = records_[index];
+    path_ = record.path;
+    Key(record.name);
+    json_.BeginObject();
+    RecordSchema(*record.type, record.whole);
+    json_.EndObject();
   }
-  for (const auto& [name, values] : values_) {
-    Key(name);
+  for (const ValueSet* values : values_) {
+    Key(values->name);
     ValuesSchema(*values);
   }
   json_.EndObject();
