@@ -7,7 +7,7 @@ ModuleTable MakeBridgeModules(const ModuleContext& context) {
   return {
       {L"im.singlemsg", MakeBridgeSingleMsg(context)},
       {L"im.tribemsg", no_methods},
-      {L"im.tribemgr", no_methods},
+      {L"im.tribemgr", MakeBridgeTribeMgr(context)},
       {L"im.bizutil", no_methods},
       {L"im.contact", no_methods},
       {L"im.filetransfer", no_methods},

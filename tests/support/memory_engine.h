@@ -200,6 +200,8 @@ using MemoryTribeChats =
 using MemoryVirtualChats =
     MemoryChatMgr<biz::IIMVirtualChatMgr, biz::IMVirtualChatEvents, biz::kCIDSystem>;
 
+class MemoryTribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {};
+
 class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
  public:
   explicit MemoryAccount(biz::IMUserID self) : self_(std::move(self)) {}
@@ -209,11 +211,13 @@ class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats; }
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats; }
+  RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes; }
 
   biz::IMAccountType type = biz::kMainAccount;
   const RefPtr<MemoryChats> chats{new MemoryChats};
   const RefPtr<MemoryTribeChats> tribe_chats{new MemoryTribeChats};
   const RefPtr<MemoryVirtualChats> virtual_chats{new MemoryVirtualChats};
+  const RefPtr<MemoryTribeMgr> tribes{new MemoryTribeMgr};
 
  private:
   const biz::IMUserID self_;

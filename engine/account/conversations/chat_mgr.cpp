@@ -89,9 +89,7 @@ void ChatMgr<Interface>::SetNewMsgMaxCache(const biz::IMMaxCacheRequest& request
 template <class Interface>
 void ChatMgr<Interface>::GetRoamStatus(const biz::IMNothing&,
                                        biz::IMCallback<biz::IMRoamStatus> done) {
-  OnWorker(
-      account_.state, [done](AccountState& here) { here.line->Ask(link::GetRoaming{}, done); },
-      [done](const biz::ResultCode& why) { done(why, {}); });
+  AskServer(account_.state, link::GetRoaming{}, std::move(done));
 }
 
 template <class Interface>
@@ -100,13 +98,7 @@ void ChatMgr<Interface>::SetRoamStatus(const biz::IMSetRoamRequest& request,
   if (request.roamstatus != biz::kRoamingOff && request.roamstatus != biz::kRoamingOn) {
     return done({biz::kEngineRefused, 0, L"there is no such status"});
   }
-  OnWorker(
-      account_.state,
-      [status = request.roamstatus, done](AccountState& here) {
-        here.line->Ask(link::SetRoaming{status},
-                       [done](const biz::ResultCode& result, const auto&) { done(result); });
-      },
-      done);
+  AskServer(account_.state, link::SetRoaming{request.roamstatus}, std::move(done));
 }
 
 template class ChatMgr<biz::IIMSingleChatMgr>;

@@ -2,6 +2,7 @@
 
 #include "account/conversations/chat_mgr.h"
 #include "account/session/answer_within.h"
+#include "account/tribes/tribe_mgr.h"
 
 namespace imsdk::account {
 
@@ -16,7 +17,8 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
         tribe_chats_(new ChatMgr<biz::IIMTribeChatMgr>(core_->parts(), {biz::kCIDTribe},
                                                        state_->tribe_events)),
         virtual_chats_(new ChatMgr<biz::IIMVirtualChatMgr>(
-            core_->parts(), {biz::kCIDSystem, biz::kCIDSubscribe}, state_->virtual_events)) {}
+            core_->parts(), {biz::kCIDSystem, biz::kCIDSubscribe}, state_->virtual_events)),
+        tribes_(new TribeMgr(state_)) {}
 
   const biz::IMUserID& GetSelfID() const override { return state_->self; }
   biz::IMAccountType GetAccountType() const override {
@@ -28,6 +30,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats_; }
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats_; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
+  RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes_; }
 
  private:
   const std::shared_ptr<AccountCore> core_;
@@ -35,6 +38,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   const RefPtr<biz::IIMSingleChatMgr> chats_;
   const RefPtr<biz::IIMTribeChatMgr> tribe_chats_;
   const RefPtr<biz::IIMVirtualChatMgr> virtual_chats_;
+  const RefPtr<biz::IIMTribeMgr> tribes_;
 };
 
 }  // namespace

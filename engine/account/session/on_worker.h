@@ -72,4 +72,23 @@ void Change(const std::shared_ptr<AccountState>& state, biz::IMCallback<> done, 
   Change(state, std::move(done), std::move(write), [](AccountState&) {});
 }
 
+// Answers with what the server replies to `operation`.
+template <class Operation, class... Answer>
+void AskServer(const std::shared_ptr<AccountState>& state, Operation operation,
+               std::function<void(const biz::ResultCode&, const Answer&...)> done) {
+  using Reply = typename Operation::Reply;
+  OnWorker(
+      state,
+      [operation = std::move(operation), done](AccountState& here) {
+        here.line->Ask(operation, [done](const biz::ResultCode& result, const Reply& reply) {
+          if constexpr (sizeof...(Answer) == 0) {
+            done(result);
+          } else {
+            done(result, reply);
+          }
+        });
+      },
+      [done](const biz::ResultCode& why) { done(why, Answer{}...); });
+}
+
 }  // namespace imsdk::account

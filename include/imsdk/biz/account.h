@@ -6,6 +6,7 @@
 
 #include "imsdk/biz/callback.h"
 #include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/tribe_mgr.h"
 #include "imsdk/biz/user_id.h"
 #include "kexbase/event.h"
 #include "kexcom/ref_counted.h"
@@ -53,6 +54,8 @@ class IIMAccount : public IKexCOMRefCounted {
   virtual RefPtr<IIMSingleChatMgr> GetIMSingleChatMgr() = 0;
   virtual RefPtr<IIMTribeChatMgr> GetIMTribeChatMgr() = 0;
   virtual RefPtr<IIMVirtualChatMgr> GetIMVirtualChatMgr() = 0;
+  // The account's tribes. Never null; counted.
+  virtual RefPtr<IIMTribeMgr> GetIMTribeMgr() = 0;
 
  protected:
   ~IIMAccount() = default;
