@@ -76,10 +76,15 @@ std::string AnswerFrame(std::wstring_view browser_id, std::wstring_view seq, boo
   return frame;
 }
 
-std::string NotifyFrame(std::wstring_view event, std::wstring_view payload) {
+std::string NotifyFrame(std::wstring_view event, std::wstring_view payload,
+                        std::wstring_view path) {
   std::string frame = Members(R"({"kind":"notify","event":)", event);
   frame += R"(,"payload":)";
   base::AppendJSONString(payload, &frame);
+  if (!path.empty()) {
+    frame += R"(,"path":)";
+    base::AppendJSONString(path, &frame);
+  }
   frame += '}';
   return frame;
 }

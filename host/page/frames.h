@@ -19,7 +19,8 @@ std::optional<bridge::SdkParam> ReadInvoke(std::string_view utf8,
 std::string HelloFrame(std::wstring_view browser_id);
 std::string AnswerFrame(std::wstring_view browser_id, std::wstring_view seq, bool failed,
                         std::wstring_view payload);
-std::string NotifyFrame(std::wstring_view event, std::wstring_view payload);
+// `path` is the routing path of the module that sends it; empty for an event that a page raised.
+std::string NotifyFrame(std::wstring_view event, std::wstring_view payload, std::wstring_view path);
 std::string RefusedFrame(std::string_view reason);
 
 }  // namespace imsdk::host

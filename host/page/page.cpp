@@ -74,7 +74,9 @@ void Page::DeliverAnswer(const std::wstring& page, const std::wstring& seq, bool
 void Page::Notify(const std::wstring& event, const std::wstring& json) {
   if (!sink_) return;
   bool problem = false;
-  if (!KeepHostEvent(event, json, &problem)) return sink_(NotifyFrame(event, json));
+  if (!KeepHostEvent(event, json, &problem)) {
+    return sink_(NotifyFrame(event, json, bridge_ ? bridge_->NotifyingPath() : L""));
+  }
   if (problem) Refuse(base::WideToUTF8(event) + " is not of the agreed form");
 }
 

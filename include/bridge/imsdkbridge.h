@@ -93,6 +93,11 @@ class IIMSDKBridge {
   // Drops the page handler, the modules and their subscriptions: nothing reaches the page from here
   // on. Safe to call twice, and from inside a call of the page handler.
   virtual void UnbindPage() = 0;
+  // While the page handler is given a notification: the routing path of the module that sends it.
+  // Several modules may send notifications of one name. Empty at any other time, and while the
+  // handler is given an event that a page raised. View's thread; the text is the bridge's and lasts
+  // as long as that delivery.
+  virtual const wchar_t* NotifyingPath() const = 0;
 
  protected:
   ~IIMSDKBridge() = default;

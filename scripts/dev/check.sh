@@ -55,11 +55,14 @@ check_ways_upwards() {
 
 check_pages() { (cd web && npm run --silent check) </dev/null; }
 
+check_generated() { (set -- --check && . scripts/dev/generate.sh); }
+
 check 'formatting' check_format
 check 'clang-tidy' check_tidy
 check 'platform conditions' check_platform_conditions
 check 'includes by "../"' check_ways_upwards
 check 'pages' check_pages
+check 'generated files' check_generated
 
 [ -z "$bad" ] || die "these checks failed:${bad#,}"
 say 'all checks passed'

@@ -69,6 +69,7 @@ std::int32_t CIMSDKBridge::BindPage(const PageBinding& binding) try {
                    }});
   for (const auto& [path, module] : modules_) {
     if (!module) continue;
+    module->listener().SetPath(path);
     sources->push_back(module->source());
     module->OwnerPreConstruct();
   }
@@ -160,7 +161,7 @@ void CIMSDKBridge::CallModule(const std::wstring& scRoutingPath, const Invocatio
 
 void CIMSDKBridge::EventNotify(const Invocation& call) {
   const std::wstring& eventname = call.bizmethod;
-  channel_->Raise(eventname, call.jsonparam);
+  channel_->Raise(eventname, call.jsonparam, L"");
   CTraceProxy(ns_log::kRoutine, kInvokeSite, L"im.event_notify!!!")
       .Brief("_brief_,eventname", eventname);
   AnswerEvent(call.strSeqID, {});

@@ -25,6 +25,7 @@ class CIMSDKBridge : public IIMSDKBridge {
   std::int32_t BindPage(const PageBinding& binding) override;
   void JsInvoke(const SdkParam& sdkParam) override;
   void UnbindPage() override;
+  const wchar_t* NotifyingPath() const override { return channel_ ? channel_->path() : L""; }
 
   // Answers one call. View's thread; called through `AnswerCallback`.
   void JSResponse(const std::wstring& strSeqID, const AnswerResult& result);

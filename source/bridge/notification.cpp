@@ -19,7 +19,8 @@ void Listener::Register(std::wstring_view name, bool wanted) {
 
 void Listener::Notify(std::uint64_t bit, std::shared_ptr<const Notice> notice) {
   channel_->Run([self = shared_from_this(), bit, notice = std::move(notice)] {
-    if (self->Wants(bit)) self->channel_->Raise(notice->event, notice->json);
+    if (!self->Wants(bit)) return;
+    self->channel_->Raise(notice->event, notice->json, self->path_.c_str());
   });
 }
 

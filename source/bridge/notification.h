@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "source/bridge/jsparams/idrecords.h"
 #include "source/bridge/jsparams/recordinfo.h"
@@ -45,6 +46,8 @@ class Listener : public std::enable_shared_from_this<Listener> {
       : channel_(std::move(channel)), rows_(rows) {}
 
   NotifyList rows() const { return rows_; }
+  // Says which routing path the notifications come from. Before the module subscribes to anything.
+  void SetPath(std::wstring path) { path_ = std::move(path); }
   // The mask of a row of the list.
   static std::uint64_t BitOf(NotifyList rows, const NotifyInfo& row);
 
@@ -70,6 +73,7 @@ class Listener : public std::enable_shared_from_this<Listener> {
  private:
   const std::shared_ptr<PageChannel> channel_;
   const NotifyList rows_;
+  std::wstring path_;
   std::atomic<std::uint64_t> wanted_{0};
 };
 

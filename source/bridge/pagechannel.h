@@ -24,13 +24,17 @@ class PageChannel {
 
   // Runs `task` on the view's thread: at once when called there. Any thread.
   void Run(std::function<void()> task) const;
-  // Raises an event on the page. View's thread.
-  void Raise(const std::wstring& event, const std::wstring& json) noexcept;
+  // Raises an event on the page; `path` is the routing path that it comes from, or empty. View's
+  // thread.
+  void Raise(const std::wstring& event, const std::wstring& json, const wchar_t* path) noexcept;
+  // The path of the event that is being raised, or empty. View's thread.
+  const wchar_t* path() const { return path_; }
   // Lets go of the page handler. View's thread.
   void Close() { handler_ = nullptr; }
 
  private:
   RefPtr<IPageHandler> handler_;
+  const wchar_t* path_ = L"";
   const std::shared_ptr<base::TaskRunner> runner_;
 };
 

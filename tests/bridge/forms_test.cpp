@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "kexbase/json_reader.h"
+#include "kexbase/json_writer.h"
 #include "kexcom/result.h"
 #include "source/bridge/conversationform.h"
 #include "source/bridge/conversationrows.h"
+#include "source/bridge/description.h"
 #include "tests/support/memory_engine.h"
 #include "tests/support/test_host.h"
 
@@ -240,6 +242,50 @@ TEST(RecordForms, CanBeWalkedAlong) {
   EXPECT_EQ(change[0].key, "key");
   EXPECT_EQ(change[0].type->kind, JsonKind::kInteger);
   EXPECT_EQ(change[1].type->kind, JsonKind::kText);
+}
+
+// What stands at the place in the document, "/" between its keys, as JSON.
+std::string JsonAt(const base::Value& document, const std::string& place) {
+  const base::Value* at = &document;
+  for (std::size_t start = 0; at && start < place.size();) {
+    const std::size_t end = std::min(place.find('/', start), place.size());
+    at = at->is_dict() ? at->GetIfDict()->Find(place.substr(start, end - start)) : nullptr;
+    start = end + 1;
+  }
+  std::string json;
+  if (at) base::JSONWriter::Write(*at, &json);
+  return json;
+}
+
+TEST(Description, NamesShapesOfOneRecordApart) {
+  base::MessageLoop loop;
+  const ModuleContext context{std::make_shared<PageChannel>(nullptr, loop.task_runner()), {}, {}};
+  ModuleTable modules = MakeBridgeModules(context);
+  modules[L"im.tribemsg"] = std::make_shared<TribeModule>(context);
+  const auto document =
+      base::JSONReader::Read(base::WideToUTF8(ProtocolDescription(modules, L"1")));
+  ASSERT_TRUE(document);
+  const auto schema = [&](const std::string& place) {
+    return JsonAt(*document, "components/schemas/" + place);
+  };
+  const std::string to = R"({"$ref":"#/components/schemas/)";
+  EXPECT_TRUE(schema("IMMessage/properties/cid").starts_with(to + "IMConversationID\""));
+  EXPECT_TRUE(
+      schema("TribemsgIMMessage/properties/cid").starts_with(to + "TribemsgIMConversationID\""));
+  EXPECT_EQ(schema("TribemsgIMMessagePage/properties/msgs/items"), to + R"(TribemsgIMMessage"})");
+  EXPECT_NE(schema("IMUserID/required"), "");
+  EXPECT_NE(schema("TribemsgIMPageRequest/properties/tribeid"), "");
+  EXPECT_EQ(schema("TribemsgIMPageRequest/required"), "");
+  EXPECT_NE(schema("EmotionText/required"), "");  // an answer, and a request of its own
+  EXPECT_EQ(schema("EmotionTextRequest/required"), "");
+
+  std::string methods = JsonAt(*document, "methods");
+  const auto method = methods.find(R"({"name":"im.tribemsg.GetFile")");
+  ASSERT_NE(method, std::string::npos);
+  methods = methods.substr(method, methods.find(R"("message":"invalid"})", method) - method);
+  EXPECT_NE(methods.find(R"({"type":"array","items":)" + to + R"(IMUserID"}})"), std::string::npos)
+      << methods;
+  EXPECT_NE(methods.find(R"("result":)" + to + R"(File"})"), std::string::npos) << methods;
 }
 
 // Another payload under a notification does not compile.

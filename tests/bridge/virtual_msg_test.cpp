@@ -29,6 +29,10 @@ TEST_F(SingleMsg, VirtualConversationsAreReadLikeOthers) {
   ASSERT_EQ(host.page.notifications.size(), 2u);
   EXPECT_EQ(host.page.notifications[0].event, L"onReceiveSysMsg");
   EXPECT_EQ(host.page.notifications[1].event, L"onReceiveSubscribeMsg");
+  EXPECT_EQ(host.page.notifications[0].path, L"sysmsg");
+  EXPECT_EQ(host.page.notifications[1].path, L"subscribemsg");
+  host.Invoke(L"workbench.im.event_notify", L"raised", L"onPage");
+  EXPECT_EQ(host.page.notifications.at(2).path, L"");
   EXPECT_TRUE(host.page.notifications[1].json.starts_with(LR"({"msgs":[{"msgid":"5")"));
 }
 

@@ -103,7 +103,8 @@ TEST_F(ServerTest, CallsGoInAndAnswersComeOut) {
   page.Send(R"({"kind":"invoke","browserId":"foreign","method":"echo","args":["s2"]})");
   EXPECT_NE(page.Receive()->find("foreign|s2"), std::string::npos);
   page.Send(Call("notify", R"(["s3","onX","{\"n\":1}"])"));
-  EXPECT_EQ(page.Receive(), R"({"kind":"notify","event":"onX","payload":"{\"n\":1}"})");
+  EXPECT_EQ(page.Receive(),
+            R"({"kind":"notify","event":"onX","payload":"{\"n\":1}","path":"im.stub"})");
 
   const std::string large(3 << 20, 'y');
   page.Send(Call("echo", "[\"s4\",\"" + large + "\"]"));

@@ -55,6 +55,8 @@ class StubBackend::Bridge final : public bridge::IIMSDKBridge {
     }
   }
 
+  const wchar_t* NotifyingPath() const override { return L"im.stub"; }
+
   void UnbindPage() override {
     if (!handler_) return;
     handler_ = nullptr;

@@ -53,6 +53,7 @@ TestHost::~TestHost() {
 }
 
 void TestHost::Bind(const biz::IMUserID& account) {
+  page.bridge = bridge.get();
   bridge->BindPage({L"view-1", &page, loop.task_runner(), account});
 }
 

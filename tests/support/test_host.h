@@ -68,6 +68,7 @@ struct Delivery {
 struct Notification {
   std::wstring event;
   std::wstring json;
+  std::wstring path;
 };
 
 // Keeps what reaches the page. View's thread, except for the count of references.
@@ -83,12 +84,13 @@ class KeepingPage final : public bridge::IPageHandler {
   }
   void Reserved() override {}
   void Notify(const std::wstring& event, const std::wstring& json) override {
-    notifications.push_back({event, json});
+    notifications.push_back({event, json, bridge ? bridge->NotifyingPath() : L""});
   }
 
   std::atomic<int> refs{0};
   std::vector<Delivery> answers;
   std::vector<Notification> notifications;
+  const bridge::IIMSDKBridge* bridge = nullptr;  // who is asked for the path of a notification
 
  private:
   const std::shared_ptr<base::TaskRunner> runner_;

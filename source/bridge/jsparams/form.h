@@ -6,6 +6,7 @@
 
 #include "imsdk/biz/conversation_id.h"
 #include "source/bridge/jsparams/idrecords.h"
+#include "source/bridge/jsparams/recordinfo.h"
 
 namespace imsdk::bridge {
 
@@ -17,6 +18,15 @@ struct InConversation {
 // A request of the engine's, with the conversation that it goes to.
 template <class Request>
 struct In : InConversation, Request {};
+
+template <class Request>
+struct NamedAs<In<Request>> {
+  using Type = Request;
+};
+template <>
+struct NamedAs<In<biz::IMNothing>> {
+  using Type = InConversation;
+};
 
 // Conversations named by a user, of one kind.
 template <biz::IMCIDType kKind>

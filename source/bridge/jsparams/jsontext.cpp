@@ -112,6 +112,12 @@ void JsonText::Integer(std::int64_t value) {
   size_ -= static_cast<std::size_t>(start + kMostDigits + 1 - out);
 }
 
+void JsonText::Boolean(bool value) {
+  if (comma_) Put(L',');
+  comma_ = true;
+  for (const char c : std::string_view(value ? "true" : "false")) Put(static_cast<wchar_t>(c));
+}
+
 void JsonText::DecimalString(std::int64_t value) {
   wchar_t* const start = Room(kMostDigits + 3);
   wchar_t* out = start;

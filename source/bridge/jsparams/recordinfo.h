@@ -1,6 +1,7 @@
 // Records as data: what a description of the protocol and the tests over the tables walk along.
 #pragma once
 
+#include <algorithm>
 #include <array>
 
 #include "source/bridge/jsparams/record.h"
@@ -26,6 +27,7 @@ struct TypeInfo {
   std::span<const FieldInfo> fields{};  // of a record
   const TypeInfo* item = nullptr;
   bool under_result = false;  // as an answer it stands under "result"
+  std::string_view name{};    // of a record: its type's, without namespaces
 };
 
 struct FieldInfo {
@@ -39,7 +41,28 @@ struct FieldInfo {
 template <class Form, class T>
 struct TypeInfoOf;
 
+// Whose name a record goes by.
+template <class T>
+struct NamedAs {
+  using Type = T;
+};
+
 namespace internal {
+
+// The compiler's own text for the type stands in the function's.
+template <class T>
+consteval std::string_view TypeName() {
+  std::string_view text = __PRETTY_FUNCTION__;
+  text.remove_prefix(text.find("T = ") + 4);
+  text = text.substr(0, text.find_first_of("<;]"));
+  return text.substr(text.rfind(':') + 1);
+}
+template <class T>
+inline constexpr auto kTypeName = [] {
+  std::array<char, TypeName<T>().size()> name{};
+  std::copy_n(TypeName<T>().begin(), name.size(), name.begin());
+  return name;
+}();
 
 template <class Access>
 struct MemberOf;
@@ -92,6 +115,8 @@ constexpr TypeInfo MakeTypeInfo() {
       info = MakeTypeInfo<Form, Items>();
     } else {
       info = {JsonKind::kRecord, kFieldInfos<Form, T>};
+      constexpr auto& kName = kTypeName<typename NamedAs<T>::Type>;
+      info.name = {kName.data(), kName.size()};
     }
     info.under_result = requires { RecordIn<T, Form>::kUnderResult; };
     return info;

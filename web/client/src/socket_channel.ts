@@ -1,19 +1,8 @@
 import { backoffDelay, type BackoffOptions } from "./backoff.ts";
-import { decodeFrame, type HostFrame } from "./frames.ts";
+import { receive, type Channel, type ChannelListener, type OpenChannel } from "./channel.ts";
 
-/**
- * State of the connection.
- *
- * - `connecting`: the first attempt is under way.
- * - `open`: calls go through.
- * - `reconnecting`: the connection was lost or never came about; attempts go on by themselves.
- * - `refused`: the host refuses this page; nothing is tried until `reconnect()`.
- * - `closed`: closed by the page.
- */
-export type ConnectionState = "connecting" | "open" | "reconnecting" | "refused" | "closed";
-
-/** What the link needs from its surroundings. */
-export interface LinkOptions {
+/** What the channel needs from its surroundings. */
+export interface SocketOptions {
   /** Full address of the channel, with its query. */
   channelUrl: string;
   /** Where a refused page can ask for the reason, with its query. */
@@ -25,51 +14,40 @@ export interface LinkOptions {
   fetch: typeof fetch;
 }
 
-/** Receives what happens on the link. */
-export interface LinkListener {
-  /** The host said hello; frames may be sent. */
-  linkUp(browserId: string): void;
-  /** A connection that was up is gone. */
-  linkDown(): void;
-  linkFrame(frame: Exclude<HostFrame, { kind: "hello" }>): void;
-  /** Something arrived that is no frame. */
-  linkGarbage(): void;
-  linkState(state: Exclude<ConnectionState, "open">, reason: string): void;
+/** The channel over a WebSocket: `bridgehost`'s, and the one that `connect` uses by itself. */
+export function socketChannel(options: SocketOptions): OpenChannel {
+  return (listener) => new SocketChannel(options, listener);
 }
 
 /** Keeps one WebSocket to the host alive: connects, reconnects, and learns why it was refused. */
-export class Link {
-  readonly #options: LinkOptions;
-  readonly #listener: LinkListener;
+class SocketChannel implements Channel {
+  readonly #options: SocketOptions;
+  readonly #listener: ChannelListener;
   #socket: WebSocket | undefined;
   #up = false;
   #everUp = false;
   #attempt = 0;
   #timer: ReturnType<typeof setTimeout> | undefined;
 
-  constructor(options: LinkOptions, listener: LinkListener) {
+  constructor(options: SocketOptions, listener: ChannelListener) {
     this.#options = options;
     this.#listener = listener;
   }
 
-  /** Starts connecting at once, cutting a wait short; a live connection is left alone. */
   start(): void {
     if (this.#socket) return;
-    this.#listener.linkState(this.#everUp ? "reconnecting" : "connecting", "");
+    this.#listener.state(this.#everUp ? "reconnecting" : "connecting", "");
     this.#connect();
   }
 
-  /** Sends one frame; only allowed while the link is up. */
   send(frame: string): void {
     this.#socket?.send(frame);
   }
 
-  /** Bytes that were sent and that the network has not taken yet. */
   get unsentBytes(): number {
     return this.#socket?.bufferedAmount ?? 0;
   }
 
-  /** Drops the connection and stays down until `start`. Reports nothing. */
   stop(): void {
     clearTimeout(this.#timer);
     const socket = this.#socket;
@@ -93,17 +71,13 @@ export class Link {
   }
 
   #receive(data: unknown): void {
-    const frame = decodeFrame(data);
-    if (!frame) {
-      this.#listener.linkGarbage();
-    } else if (frame.kind !== "hello") {
-      this.#listener.linkFrame(frame);
-    } else if (!this.#up) {
+    receive(data, this.#listener, (browserId) => {
+      if (this.#up) return;
       clearTimeout(this.#timer);
       this.#up = this.#everUp = true;
       this.#attempt = 0;
-      this.#listener.linkUp(frame.browserId);
-    }
+      this.#listener.up(browserId);
+    });
   }
 
   async #lost(): Promise<void> {
@@ -111,14 +85,14 @@ export class Link {
     const wasUp = this.#up;
     clearTimeout(this.#timer);
     this.#up = false;
-    if (wasUp) this.#listener.linkDown();
-    if (this.#socket === gone) this.#listener.linkState("reconnecting", "");
+    if (wasUp) this.#listener.down();
+    if (this.#socket === gone) this.#listener.state("reconnecting", "");
     // A browser hides why an upgrade was refused, so the reason is asked for separately.
     const reason = wasUp ? "" : await this.#askReason();
     if (this.#socket !== gone) return;
     this.#socket = undefined;
     if (reason) {
-      this.#listener.linkState("refused", reason);
+      this.#listener.state("refused", reason);
       return;
     }
     const delay = backoffDelay(this.#attempt++, this.#options.backoff);
