@@ -91,12 +91,11 @@ Witness::Witness(const biz::IMUserID& user, RefPtr<biz::IIMAccountMgr> accounts)
       accounts_(std::move(accounts)),
       link_(std::make_shared<Link>()) {
   link_->witness = this;
-  on_login_ = accounts_->Events().on_login_ok.connect([this, link = link_](const auto& who) {
-    std::unique_lock hold(link->lock);
-    if (!link->witness || !(who == user_)) return;
-    hold.unlock();
-    Listen();
+  on_login_ = accounts_->Events().on_login_ok.connect([link = link_](const auto& who) {
+    std::lock_guard hold(link->lock);
+    if (link->witness && who == link->witness->user_) link->witness->Listen();
   });
+  std::lock_guard hold(link_->lock);
   Listen();
 }
 
@@ -108,12 +107,9 @@ Witness::~Witness() {
 
 void Witness::Listen() {
   const auto account = accounts_->GetAccount(user_);
-  {
-    // The event of a login comes after its answer: somebody may listen already.
-    std::lock_guard hold(link_->lock);
-    if (!account || listens_to_.get() == account.get()) return;
-    listens_to_ = account;
-  }
+  // The event of a login comes after its answer: somebody may listen already.
+  if (!account || listens_to_.get() == account.get()) return;
+  listens_to_ = account;
   auto& events = account->GetIMSingleChatMgr()->Events();
   events.on_receive_new_msg.connect([link = link_](const auto&, const auto& messages) {
     link->Change([&](Witness& witness) {

@@ -126,6 +126,7 @@ class Witness {
 
  private:
   struct Link;
+  // With the link's lock held, so that the witness is there until it listens.
   void Listen();
 
   const biz::IMUserID user_;
