@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "sqlite/group_commit.h"
 
@@ -39,9 +40,9 @@ struct Feeds::Filling {
 Feeds::Feeds(ServerStore& store, std::function<void()> schedule)
     : store_(store), schedule_(std::move(schedule)) {}
 
-void Feeds::Open(std::int64_t session, const Caller& caller, Position after,
+void Feeds::Open(std::int64_t session, const Caller& caller, Position after, bool placeless,
                  std::weak_ptr<link::SessionListener> listener) {
-  Client client{session, caller, std::move(listener), store_.mail().newest(), after};
+  Client client{session, caller, std::move(listener), store_.mail().newest(), after, placeless};
   See(client, {{Stream::Kind::kAccount, caller.account}}, after);
   for (const Stay& stay : store_.conversations().StaysAfter(caller.account, after)) {
     for (const Stream::Kind kind : kTribeKinds) {
@@ -173,6 +174,9 @@ Position Feeds::Acknowledge(std::int64_t session, Position upto) {
 void Feeds::PushTo(Client& client, Round& round) {
   const auto listener = client.listener.lock();
   if (!listener) return;
+  if (std::exchange(client.placeless, false) && client.news.empty()) {
+    listener->OnBatch({.entries = {}, .position = std::to_string(client.pushed)});
+  }
   while (client.open.size() < kOpenBatches) {
     if (client.news.empty()) {
       for (const auto& answer : std::exchange(client.waiting, {})) answer();

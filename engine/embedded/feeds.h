@@ -27,7 +27,8 @@ class Feeds {
   Feeds(ServerStore& store, std::function<void()> schedule);
 
   // Begins to feed a session with what is behind `after`. May throw `sqlite::Error`.
-  void Open(std::int64_t session, const Caller& caller, Position after,
+  // `placeless`: the device named no position, so it is given one at once.
+  void Open(std::int64_t session, const Caller& caller, Position after, bool placeless,
             std::weak_ptr<link::SessionListener> listener);
   // Answers that wait are given. Nothing happens for a session that is not fed.
   void Close(std::int64_t session);
@@ -58,6 +59,7 @@ class Feeds {
     std::weak_ptr<link::SessionListener> listener;
     Position began = 0;               // up to here everything is offline
     Position pushed = 0;              // up to here it was sent
+    bool placeless = false;           // was given no position yet
     std::deque<Position> open{};      // ends of the batches that wait for their acknowledgement
     std::map<Position, View> news{};  // streams that have more, by where they go on
     std::set<Stream> watched{};

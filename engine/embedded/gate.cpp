@@ -106,7 +106,8 @@ void Gate::Connect(const link::ConnectRequest& request, const link::ConnectCallb
     const Caller caller{request.user, account.id,
                         store_.accounts().Device(account.id, request.device)};
     connected.session = std::make_shared<EmbeddedSession>(
-        room_.weak_from_this(), here_, room_.Open(caller, start, request.listener));
+        room_.weak_from_this(), here_,
+        room_.Open(caller, start, request.position.empty(), request.listener));
   });
   // What a device names it has in its store, also when the acknowledgement was lost.
   if (result.ok() && !request.position.empty()) room_.NoteAcknowledged(account.id, start);

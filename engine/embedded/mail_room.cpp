@@ -44,10 +44,10 @@ MailRoom::MailRoom(ServerStore& store, Desks& desks, sqlite::GroupCommit& commit
                                                   [](MailRoom& room) { room.feeds_.Push(); }));
       }) {}
 
-std::int64_t MailRoom::Open(const Caller& caller, Position after,
+std::int64_t MailRoom::Open(const Caller& caller, Position after, bool placeless,
                             std::weak_ptr<link::SessionListener> listener) {
   const std::int64_t session = ++last_session_;
-  feeds_.Open(session, caller, after, std::move(listener));
+  feeds_.Open(session, caller, after, placeless, std::move(listener));
   sessions_[session] = caller;
   return session;
 }

@@ -29,7 +29,7 @@ class MailRoom : public std::enable_shared_from_this<MailRoom> {
 
   // Begins a session behind a position and returns its number. Its first batch comes with a later
   // task. May throw `sqlite::Error`.
-  std::int64_t Open(const Caller& caller, Position after,
+  std::int64_t Open(const Caller& caller, Position after, bool placeless,
                     std::weak_ptr<link::SessionListener> listener);
   void Ask(std::int64_t session, link::Request request);
   void Acknowledge(std::int64_t session, const std::string& position);

@@ -88,7 +88,7 @@ std::size_t TextOf(const link::Entry& entry) {
 
 std::optional<Position> ParsePosition(const std::string& text) {
   std::int64_t position = 0;
-  if (!base::StringToInt64(text, &position) || position < 1) return std::nullopt;
+  if (!base::StringToInt64(text, &position) || position < 0) return std::nullopt;
   return position;
 }
 

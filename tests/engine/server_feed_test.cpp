@@ -36,9 +36,26 @@ TEST_F(ServerFeed, ADeviceGoesOnBehindThePositionThatItNames) {
   }
 }
 
+TEST_F(ServerFeed, ADeviceWithoutAPositionIsGivenOneAtOnce) {
+  const auto harbor = Connect(L"harbor");
+  std::string given;
+  {
+    const auto mariner = Connect(L"mariner");
+    mariner->Until([](const Device& told) { return !told.start.empty(); });
+    given = mariner->start;
+  }
+  harbor->Say(With(L"mariner"), 1);
+  const auto other = Connect(L"mariner", "other");
+  other->Settle();
+  const auto mariner = Connect(L"mariner", "desk", given);
+  mariner->Settle();
+  EXPECT_EQ(mariner->Msgids(), std::vector<std::int64_t>{1}) << "whatever others have by now";
+  EXPECT_EQ(mariner->start, "") << "it had one";
+}
+
 TEST_F(ServerFeed, APositionThatWasNeverGivenIsLost) {
   Connect(L"harbor")->Say(With(L"mariner"), 1);
-  for (const char* position : {"0", "-1", "x", "1x", " 1", "1000000", "99999999999999999999"}) {
+  for (const char* position : {"-1", "x", "1x", " 1", "1000000", "99999999999999999999"}) {
     const auto device = std::make_shared<Device>();
     EXPECT_EQ(TryConnect(device, L"mariner", "desk", position).result.code,
               biz::kEnginePositionLost)

@@ -43,7 +43,11 @@ std::vector<std::int64_t> Device::Msgids() const { return MsgidsOf(All<link::Mes
 void Device::OnBatch(link::Batch batch) {
   std::lock_guard hold(lock_);
   if (acknowledges_ && session_) session_->Acknowledge(batch.position);
-  batches.push_back(std::move(batch));
+  if (batch.entries.empty()) {
+    start = batch.position;
+  } else {
+    batches.push_back(std::move(batch));
+  }
   told_.notify_all();
 }
 

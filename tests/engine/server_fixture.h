@@ -80,7 +80,8 @@ class Device : public link::SessionListener, public std::enable_shared_from_this
     return found;
   }
   std::vector<std::int64_t> Msgids() const;
-  std::vector<link::Batch> batches;
+  std::vector<link::Batch> batches;  // that tell something
+  std::string start;                 // the position of the other one
   std::vector<std::pair<biz::IMConversationID, std::int32_t>> typing;
   std::vector<biz::ResultCode> ends;
 

@@ -182,6 +182,22 @@ test("virtual conversations serve good requests", async () => {
   await chat.close();
 });
 
+test("the owner of a tribe renames it, and nobody else", async () => {
+  const chat = await channelPage(browser, host.url, "harbor");
+  const classes = await call(chat, "im.tribemgr", "GetAllClass", {});
+  assert.ok((classes.envelope["classlist"] as object[]).length > 1);
+  const request = { tribeid: "10001", str: "Quay watch" };
+  const renamed = await call(chat, "im.tribemgr", "SetTribeName", request);
+  assert.equal(renamed.envelope["code"], 0, renamed.payload);
+  const mariner = await channelPage(browser, host.url, "mariner");
+  const refused = await call(mariner, "im.tribemgr", "SetTribeName", request);
+  assert.equal(refused.envelope["code"], -11, refused.payload);
+  for (const page of [chat, mariner]) {
+    endsAnsweredOnce(page);
+    await page.close();
+  }
+});
+
 test("a page logs in, renews its link and logs out, and hears of it", async () => {
   const chat = await ChatPage.open(browser, host.url);
   const heard = await chat.page.evaluate(async () => {

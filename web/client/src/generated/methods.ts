@@ -12,6 +12,7 @@ import type {
   IMReadFlags,
   IMRoamStatus,
   IMRoamed,
+  IMTribeClasses,
   IMUnreads,
   IMUserRequest,
   ResultCode,
@@ -39,6 +40,7 @@ import type {
   IMSetRoamRequest,
   IMShieldRequest,
   IMTokenLogin,
+  IMTribeText,
   IMWithdrawRequest,
   InConversation,
   SearchCidRequest,
@@ -277,7 +279,18 @@ export interface Methods {
       answer: ResultCode & TranslateMsg;
     };
   };
-  "im.tribemgr": Empty;
+  "im.tribemgr": {
+    /** The classes that a tribe can have. */
+    GetAllClass: {
+      request: Empty;
+      answer: ResultCode & IMTribeClasses;
+    };
+    /** Renames a tribe; only its owner may. */
+    SetTribeName: {
+      request: IMTribeText;
+      answer: ResultCode;
+    };
+  };
   "im.tribemsg": Empty;
   "im.virtualmsg": {
     /** The new messages; they count as read when the conversation's window can be seen. */

@@ -173,6 +173,18 @@ export interface IMRoamed {
   affectcount: number;
 }
 
+export interface IMTribeClass {
+  /** Number of the class. */
+  index: number;
+  /** Its name. */
+  name: string;
+}
+
+export interface IMTribeClasses {
+  /** The classes that a tribe can have. */
+  classlist: IMTribeClass[];
+}
+
 export interface IMUnreadCount {
   /** The conversation. */
   cid: IMConversationID;

@@ -199,6 +199,13 @@ export interface IMTokenLogin {
   token?: string;
 }
 
+export interface IMTribeText {
+  /** The tribe. */
+  tribeid?: string;
+  /** The text. */
+  str?: string;
+}
+
 export interface IMWithdrawRequest {
   /** The conversation, named by the user it is held with. */
   cid?: IMConversationID;
