@@ -5,6 +5,7 @@
 #include <string>
 
 #include "embedded/address_book.h"
+#include "embedded/file_room.h"
 #include "kexbase/strings.h"
 
 namespace imsdk::embedded {
@@ -44,8 +45,10 @@ void PostDesk::Tell(Effects& effects, const NewEntry& entry) {
 }
 
 bool PostDesk::MayName(const Caller& caller, const link::File& file) {
-  return store_.files().HasUploaded(caller.account, file.address) ||
-         store_.files().WasSent(caller.account, file.address);
+  // A name that promises another content would spoil the file that its receiver has or waits for.
+  return DigestOf(file) == file.address &&
+         (store_.files().HasUploaded(caller.account, file.address) ||
+          store_.files().WasSent(caller.account, file.address));
 }
 
 Outcome<link::Delivered> PostDesk::Accept(const Sending& sending, std::int64_t receiver,

@@ -3,14 +3,14 @@
 namespace imsdk::bridge {
 ModuleTable MakeBridgeModules(const ModuleContext& context) {
   // Routed to, but without methods yet: each answers E_NOTIMPL.
-  const auto no_methods = std::make_shared<CBridgeBase>(context);
+  const auto no_methods = [&] { return std::make_shared<CBridgeBase>(context); };
   return {
       {L"im.singlemsg", MakeBridgeSingleMsg(context)},
-      {L"im.tribemsg", no_methods},
+      {L"im.tribemsg", no_methods()},
       {L"im.tribemgr", MakeBridgeTribeMgr(context)},
-      {L"im.bizutil", no_methods},
-      {L"im.contact", no_methods},
-      {L"im.filetransfer", no_methods},
+      {L"im.bizutil", no_methods()},
+      {L"im.contact", no_methods()},
+      {L"im.filetransfer", no_methods()},
       {L"im.login", MakeBridgeIMLogin(context)},
       {L"im.virtualmsg", MakeBridgeVritualMsg(context)},
       // No call can name these: the path of every call begins with "im.".

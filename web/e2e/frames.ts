@@ -259,7 +259,10 @@ function abridged(value: unknown): unknown {
   if (typeof value === "string") return value.length > 160 ? `${value.slice(0, 80)}…` : value;
   if (Array.isArray(value)) return value.slice(0, 2).map(abridged);
   if (typeof value !== "object" || value === null) return value;
-  return Object.fromEntries(Object.entries(value).map(([key, one]) => [key, abridged(one)]));
+  const secret = (key: string) => key === "token" || key === "password";
+  return Object.fromEntries(
+    Object.entries(value).map(([key, one]) => [key, secret(key) ? "…" : abridged(one)]),
+  );
 }
 
 /** Keeps what tells more: no empty lists before empty ones, then what is shorter. */

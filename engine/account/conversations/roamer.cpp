@@ -307,8 +307,7 @@ void Roamer::Fetch(const link::GetHistory& request, std::shared_ptr<Walk> walk, 
     const auto self = weak.lock();
     if (!self) return;
     if (!result.ok()) return done(result, {}, 0);
-    const bool stands_still =
-        history.msgs.empty() && !history.next.empty() && history.next == request.place;
+    const bool stands_still = !history.next.empty() && history.next == request.place;
     if (stands_still) {
       return done({biz::kEngineNoLink, 0, L"the server's answer makes no sense"}, {}, 0);
     }

@@ -260,8 +260,9 @@ void Outbox::TakeTurns(const biz::IMConversationID& cid) {
       continue;
     }
     Open& open = entry->second;
+    if (open.stage == Stage::kPreparing) return;
     const auto parcel = std::make_shared<Parcel>(
-        Parcel{msgid, link_, FileNamesIn(open.message.msgbody, state_->files_in_tokens)});
+        Parcel{cid, msgid, link_, FileNamesIn(open.message.msgbody, state_->files_in_tokens)});
     if (!parcel->names.empty()) {
       open.stage = Stage::kPreparing;
       open.deadline = Deadline::max();
@@ -278,32 +279,49 @@ void Outbox::FetchFiles(const std::shared_ptr<Parcel>& parcel) {
   courier_->Provide(
       name, base::BindWeak(weak_from_this(), [parcel](Outbox& outbox, const biz::ResultCode& result,
                                                       const link::File& file) {
-        if (parcel->link != outbox.link_) return;
-        if (result.code == biz::kEngineNotFound) {
-          // Its token goes on as it is.
-          parcel->names.erase(parcel->names.begin() + std::ssize(parcel->files));
-        } else if (!result.ok()) {
-          return outbox.Prepared(parcel, result);
-        } else {
-          parcel->files.push_back(file);
-        }
-        outbox.FetchFiles(parcel);
+        // From a task of its own: thousands of files that are known at once must not pile up on
+        // the stack.
+        outbox.state_->runner->PostTask(
+            FROM_HERE,
+            base::BindWeak(outbox.weak_from_this(), [parcel, result, file](Outbox& here) {
+              here.Provided(parcel, result, file);
+            }));
       }));
 }
 
-void Outbox::Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result) {
-  const auto entry = open_.find(parcel->msgid);
-  if (entry == open_.end()) return;
-  const biz::IMConversationID cid = entry->second.message.cid;
-  // Without a link the message waits for the next one.
-  if (result.code == biz::kEngineNoLink) return;
-  turns_.at(cid).pop_front();
-  if (result.ok()) {
-    Deliver(*parcel);
+void Outbox::Provided(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result,
+                      const link::File& file) {
+  if (parcel->link != link_) return;
+  if (result.code == biz::kEngineNotFound) {
+    // Its token goes on as it is.
+    parcel->names.erase(parcel->names.begin() + std::ssize(parcel->files));
+  } else if (!result.ok()) {
+    return Prepared(parcel, result);
   } else {
-    Answered(parcel->msgid, result);
+    parcel->files.push_back(file);
   }
-  TakeTurns(cid);
+  FetchFiles(parcel);
+}
+
+void Outbox::Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result) {
+  const auto turns = turns_.find(parcel->cid);
+  if (turns == turns_.end() || turns->second.front() != parcel->msgid) return;  // closed
+  const auto entry = open_.find(parcel->msgid);
+  if (entry != open_.end() && result.code == biz::kEngineNoLink) {
+    // A server that wants nothing now and keeps the link: time runs out for the message.
+    entry->second.stage = Stage::kWaiting;
+    SetDeadline(parcel->msgid, entry->second);
+    return WaitForDeadline();
+  }
+  turns->second.pop_front();
+  if (entry != open_.end()) {
+    if (result.ok()) {
+      Deliver(*parcel);
+    } else {
+      Answered(parcel->msgid, result);
+    }
+  }
+  TakeTurns(parcel->cid);
 }
 
 void Outbox::Deliver(const Parcel& parcel) {
@@ -407,7 +425,9 @@ void Outbox::CheckDeadlines() {
     if (IsStale(entry)) continue;
     Open& open = open_.at(entry.second);
     if (open.stage != Stage::kTaken || open.taken >= kMostTakings) {
+      const biz::IMConversationID cid = open.message.cid;
       Answered(entry.second, {biz::kEngineTimeout, 0, L"the server did not answer in time"});
+      TakeTurns(cid);  // whoever waited behind it
     } else if (state_->line->connected()) {
       Queue(biz::IMConversationID(open.message.cid), entry.second);
     } else {

@@ -82,6 +82,7 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   };
   // What is put together with a message before it is handed over.
   struct Parcel {
+    biz::IMConversationID cid;
     std::int64_t msgid = 0;
     std::uint64_t link = 0;  // number of the link that it is for
     std::vector<std::string> names;
@@ -105,6 +106,8 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   void Queue(const biz::IMConversationID& cid, std::int64_t msgid);
   void TakeTurns(const biz::IMConversationID& cid);
   void FetchFiles(const std::shared_ptr<Parcel>& parcel);
+  void Provided(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result,
+                const link::File& file);
   void Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result);
   void Deliver(const Parcel& parcel);
   void Delivered(std::int64_t msgid, const biz::ResultCode& result, const link::Delivered& how);

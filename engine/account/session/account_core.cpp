@@ -144,8 +144,8 @@ void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& 
   outage_told_ = false;
   connected_at_ = std::chrono::steady_clock::now();
   proved_ = first;
-  Tell(result);
   if (!first) hooks_.reconnected();
+  Tell(result);
   outbox_->Connected();
   reporter_->Connected();
   roamer_->Connected();

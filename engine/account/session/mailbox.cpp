@@ -122,7 +122,10 @@ void Mailbox::Keep(const link::Batch&, const link::ReadElsewhere& from, Happenin
 void Mailbox::Keep(const link::Batch&, const link::Membership& from, Happenings& happenings) {
   const biz::IMConversationID cid(from.tribe);
   if (!state_.store.conversations().SetMember(cid, from.member) || !from.member) return;
-  state_.store.conversations().SetWanting(state_.store.conversations().Find(cid), true);
+  // Whoever comes back has missed what was said meanwhile.
+  const std::int64_t conversation = state_.store.conversations().Find(cid);
+  state_.store.parts().OpenHole(conversation);
+  state_.store.conversations().SetWanting(conversation, true);
   happenings.push_back(Wanting{cid});
 }
 

@@ -185,7 +185,7 @@ KeptHistory MessageStore::AddHistory(Walk& walk, const link::GetHistory& request
       continue;
     }
     if (position <= deleted || WasDeleted(conversation, sender, message.msgid)) {
-      walked.push_back({0, 0, position});
+      walked.push_back({0, 0, position, position <= deleted});
       continue;
     }
     const bool missed = fills && (reached == messages.size() || i >= reached) &&

@@ -106,6 +106,7 @@ void Parts::TakeIn(std::int64_t conversation, Walk& walk, const link::GetHistory
       from_edge || part.empty() || (oldest != walked.end() && !BelongsTo(*oldest, part));
   bool arrives = false;
   for (const Walked& message : walked) {
+    if (below && message.cleared) arrives = true;
     if (message.place == 0) continue;
     if (part.floor.is_end() || message.position < part.floor) part.floor = message.position;
     if (below && Meets(message, *below)) arrives = true;
@@ -121,7 +122,13 @@ void Parts::TakeIn(std::int64_t conversation, Walk& walk, const link::GetHistory
   }
   if (request.older && next.empty() && request.btime <= 0) part.whole = true;
   Save(conversation, part);
-  if (part.whole) return ForgetHole(conversation);  // there is nothing further to come down to
+  if (part.whole) {
+    // The server has nothing further: what lies below a hole follows at once.
+    CloseHole(conversation);
+    SetWhole(conversation);
+    walk.joined = Current(conversation).number;
+    return;
+  }
   if (!arrives || Wants(conversation)) return;
   const bool past = oldest != walked.end() && !BelongsTo(*oldest, *below);
   CloseHole(conversation);

@@ -39,6 +39,7 @@ struct Walked {
   std::int64_t place = 0;  // of the store's row; 0 for a message that was deleted here
   std::int64_t part = 0;   // that it belonged to
   Position position;
+  bool cleared = false;  // went when all was deleted, so it lies below every hole
 };
 
 // Used on the account's worker only. Every function may throw `sqlite::Error`. Conversations are
