@@ -20,7 +20,8 @@
 
 namespace imsdk::link {
 
-// What the server can do. What is asked of it and it cannot, the account refuses with `kEngineUnsupported`.
+// What the server can do. What is asked of it and it cannot, the account refuses with
+// `kEngineUnsupported`.
 struct Capabilities {
   enum class Withdrawal {
     kNone,

@@ -84,9 +84,9 @@ class IIMConversation : public IKexCOMRefCounted {
   virtual void DeleteLocalMsg(const IMDeleteRequest& request, IMCallback<IMCount> done) = 0;
 
   // Sends a message; answered at once. Good: it was taken, is or will be in the store,
-  // `on_send_new_msg` has been or will be raised with it, and `on_send_msg_status` follows once; once
-  // more, and good, when a message that was given up turns out to be in the server's archive. A
-  // negative code refuses: nothing was stored.
+  // `on_send_new_msg` has been or will be raised with it, and `on_send_msg_status` follows once;
+  // once more, and good, when a message that was given up turns out to be in the server's archive.
+  // A negative code refuses: nothing was stored.
   virtual void SendMsg(const IMSendRequest& request, IMCallback<> done) = 0;
   // Sends a stored message again, only one that failed. Answers as `SendMsg`. Resending never
   // delivers twice: the server knows the message by its sender and identifier.
