@@ -61,6 +61,13 @@ class FaultySession : public link::Session {
   void Ask(link::Request request) override {
     const std::optional<Fault> fault = link_->Take(KindOf(request));
     if (fault == Fault::kDropRequest) return;
+    if (fault == Fault::kRefuse) {
+      return std::visit(
+          [](auto& asked) {
+            asked.done({biz::kEngineNoLink, 0, L"not now"}, {});
+          },
+          request);
+    }
     if (fault) {
       std::visit(
           [ear = ear_, breaks = *fault == Fault::kBreak](auto& asked) {

@@ -34,6 +34,7 @@ enum class Operation {
 enum class Fault {
   kDropRequest,  // the server never sees it, the client gets no answer
   kDropAnswer,   // the server does it, the client gets no answer
+  kRefuse,       // the server wants nothing now (`kEngineNoLink`), the session stays
   kBreak,        // the server does it, then the session ends with `kEngineNoLink`
 };
 

@@ -136,6 +136,22 @@ TEST_P(FilesTest, TheOrderOfAConversationStays) {
   EXPECT_EQ(Fetch(PathIn(mariner.received[3].msgbody)), 0);
 }
 
+TEST_P(FilesTest, ThousandsMayWaitBehindOneFile) {
+  constexpr std::size_t kCount = 5000;
+  Witness harbor(kHarbor);
+  const auto chat = Chat(kHarbor, kMariner);
+  SendItems(chat, {Picture()});
+  ASSERT_TRUE(harbor.AwaitStatuses(1));
+  link_->FailNext(Operation::kUpload, Fault::kRefuse);
+  SendItems(chat, {Picture("other")});
+  const biz::IMBodyItem known = Picture();
+  for (std::size_t i = 2; i < kCount; ++i) ASSERT_EQ(SendItems(chat, {known}), 0);
+  ASSERT_TRUE(harbor.AwaitStatuses(kCount));
+  std::size_t failed = 0;
+  for (const auto& status : harbor.statuses) failed += status.code != 0;
+  EXPECT_EQ(failed, 1U) << "the one that the server did not want";
+}
+
 INSTANTIATE_TEST_SUITE_P(Servers, FilesTest, testing::ValuesIn(ServerKinds()), NameOf);
 
 class FarFilesTest : public FilesTest {};

@@ -1,5 +1,7 @@
 // Conversations of tribes.
 #include "device.h"
+#include "embedded/embedded_server.h"
+#include "embedded/tribe_desk.h"
 #include "far_server.h"
 
 namespace imsdk::test {
@@ -114,6 +116,34 @@ TEST_P(TribeTest, AfterARestart) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Servers, TribeTest, testing::ValuesIn(ServerKinds()), NameOf);
+
+// The embedded server's own members and history.
+class EmbeddedTribeTest : public TribeTest {};
+
+TEST_P(EmbeddedTribeTest, WhoeverComesBackMissesNothingThatMayBeSeen) {
+  auto& server = static_cast<embedded::Server&>(*server_);
+  Witness harbor(kHarbor);
+  std::size_t said = 0;
+  const auto say = [&](std::size_t count) {
+    for (const std::size_t end = said + count; said < end; ++said) {
+      SendItems(Chat(kHarbor, kTribe), {Text(std::to_wstring(said))});
+    }
+    ASSERT_TRUE(harbor.Await([&](const auto& seen) { return seen.tribe_statuses.size() == said; }));
+  };
+  const auto all = [&] { return LocalPage(Chat(kMariner, kTribe), {.count = 1000}).msgs.size(); };
+  server.Change(embedded::SetOpenHistory{kTribe.tribe, true});
+  say(5);
+  Eventually([&] { return all() == said; }, "the beginning");
+  for (const std::size_t absent : {10U, 300U}) {  // less than one fetch, and more
+    server.Change(embedded::SetMember{kTribe.tribe, kMariner, false});
+    say(absent);
+    server.Change(embedded::SetMember{kTribe.tribe, kMariner, true});
+    say(1);
+    Eventually([&] { return all() == said; }, "what was said meanwhile");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, EmbeddedTribeTest, testing::Values(ServerKinds().at(0)), NameOf);
 
 // Joining is asked for at the server here.
 class FarTribeTest : public TribeTest {};
