@@ -1,3 +1,4 @@
+#include "embedded/embedded_server.h"
 #include "engine_fixture.h"
 #include "far_server.h"
 
@@ -8,10 +9,7 @@ namespace {
 std::unique_ptr<EmbeddedServer> StartEmbedded(const std::filesystem::path& data) {
   EmbeddedServerOptions options;
   options.data = base::FilePath::FromUTF8(data.string());
-  std::string error;
-  auto server = StartEmbeddedServer(options, &error);
-  EXPECT_TRUE(server) << error;
-  return server;
+  return std::make_unique<embedded::Server>(options, embedded::HashCost{1, 8192});
 }
 
 Habits BadManners() {
