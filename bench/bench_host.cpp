@@ -48,24 +48,32 @@ RefPtr<I> Create(const char* name, const char* iid) {
 
 }  // namespace
 
-BenchHost::BenchHost() {
+BenchHost::BenchHost(int views) {
   const RefPtr<LogService> log(new LogService);
   GetKexCOM()->RegisterService(ns_log::ILogService::kServiceId, log.get());
   manager_ = Create<bridge::IIMBridgeMgr>(kClassIMBridgeMgr, kIID_IIMBridgeMgr);
   manager_->Init();
-  bridge_ = Create<bridge::IIMSDKBridge>(kClassIMSDKBridge, kIID_IIMSDKBridge);
-  bridge_->BindPage({L"view", &page, loop_.task_runner(), test::kHarbor});
+  for (int i = 0; i < views; ++i) {
+    bridges_.push_back(Create<bridge::IIMSDKBridge>(kClassIMSDKBridge, kIID_IIMSDKBridge));
+    bridges_.back()->BindPage({L"view", &page, loop_.task_runner(), test::kHarbor});
+  }
 }
 
 BenchHost::~BenchHost() {
-  bridge_->UnbindPage();
+  for (const auto& bridge : bridges_) bridge->UnbindPage();
   manager_->Uninit();
   GetKexCOM()->UnregisterService(ns_log::ILogService::kServiceId);
 }
 
 void BenchHost::Invoke(const std::wstring& method, const std::wstring& seq,
                        const std::wstring& bizmethod, const std::wstring& json) {
-  bridge_->JsInvoke({L"view", method, {seq, bizmethod, json}});
+  bridges_.front()->JsInvoke({L"view", method, {seq, bizmethod, json}});
+}
+
+void BenchHost::RegisterAll() {
+  for (const auto& bridge : bridges_) {
+    bridge->JsInvoke({L"view", L"workbench.im.event_register", {L"r", L"register_all", L"{}"}});
+  }
 }
 
 }  // namespace imsdk::bench

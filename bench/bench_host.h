@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "bridge/imbridgemgr.h"
 #include "bridge/imsdkbridge.h"
@@ -26,24 +27,31 @@ class CountingPage final : public bridge::IPageHandler {
     if (keep) *keep = payload;
   }
   void Reserved() override {}
-  void Notify(const std::wstring&, const std::wstring& json) override { bytes += json.size(); }
+  void Notify(const std::wstring&, const std::wstring& json) override {
+    ++notifications;
+    bytes += json.size();
+  }
 
   std::int64_t answers = 0;
   std::int64_t failures = 0;
+  std::int64_t notifications = 0;
   std::size_t bytes = 0;
   std::wstring* keep = nullptr;  // takes each answer's payload, unless null
 };
 
-// One bound view of `test::kHarbor`. Ends the process with a message when the library cannot be
-// had: a figure without it would mean nothing.
+// Bound views of `test::kHarbor`, each with its own bridge, on one page. Ends the process with a
+// message when the library cannot be had: a figure without it would mean nothing.
 class BenchHost {
  public:
-  BenchHost();
+  explicit BenchHost(int views = 1);
   ~BenchHost();
 
-  // One call; its answer has come when this returns.
+  // One call of the first view; its answer has come when this returns.
   void Invoke(const std::wstring& method, const std::wstring& seq, const std::wstring& bizmethod,
               const std::wstring& json);
+
+  // The page of every view registers for all notifications.
+  void RegisterAll();
 
   CountingPage page;
   test::MemoryEngine engine;
@@ -51,7 +59,7 @@ class BenchHost {
  private:
   base::MessageLoop loop_;
   RefPtr<bridge::IIMBridgeMgr> manager_;
-  RefPtr<bridge::IIMSDKBridge> bridge_;
+  std::vector<RefPtr<bridge::IIMSDKBridge>> bridges_;
 };
 
 }  // namespace imsdk::bench

@@ -6,9 +6,10 @@
 #include <future>
 #include <string>
 
-#include "account/data_folder.h"
+#include "account/files/data_folder.h"
 #include "bench/million_messages.h"
 #include "imsdk/biz/account.h"
+#include "imsdk/embedded_server.h"
 #include "imsdk/engine.h"
 #include "kexcore/kexcom.h"
 
@@ -34,18 +35,22 @@ class History {
  public:
   History() {
     MakeMillionMessages(BENCH_STORE);
+    std::string error;
+    server_ = StartEmbeddedServer({account::FromPath(BENCH_STORE)}, &error);
+    if (!server_) return;
     EngineOptions options;
     options.data = account::FromPath(BENCH_STORE);
-    std::string error;
+    options.link = [this] { return server_->Link(); };
     engine_ = StartEngine(options, &error);
     if (!engine_) return;
     const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
     std::promise<void> answered;
-    accounts->LoginByPassword(kOwner, kOwnerPassword,
-                              [&](const biz::IMLoginResult&) { answered.set_value(); });
+    accounts->LoginByPassword({kOwner, kOwnerPassword},
+                              [&](const auto&, const auto&) { answered.set_value(); });
     answered.get_future().wait();
     const auto account = accounts->GetAccount(kOwner);
-    if (account) chat_ = account->GetIMSingleChatMgr()->GetConversation(kLargestPeer);
+    if (account)
+      chat_ = account->GetIMSingleChatMgr()->GetConversation(biz::IMConversationID(kLargestPeer));
   }
 
   bool there() const { return static_cast<bool>(chat_); }
@@ -67,6 +72,7 @@ class History {
   }
 
  private:
+  std::unique_ptr<EmbeddedServer> server_;
   std::unique_ptr<Engine> engine_;
   RefPtr<biz::IIMConversation> chat_;
 };

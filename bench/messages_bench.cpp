@@ -36,16 +36,23 @@ void BM_GetNewMsg(benchmark::State& state) {
 }
 BENCHMARK(BM_GetNewMsg)->Name("BM_Invoke/GetNewMsg")->Arg(20);
 
-void BM_Notify(benchmark::State& state) {
-  BenchHost host;
-  host.Invoke(L"workbench.im.event_register", L"r", L"register_all", L"{}");
-  const auto msgs = Messages(state.range(0));
+// Every registered view of the account gets every event.
+void Notify(benchmark::State& state, int views, std::int64_t count) {
+  BenchHost host(views);
+  host.RegisterAll();
+  const auto msgs = Messages(count);
   const std::vector<biz::IMUserID> cids(msgs.size(), test::kLighthouse);
-  const std::size_t before = host.page.bytes;
   for (auto step : state) host.engine.Chats().events.on_receive_new_msg(cids, msgs);
-  if (host.page.bytes == before) state.SkipWithError("no notification came");
+  if (host.page.notifications != views * state.iterations()) {
+    state.SkipWithError("notifications are missing");
+  }
 }
+
+void BM_Notify(benchmark::State& state) { Notify(state, 1, state.range(0)); }
 BENCHMARK(BM_Notify)->Name("BM_Notify/onReceiveNewMsg")->Arg(20)->Arg(200);
+
+void BM_NotifyViews(benchmark::State& state) { Notify(state, 8, 20); }
+BENCHMARK(BM_NotifyViews)->Name("BM_Notify/views:8");
 
 // The request read and the answer written by the JSON library alone.
 void BM_FloorGetNewMsg(benchmark::State& state) {

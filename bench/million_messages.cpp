@@ -8,16 +8,16 @@
 #include <random>
 #include <vector>
 
-#include "account/data_folder.h"
-#include "account/message_ids.h"
-#include "account/message_store.h"
-#include "imsdk/engine.h"
+#include "account/files/data_folder.h"
+#include "account/sending/message_ids.h"
+#include "account/store/message_store.h"
+#include "imsdk/embedded_server.h"
 
 namespace imsdk::bench {
 namespace {
 
 // A folder with another text in its stamp was made by another maker and is made anew.
-constexpr const char* kMaker = "1";
+constexpr const char* kMaker = "2";
 constexpr std::int64_t kInOneCommit = 20'000;
 
 // The standard's distributions differ between libraries; the generator itself does not.
@@ -103,11 +103,11 @@ biz::IMMessage Message(Dice& dice, const std::vector<std::wstring>& words, std::
   message.msgid = message.msgtime << (account::kCounterBits + account::kNodeBits);
   message.svrtime = message.msgtime + 40;
   const std::uint64_t peer = dice.Below(40);
-  message.cid =
-      peer < 20 ? kLargestPeer : biz::IMUserID{L"cnbazaro", L"peer " + std::to_wstring(peer)};
+  message.cid = biz::IMConversationID(
+      peer < 20 ? kLargestPeer : biz::IMUserID{L"cnbazaro", L"peer " + std::to_wstring(peer)});
   const bool outgoing = dice.Below(2) == 0;
-  message.fromid = outgoing ? kOwner : message.cid;
-  message.toid = outgoing ? message.cid : kOwner;
+  message.fromid = outgoing ? kOwner : message.cid.user;
+  message.toid = outgoing ? message.cid.user : kOwner;
   message.msgstatus = outgoing ? biz::kMsgSent : biz::kMsgReceived;
   message.readflag = biz::kMsgRead;
   message.msgbody = Body(dice, words, number);
@@ -122,12 +122,12 @@ void FillStore(const account::DataFolder& folder) {
   for (std::int64_t number = 0; number < kMessages;) {
     sqlite::Transaction transaction(store.database());
     do {
-      store.AddSynced(Message(dice, words, number), account::Synced::kRoamed);
+      store.AddLive({Message(dice, words, number)});
     } while (++number % kInOneCommit != 0);
     transaction.Commit();
   }
   for (const auto& stored : store.Conversations()) {
-    store.conversations().SetComplete(stored.key, {}, true);
+    store.parts().SetWhole(store.conversations().Find(stored.cid));
   }
 }
 
@@ -145,11 +145,9 @@ void MakeMillionMessages(const std::filesystem::path& folder) {
   std::fprintf(stderr, "making a store of %lld messages\n", static_cast<long long>(kMessages));
   std::error_code ignored;
   std::filesystem::remove_all(folder, ignored);
-  EngineOptions options;
-  options.data = account::FromPath(folder);
   std::string error;
-  const auto engine = StartEngine(options, &error);
-  if (!engine || !engine->CreateAccount(kOwner, kOwnerPassword)) Fail(error);
+  const auto server = StartEmbeddedServer({account::FromPath(folder)}, &error);
+  if (!server || !server->CreateAccount(kOwner, kOwnerPassword)) Fail(error);
   const account::DataFolder data(folder);
   try {
     std::filesystem::create_directories(data.AccountFolder(kOwner));

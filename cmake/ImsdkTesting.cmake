@@ -17,7 +17,7 @@ else()
   find_package(GTest REQUIRED)
 endif()
 
-set(IMSDK_TEST_TIMEOUT 300 CACHE STRING "Seconds one test program may take")
+set(IMSDK_TEST_TIMEOUT 900 CACHE STRING "Seconds one test program may take")
 set(imsdkTestResults "${CMAKE_BINARY_DIR}/test-results")
 
 # Builds just the tests that run under ThreadSanitizer.

@@ -1,13 +1,11 @@
 // Starting the engine with parts exchanged. `StartEngine` uses the defaults.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 
-#include "account/account_state.h"
-#include "embedded/credentials.h"
+#include "account/session/account_state.h"
 #include "imsdk/engine.h"
 #include "link/server_link.h"
 
@@ -15,9 +13,8 @@ namespace imsdk {
 
 struct EngineSetup {
   EngineOptions options;
-  embedded::HashCost hash_cost;
   account::Timeouts timeouts;
-  // Puts something between the accounts and the embedded server.
+  // Puts something between the accounts and their server.
   std::function<std::shared_ptr<link::ServerLink>(std::shared_ptr<link::ServerLink>)> wrap_link;
   account::MessageIds::Clock clock;  // for message numbers; the system's when empty
 };

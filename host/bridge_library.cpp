@@ -42,6 +42,15 @@ BridgeLibrary::BridgeLibrary(IKexCOMFactory& factory, RefPtr<bridge::IIMBridgeMg
 
 BridgeLibrary::~BridgeLibrary() { manager_->Uninit(); }
 
+std::string BridgeLibrary::Describe() const {
+  std::string document;
+  const bridge::TextSink take = [](void* context, const char* text, std::size_t size) {
+    static_cast<std::string*>(context)->assign(text, size);
+  };
+  manager_->Describe(take, &document);
+  return document;
+}
+
 RefPtr<bridge::IIMSDKBridge> BridgeLibrary::NewBridge() const {
   return Create<bridge::IIMSDKBridge>(factory_, kClassIMSDKBridge, kIID_IIMSDKBridge);
 }

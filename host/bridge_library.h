@@ -24,6 +24,9 @@ class BridgeLibrary {
   BridgeLibrary(const BridgeLibrary&) = delete;
   BridgeLibrary& operator=(const BridgeLibrary&) = delete;
 
+  // The description of the protocol to pages, JSON in UTF-8; empty when it cannot be had.
+  std::string Describe() const;
+
   // A new bridge, or null when none can be made. Any thread.
   RefPtr<bridge::IIMSDKBridge> NewBridge() const;
 

@@ -1,21 +1,24 @@
 #include "host.h"
 
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "bridge_library.h"
 #include "client/client_services.h"
 #include "data_folder.h"
-#include "host_trace.h"
 #include "imsdk/biz/account.h"
+#include "imsdk/biz/files.h"
+#include "imsdk/demo_set.h"
+#include "imsdk/embedded_server.h"
+#include "imsdk/engine.h"
 #include "kexbase/strings.h"
 #include "kexbase/time.h"
 #include "kexcore/kexcom.h"
+#include "log/host_trace.h"
+#include "log/trace_log.h"
 #include "registered.h"
-#include "run_token.h"
+#include "server/run_token.h"
 #include "server/server.h"
-#include "trace_log.h"
 
 namespace imsdk::host {
 namespace {
@@ -33,11 +36,7 @@ class Host::Impl final : public Backend {
     if (!log_) return false;
     log_service_.emplace(log_->Service());
     client_.emplace(folder_->path(), options.web);
-    EngineOptions engine;
-    engine.data = base::FilePath::FromUTF8(folder_->path().string());
-    engine.demo = options.demo;
-    engine_ = StartEngine(engine, error);
-    if (!engine_) return false;
+    if (!StartMessaging(options.demo, error)) return false;
     library_ = BridgeLibrary::Load(options.library, error);
     if (!library_) return false;
     token_ = RunToken::Open(folder_->path() / "run-token", options.token,
@@ -64,7 +63,8 @@ class Host::Impl final : public Backend {
   }
 
   // The server's threads end first, then the library's business layer, then the engine whose
-  // threads call into it. Also after a start that failed halfway.
+  // threads call into it, then what the engine's accounts are linked to. Also after a start that
+  // failed halfway.
   void Stop() {
     if (server_) {
       server_->Stop();
@@ -72,8 +72,8 @@ class Host::Impl final : public Backend {
     }
     if (client_) client_->Stop();
     library_.reset();
-    const std::lock_guard hold(engine_lock_);
     engine_.reset();
+    messaging_.reset();
   }
 
   RefPtr<bridge::IIMSDKBridge> NewBridge() override { return library_->NewBridge(); }
@@ -82,24 +82,39 @@ class Host::Impl final : public Backend {
     const biz::IMUserID user{kAppKey, base::UTF8ToWide(nick)};
     const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
     if (accounts->GetAccount(user)) return done({200, {}, user});
-    std::wstring token;
-    {
-      const std::lock_guard hold(engine_lock_);
-      token = engine_->IssueToken(user);
-    }
+    const std::wstring token = messaging_->IssueToken(user);
     if (token.empty()) return done({404, "unknown account", user});
-    accounts->LoginByToken(user, token, [done = std::move(done)](const biz::IMLoginResult& result) {
-      if (result.result.ok()) return done({200, {}, result.user});
-      done({503, "the account cannot be logged in: " + base::WideToUTF8(result.result.text),
-            result.user});
-    });
+    const auto answer = [user, done = std::move(done)](const biz::ResultCode& result,
+                                                       const biz::IMLoginGrant&) {
+      if (result.ok()) return done({200, {}, user});
+      done({503, "the account cannot be logged in: " + base::WideToUTF8(result.text), user});
+    };
+    accounts->LoginByToken({user, token}, answer);
+  }
+
+  void Fetch(const std::string& path, std::function<void()> done) override {
+    const auto files = kexcore::GetService<biz::IIMFileMgr>();
+    files->Fetch({base::UTF8ToWide(path)}, [done = std::move(done)](const auto&) { done(); });
   }
 
   const Server& server() const { return *server_; }
   const RunToken& token() const { return *token_; }
-  Engine& engine() { return *engine_; }
 
  private:
+  bool StartMessaging(bool demo, std::string* error) {
+    const base::FilePath data = base::FilePath::FromUTF8(folder_->path().string());
+    EmbeddedServerOptions server;
+    server.data = data;
+    messaging_ = StartEmbeddedServer(server, error);
+    if (!messaging_) return false;
+    if (demo && !messaging_->HasAccounts() && !FillDemoSet(data, *messaging_, error)) return false;
+    EngineOptions engine;
+    engine.data = data;
+    engine.link = [this] { return messaging_->Link(); };
+    engine_ = StartEngine(engine, error);
+    return engine_ != nullptr;
+  }
+
   std::unique_ptr<DataFolder> folder_;
   std::unique_ptr<TraceLog> log_;
   std::optional<Registered<ns_log::ILogService>> log_service_;
@@ -107,7 +122,7 @@ class Host::Impl final : public Backend {
   std::unique_ptr<RunToken> token_;
   // The server object outlives the engine: an open login holds its connection.
   std::unique_ptr<Server> server_;
-  std::mutex engine_lock_;
+  std::unique_ptr<EmbeddedServer> messaging_;
   std::unique_ptr<Engine> engine_;
   std::unique_ptr<BridgeLibrary> library_;
 };
@@ -130,7 +145,6 @@ std::string Host::Address() const {
   return "http://127.0.0.1:" + base::NumberToString(port()) + "/?token=" + token();
 }
 std::size_t Host::ViewCount() const { return impl_->server().ViewCount(); }
-Engine& Host::engine() { return impl_->engine(); }
 void Host::Stop() { impl_->Stop(); }
 
 }  // namespace imsdk::host

@@ -1,4 +1,4 @@
-// The whole host in one object: engine, bridge library, services, server.
+// The whole host in one object: messaging server, engine, bridge library, services, web server.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 
-#include "imsdk/engine.h"
 #include "program_files.h"
 
 namespace imsdk::host {
@@ -35,10 +34,10 @@ class Host {
   // "http://127.0.0.1:PORT/?token=TOKEN"
   std::string Address() const;
   std::size_t ViewCount() const;
-  Engine& engine();
 
-  // Ends the views, the server, the bridge library's business layer and the engine, in this order,
-  // and forgets the token. Takes at most 2 seconds when no call hangs.
+  // Ends the views, the web server, the bridge library's business layer, the engine and its
+  // messaging server, in this order, and forgets the token. Takes at most 2 seconds when no call
+  // hangs.
   void Stop();
 
  private:

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "bridge_library.h"
 #include "options.h"
+#include "page/page_protocol.h"
 
 namespace {
 
@@ -24,12 +26,28 @@ sigset_t BlockStopSignals() {
   return signals;
 }
 
+// Prints the description of the protocol. Starts nothing else.
+int Describe() {
+  using namespace imsdk::host;
+  std::string error;
+  const auto library = BridgeLibrary::Load(BridgeLibraryFile(), &error);
+  const std::string document = library ? WithPageProtocol(library->Describe()) : "";
+  if (document.empty()) {
+    if (error.empty()) error = "the bridge library has no description";
+    std::fprintf(stderr, "bridgehost: %s\n", error.c_str());
+    return kFailed;
+  }
+  const bool written = std::printf("%s\n", document.c_str()) >= 0 && std::fflush(stdout) == 0;
+  return written ? 0 : kFailed;
+}
+
 int Run(const std::vector<std::string>& arguments) {
   using imsdk::host::Host;
   if (arguments.size() == 1 && arguments[0] == "--help") {
     std::printf("%s", imsdk::host::kUsage.data());
     return 0;
   }
+  if (arguments.size() == 1 && arguments[0] == "--describe") return Describe();
   imsdk::host::HostOptions options;
   std::string error;
   if (!imsdk::host::ReadOptions(arguments, &options, &error)) {

@@ -2,17 +2,19 @@
 
 #include "data_folder.h"
 #include "kexbase/strings.h"
-#include "run_token.h"
+#include "server/run_token.h"
 
 namespace imsdk::host {
 
 const std::string_view kUsage =
     "usage: bridgehost [--port N] [--data DIR] [--demo] [--token T] [--trace FILE]\n"
+    "       bridgehost --describe\n"
     "  --port N      listen on port N of the loopback address; 0 picks a free one (8787)\n"
     "  --data DIR    keep everything in DIR (the demo set in the user's data home)\n"
     "  --demo        fill an empty data folder with the demo set\n"
     "  --token T     what pages must show (a fresh random text)\n"
-    "  --trace FILE  also write trace lines to FILE, as JSON Lines\n";
+    "  --trace FILE  also write trace lines to FILE, as JSON Lines\n"
+    "  --describe    print the description of the protocol, an OpenRPC document, and exit\n";
 
 bool ReadOptions(const std::vector<std::string>& arguments, HostOptions* options,
                  std::string* error) {

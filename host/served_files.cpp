@@ -71,8 +71,10 @@ FoundFile FindInside(const fs::path& root, const fs::path& base, std::string_vie
   const fs::path real_root = fs::weakly_canonical(root, failure);
   const fs::path file = failure ? fs::path() : fs::weakly_canonical(base / relative, failure);
   if (failure || !IsUnder(real_root, file)) return {{}, 403, "the path leads outside"};
-  if (!fs::is_regular_file(file, failure)) return {{}, 404, "no such file"};
-  return {file, 200, {}};
+  if (fs::is_regular_file(file, failure)) return {file, 200, {}};
+  // A link that leads nowhere is there too.
+  const bool taken = fs::exists(fs::symlink_status(file, failure));
+  return {taken ? fs::path() : file, 404, "no such file"};
 }
 
 MediaType MediaTypeOf(const fs::path& path) {

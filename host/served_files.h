@@ -10,7 +10,7 @@ namespace imsdk::host {
 
 // A file that was asked for, or why it is not given.
 struct FoundFile {
-  std::filesystem::path path;  // resolved; empty when refused
+  std::filesystem::path path;  // resolved. With 404: where it would lie, empty when that is taken
   int status = 200;            // 403 or 404 when refused
   std::string reason;          // for the page's developer
 };

@@ -1,23 +1,12 @@
 #include "trace/traceproxy.h"
 
-#include "kexbase/json_writer.h"
-#include "kexbase/values.h"
+#include "kexbase/trace_record.h"
 #include "trace/tracetarget.h"
 
 namespace ns_log {
 namespace {
 
 constexpr std::string_view kBriefStart = "_brief_,";
-
-bool IsKeyItem(std::string_view name) {
-  return name == "node_name" || name == "unique_id" || name == "result_code";
-}
-
-std::wstring GroupText(const base::DictionaryValue& group) {
-  std::string utf8;
-  base::JSONWriter::Write(base::Value(group), &utf8);
-  return base::UTF8ToWide(utf8);
-}
 
 }  // namespace
 
@@ -55,25 +44,13 @@ TraceItemView CTraceProxy::Item(std::size_t index) const {
 }
 
 std::wstring CTraceProxy::Record() const {
-  base::DictionaryValue key_group;
-  base::DictionaryValue others;
-  for (const TraceItem& item : items_) {
-    (IsKeyItem(item.name) ? key_group : others)
-        .Set(item.name, base::Value(base::WideToUTF8(item.value)));
-  }
-  std::wstring briefs;
+  base::TraceRecord record;
+  for (const TraceItem& item : items_) record.AddItem(item.name, item.value);
   for (std::size_t i = items_.size(); i < ItemCount(); ++i) {
-    const TraceItemView item = Item(i);
-    briefs += briefs.empty() ? L' ' : L',';
-    briefs += base::UTF8ToWide(item.name);
-    briefs += L'=';
-    briefs += item.value;
+    const TraceItemView brief = Item(i);
+    record.AddBrief(brief.name, brief.value);
   }
-  const std::wstring keys = GroupText(key_group);
-  const std::wstring rest = GroupText(others);
-  return base::NumberToWide(static_cast<std::int64_t>(keys.size())) + L'|' +
-         base::NumberToWide(static_cast<std::int64_t>(rest.size())) + L'|' +
-         base::NumberToWide(static_cast<std::int64_t>(briefs.size())) + keys + rest + briefs;
+  return record.Text();
 }
 
 }  // namespace ns_log

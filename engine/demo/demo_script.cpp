@@ -10,6 +10,7 @@ constexpr std::int64_t kDay = 24 * kHour;
 constexpr const wchar_t* kHarbor = L"harbor";
 constexpr const wchar_t* kLighthouse = L"lighthouse";
 constexpr const wchar_t* kMariner = L"mariner";
+constexpr const wchar_t* kTribe = L"";
 
 constexpr ScriptLine kLines[] = {
     {3 * kDay + 95, kHarbor, kLighthouse, L"Morning! Is the lamp fixed?"},
@@ -58,15 +59,36 @@ constexpr ScriptLine kLines[] = {
     {130, kLighthouse, kMariner, L"beam.png", biz::kMsgPicture, true},
     {128, kLighthouse, kMariner, L"Look for this one tonight.", biz::kMsgText, true},
 
+    {4 * kDay + 610, kHarbor, kTribe,
+     L"Ahoy everybody! One place for what concerns all three of us."},
+    {4 * kDay + 604, kLighthouse, kTribe, L"Good idea. The light wishes a calm week \U0001F305"},
+    {4 * kDay + 590, kMariner, kTribe, L"And the sea promises nothing \u2693"},
+    {3 * kDay + 120, kHarbor, kTribe, L"watch.txt", biz::kMsgFile},
+    {3 * kDay + 118, kHarbor, kTribe,
+     L"The week's tides, so that we plan the regatta with one table."},
+    {3 * kDay + 101, kMariner, kTribe,
+     L"Saturday before eleven, then. Later there is no water at the start."},
+    {3 * kDay + 98, kLighthouse, kTribe, L"I fire the starting gun from the gallery \U0001F4A5"},
+    {2 * kDay + 330, kLighthouse, kTribe, L"start.wav", biz::kMsgAudio},
+    {2 * kDay + 328, kLighthouse, kTribe, L"No gun to be had. You will have to start by the bell."},
+    {2 * kDay + 300, kMariner, kTribe, L"Zvon je lepší \U0001F514 even my crew wakes up from it"},
+    {kDay + 420, kMariner, kTribe, L"course.png", biz::kMsgPicture},
+    {kDay + 418, kMariner, kTribe, L"The last leg goes past the tower and into the sun."},
+    {kDay + 400, kHarbor, kTribe, L"好！ I put out the buoys on Friday evening."},
+    {31, kLighthouse, kTribe, L"With this fog: do we move the start?", biz::kMsgText, true},
+    {29, kMariner, kTribe, L"Let us see at six, with the bell.", biz::kMsgText, true},
+
     {6 * kDay, L"system", kHarbor, L"Welcome! Your messages are kept on this machine only.",
-     biz::kMsgText, true, link::Channel::kSystem},
+     biz::kMsgText, true, biz::kCIDSystem},
     {kDay + 30, L"coastguard", kHarbor, L"Weather for the coast: fog from the west by evening.",
-     biz::kMsgText, true, link::Channel::kSubscription},
+     biz::kMsgText, true, biz::kCIDSubscribe},
 };
 
 }  // namespace
 
 std::span<const ScriptLine> Script() { return kLines; }
+
+const wchar_t* TribeName() { return L"Regatta"; }
 
 const char* FileText() {
   return "Tides at the pier\n"

@@ -1,207 +1,172 @@
 #include "embedded/embedded_server.h"
 
+#include <chrono>
 #include <future>
 #include <stdexcept>
 #include <utility>
 
-#include "embedded/embedded_session.h"
+#include "kexbase/callback.h"
 #include "kexbase/strings.h"
-#include "kexbase/time.h"
 
-namespace imsdk::embedded {
+namespace imsdk {
+
+namespace embedded {
 
 namespace {
 
-// Each waiting login takes a tenth of a second of hashing; a longer queue helps nobody.
-constexpr int kMostHashesWaiting = 64;
+// The server's folder, made when it is missing.
+std::filesystem::path FolderIn(const base::FilePath& data) {
+  const std::string utf8 = data.AsUTF8();
+  const auto folder = std::filesystem::path(std::u8string(utf8.begin(), utf8.end())) / "server";
+  std::filesystem::create_directories(folder);
+  return folder;
+}
 
-std::int64_t Now() { return base::Time::Now().ToMilliseconds(); }
+// What accounts hold of the server. It may live longer, and then reaches nobody.
+class Door final : public link::ServerLink {
+ public:
+  Door(std::weak_ptr<Gate> gate, std::shared_ptr<base::TaskRunner> runner)
+      : gate_(std::move(gate)), runner_(std::move(runner)) {}
 
-biz::ResultCode UnknownUser() { return {biz::kEngineUnknownUser, 0, L"there is no such user"}; }
+  void Login(const link::LoginRequest& request, link::LoginCallback done) override {
+    runner_->PostTask(FROM_HERE,
+                      base::BindWeak(gate_, [request, done = std::move(done)](Gate& gate) {
+                        gate.Login(request, done);
+                      }));
+  }
+
+  void Connect(const link::ConnectRequest& request, link::ConnectCallback done) override {
+    runner_->PostTask(FROM_HERE,
+                      base::BindWeak(gate_, [request, done = std::move(done)](Gate& gate) {
+                        gate.Connect(request, done);
+                      }));
+  }
+
+ private:
+  const std::weak_ptr<Gate> gate_;
+  const std::shared_ptr<base::TaskRunner> runner_;
+};
 
 }  // namespace
 
-EmbeddedServer::EmbeddedServer(const ServerOptions& options)
-    : options_(options),
-      store_(std::make_unique<ServerStore>(options.file)),
-      desk_(*store_, options.withdraw_limit),
+Server::Server(const EmbeddedServerOptions& options, const HashCost& hash_cost)
+    : hash_cost_(hash_cost),
+      folder_(FolderIn(options.data)),
+      store_(folder_ / "server.db"),
+      desks_(store_, std::chrono::milliseconds(options.withdraw_limit_ms)),
+      files_(folder_ / "files"),
       store_thread_("ImServerStore"),
-      hash_thread_("ImServerHash"),
-      commit_([this]() -> sqlite::Database& { return store_->database(); },
+      commit_([this]() -> sqlite::Database& { return store_.database(); },
               [this] { OnStore([this] { commit_.Flush(); }); }) {
   if (!InitCredentials()) throw std::runtime_error("the system gives no random numbers");
-  room_ = std::make_shared<MailRoom>(*store_, desk_, commit_, store_thread_.task_runner());
-  if (!store_thread_.Start() || !hash_thread_.Start()) {
-    throw std::runtime_error("the system gives no threads");
-  }
+  const auto here = store_thread_.task_runner();
+  room_ = std::make_shared<MailRoom>(store_, desks_, commit_, files_, here);
+  gate_ = std::make_shared<Gate>(store_, commit_, *room_, here, options.token_life_ms);
+  if (!store_thread_.Start()) throw std::runtime_error("the system gives no threads");
 }
 
-EmbeddedServer::~EmbeddedServer() { Stop(); }
-
-void EmbeddedServer::Stop() {
-  hash_thread_.Stop();
+Server::~Server() {
+  gate_->Stop();
+  files_.Stop();
   OnStore([this] {
     room_->CloseAll();
     commit_.Flush();
   });
   store_thread_.Stop();
-  room_.reset();
-  store_.reset();
 }
 
-void EmbeddedServer::LoginByPassword(const biz::IMUserID& user, const std::wstring& password,
-                                     link::GrantCallback done) {
-  OnStore([this, user, password = base::WideToUTF8(password), done = std::move(done)] {
-    std::optional<StoredAccount> account;
-    const biz::ResultCode read = sqlite::Guarded([&] { account = store_->FindAccount(user); });
-    if (!read.ok()) return done(read, {});
-    if (!account || account->is_virtual()) return done(UnknownUser(), {});
-    Verify(user, *account, password, done);
-  });
+std::shared_ptr<link::ServerLink> Server::Link() {
+  return std::make_shared<Door>(gate_, store_thread_.task_runner());
 }
 
-void EmbeddedServer::Verify(const biz::IMUserID& user, const StoredAccount& account,
-                            std::string password, link::GrantCallback done) {
-  if (hashes_waiting_ >= kMostHashesWaiting) {
-    return done({biz::kEngineBusy, 0, L"too many logins are under way"}, {});
-  }
-  ++hashes_waiting_;
-  hash_thread_.task_runner()->PostTask(
-      FROM_HERE,
-      [this, user, account, password = std::move(password), done = std::move(done)]() mutable {
-        const bool good = VerifyPassword(account.password_hash, password);
-        --hashes_waiting_;
-        OnStore([this, good, user, id = account.id, done = std::move(done)] {
-          if (!good) return done({biz::kEngineWrongPassword, 0, L"the password is wrong"}, {});
-          Give(user, id, done);
-        });
-      });
-}
-
-void EmbeddedServer::LoginByToken(const biz::IMUserID& user, const std::wstring& token,
-                                  link::GrantCallback done) {
-  OnStore([this, user, token, done = std::move(done)] {
-    StoredAccount account;
-    const biz::ResultCode checked = CheckToken(user, token, &account);
-    if (!checked.ok()) return done(checked, {});
-    Give(user, account.id, done);
-  });
-}
-
-void EmbeddedServer::Give(const biz::IMUserID& user, std::int64_t account,
-                          link::GrantCallback done) {
-  const std::string token = NewToken();
-  const link::Grant grant{user, base::UTF8ToWide(token), Now() + options_.token_life_ms};
-  commit_.Add([this, account, hash = HashToken(token), expires = grant.expires](
-                  sqlite::Database&) { store_->AddToken(account, hash, expires, Now()); },
-              [grant, done = std::move(done)](const biz::ResultCode& stored) {
-                done(stored, stored.ok() ? grant : link::Grant{});
-              });
-}
-
-void EmbeddedServer::Connect(const biz::IMUserID& user, const std::wstring& token,
-                             const std::string& device,
-                             std::weak_ptr<link::SessionListener> listener,
-                             link::ConnectCallback done) {
-  OnStore([this, user, token, device, listener = std::move(listener), done = std::move(done)] {
-    room_->StoreAcknowledged();
-    commit_.Flush();
-    StoredAccount account;
-    biz::ResultCode result = CheckToken(user, token, &account);
-    StoredDevice known;
-    std::shared_ptr<link::Session> session;
-    if (result.ok()) {
-      result = sqlite::Guarded([&] {
-        known = store_->Device(account.id, device);
-        session = std::make_shared<EmbeddedSession>(
-            room_, store_thread_.task_runner(),
-            room_->Open({user, account.id, known.id}, known.acknowledged, listener));
-      });
-    }
-    done(result, session, known.acknowledged);
-  });
-}
-
-biz::ResultCode EmbeddedServer::CheckToken(const biz::IMUserID& user, const std::wstring& token,
-                                           StoredAccount* account) {
-  std::optional<StoredAccount> found;
-  bool good = false;
-  const biz::ResultCode read = sqlite::Guarded([&] {
-    found = store_->FindAccount(user);
-    good = found && store_->HasToken(found->id, HashToken(base::WideToUTF8(token)), Now());
-  });
-  if (!read.ok()) return read;
-  if (!found) return UnknownUser();
-  if (!good) return {biz::kEngineTokenExpired, 0, L"the token is over or was never given"};
-  *account = std::move(*found);
-  return {};
-}
-
-bool EmbeddedServer::HasAccounts() {
+bool Server::HasAccounts() {
   bool any = false;
-  DoOnStore([&] { any = store_->HasAccounts(); });
+  DoOnStore([&] { any = store_.accounts().Any(); });
   return any;
 }
 
-bool EmbeddedServer::CreateAccount(const biz::IMUserID& user, const std::wstring& password) {
-  const std::string hash = HashPassword(base::WideToUTF8(password), options_.hash_cost);
+bool Server::CreateAccount(const biz::IMUserID& user, const std::wstring& password) {
+  if (!user.valid()) return false;
+  const std::string hash = HashPassword(base::WideToUTF8(password), hash_cost_);
   bool added = false;
-  return !hash.empty() && DoOnStore([&] { added = store_->AddAccount(user, hash); }) && added;
+  return !hash.empty() && DoOnStore([&] { added = store_.accounts().Add(user, hash); }) && added;
 }
 
-std::wstring EmbeddedServer::IssueToken(const biz::IMUserID& user) {
-  const std::string token = NewToken();
-  bool known = false;
-  const bool stored = DoOnStore([&] {
-    const auto account = store_->FindAccount(user);
-    if (!account || account->is_virtual()) return;
-    store_->AddToken(account->id, HashToken(token), Now() + options_.token_life_ms, Now());
-    known = true;
-  });
-  return stored && known ? base::UTF8ToWide(token) : std::wstring();
+std::wstring Server::IssueToken(const biz::IMUserID& user) {
+  std::wstring token;
+  return DoOnStore([&] { token = gate_->IssueToken(user); }) ? token : std::wstring();
 }
 
-bool EmbeddedServer::Publish(const link::Message& message) {
-  std::promise<bool> answer;
+template <class Reply, class Request>
+Reply Server::Administer(const Request& request, bool* good) {
+  std::promise<Reply> answer;
+  *good = false;
   const bool posted = OnStore([&] {
-    room_->Change(
-        Caller{}, [message](PostDesk& desk, const Caller&) { return desk.Publish(message); },
-        [&](const biz::ResultCode& result, const Outcome&) { answer.set_value(result.ok()); });
+    room_->Administer(request, [&](const biz::ResultCode& result, const Reply& reply) {
+      *good = result.ok();
+      answer.set_value(reply);
+    });
     commit_.Flush();
   });
-  return posted && answer.get_future().get();
+  return posted ? answer.get_future().get() : Reply{};
 }
 
-bool EmbeddedServer::Seed(const std::vector<biz::IMUserID>& users, const std::wstring& password,
-                          const std::vector<link::Message>& messages) {
+bool Server::Publish(VirtualKind kind, const biz::IMUserID& from, const biz::IMUserID& to,
+                     const std::wstring& body) {
+  const bool known = kind == VirtualKind::kSystem || kind == VirtualKind::kSubscription;
+  if (!known || !from.valid() || body.empty()) return false;
+  const auto of = kind == VirtualKind::kSystem ? biz::kCIDSystem : biz::kCIDSubscribe;
+  bool good = false;
+  Administer<link::Nothing>(Publication{of, from, to, body}, &good);
+  return good;
+}
+
+biz::IMTribeID Server::CreateTribe(const NewTribe& tribe) {
+  bool good = false;
+  return Administer<biz::IMTribeID>(tribe, &good);
+}
+
+bool Server::Change(const SetMember& change) {
+  bool good = false;
+  Administer<link::Nothing>(change, &good);
+  return good;
+}
+
+bool Server::Change(const SetOpenHistory& change) {
+  bool good = false;
+  Administer<link::Nothing>(change, &good);
+  return good;
+}
+
+bool Server::Seed(const Seeding& seeding,
+                  const std::function<void(const std::vector<link::Message>&)>& before_commit) {
   std::vector<std::string> hashes;
-  for (std::size_t i = 0; i < users.size(); ++i) {
-    hashes.push_back(HashPassword(base::WideToUTF8(password), options_.hash_cost));
+  for (std::size_t i = 0; i < seeding.users.size(); ++i) {
+    hashes.push_back(HashPassword(base::WideToUTF8(seeding.password), hash_cost_));
     if (hashes.back().empty()) return false;
   }
-  return DoOnStore([&] {
-    sqlite::Transaction transaction(store_->database());
-    for (std::size_t i = 0; i < users.size(); ++i) store_->AddAccount(users[i], hashes[i]);
-    for (const link::Message& message : messages) {
-      if (message.channel != link::Channel::kSingleChat) {
-        store_->AddAccount(message.from, {}, message.channel);
-      }
-      const auto sender = store_->FindAccount(message.from);
-      const auto receiver = store_->FindAccount(message.to);
-      if (!sender || !receiver) throw sqlite::Error("a message names an unknown account");
-      const std::int64_t row = store_->mail().Add(sender->id, receiver->id, message);
-      store_->mail().AddEntry({receiver->id, EntryKind::kMessage, row, sender->id, {}, 0});
+  for (const PastMessage& past : seeding.messages) {
+    for (const link::File& file : past.message.files) {
+      const auto from = seeding.files.find(file.name);
+      if (from == seeding.files.end()) return false;
+      std::promise<bool> kept;
+      files_.Receive({from->second, file, {}},
+                     [&](const biz::ResultCode& result) { kept.set_value(result.ok()); });
+      if (!kept.get_future().get()) return false;
     }
-    store_->SetAllAcknowledged();
+  }
+  return DoOnStore([&] {
+    sqlite::Transaction transaction(store_.database());
+    before_commit(WritePast(store_, desks_, seeding, hashes));
     transaction.Commit();
   });
 }
 
-bool EmbeddedServer::OnStore(const std::function<void()>& task) {
+bool Server::OnStore(const std::function<void()>& task) {
   return store_thread_.task_runner()->PostTask(FROM_HERE, task);
 }
 
-bool EmbeddedServer::DoOnStore(const std::function<void()>& work) {
+bool Server::DoOnStore(const std::function<void()>& work) {
   std::promise<bool> answer;
   const bool posted = OnStore([&] {
     commit_.Flush();
@@ -210,4 +175,16 @@ bool EmbeddedServer::DoOnStore(const std::function<void()>& work) {
   return posted && answer.get_future().get();
 }
 
-}  // namespace imsdk::embedded
+}  // namespace embedded
+
+std::unique_ptr<EmbeddedServer> StartEmbeddedServer(const EmbeddedServerOptions& options,
+                                                    std::string* error) {
+  try {
+    return std::make_unique<embedded::Server>(options);
+  } catch (const std::exception& failure) {
+    *error = failure.what();
+    return nullptr;
+  }
+}
+
+}  // namespace imsdk

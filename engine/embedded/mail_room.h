@@ -1,15 +1,18 @@
-// The sessions of the embedded server: what they ask for, and what is pushed to them.
+// The sessions of the embedded server, and the one way of everything that is asked of it: from a
+// session or from the administration to a desk, by a shared commit, and on to those who hear of it.
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
+#include <string>
 #include <utility>
 
-#include "embedded/post_desk.h"
+#include "embedded/desks.h"
+#include "embedded/feeds.h"
+#include "embedded/file_room.h"
+#include "embedded/outcome.h"
 #include "embedded/server_store.h"
 #include "kexbase/task_runner.h"
 #include "link/server_link.h"
@@ -21,60 +24,69 @@ namespace imsdk::embedded {
 // called there too.
 class MailRoom : public std::enable_shared_from_this<MailRoom> {
  public:
-  // Asks the desk for something, inside a transaction.
-  using Work = std::function<Outcome(PostDesk&, const Caller&)>;
-  using Done = std::function<void(const biz::ResultCode&, const Outcome&)>;
-
-  MailRoom(ServerStore& store, PostDesk& desk, sqlite::GroupCommit& commit,
+  MailRoom(ServerStore& store, Desks& desks, sqlite::GroupCommit& commit, FileRoom& files,
            std::shared_ptr<base::TaskRunner> here);
 
-  // Begins a session and returns its number. Its first batch comes with a later task. May throw
-  // `sqlite::Error`.
-  std::int64_t Open(const Caller& caller, std::int64_t acknowledged,
+  // Begins a session behind a position and returns its number. Its first batch comes with a later
+  // task. May throw `sqlite::Error`.
+  std::int64_t Open(const Caller& caller, Position after, bool placeless,
                     std::weak_ptr<link::SessionListener> listener);
-  // Has `work` done for a session with the next commit and tells the sessions concerned.
-  void Change(std::int64_t session, Work work, Done done);
-  // The same for nobody's session.
-  void Change(const Caller& caller, Work work, Done done);
-  void Signal(std::int64_t session, const biz::IMUserID& peer, std::int32_t status);
-  void GetHistory(std::int64_t session, const link::HistoryRequest& request,
-                  link::HistoryCallback done);
-  void GetRoaming(std::int64_t session, const link::RoamingCallback& done);
-  void Acknowledge(std::int64_t session, std::int64_t upto);
+  void Ask(std::int64_t session, link::Request request);
+  void Acknowledge(std::int64_t session, const std::string& position);
   // Ends a session by its client's wish. False when there is none.
   bool Close(std::int64_t session);
   // Ends every session because the server stops.
   void CloseAll();
+
+  // Has a desk answer nobody's session. `done` takes the result and the reply.
+  template <class Request, class Done>
+  void Administer(Request request, Done done) {
+    Carry(0, {}, std::make_shared<const Request>(std::move(request)), std::move(done));
+  }
+  // The account has everything up to a position, on one of its devices.
+  void NoteAcknowledged(std::int64_t account, Position position);
   // Puts acknowledgements that are known but not yet stored into the store's queue.
   void StoreAcknowledged();
 
  private:
-  struct Client {
-    Caller who;
-    std::weak_ptr<link::SessionListener> listener;
-    std::int64_t began = 0;   // newest position when the session began: up to it all is offline
-    std::int64_t pushed = 0;  // position up to which entries were pushed
-    std::deque<std::int64_t> open;  // ends of the batches that wait for their acknowledgement
-    // Requests for history that wait until everything was pushed, so that a message comes as new
-    // before it comes as history.
-    std::deque<std::pair<link::HistoryRequest, link::HistoryCallback>> asked;
-  };
+  template <class Request, class Done>
+  void Carry(std::int64_t session, const Caller& caller, std::shared_ptr<const Request> request,
+             Done done) {
+    using Answered = decltype(desks_.Answer(caller, *request));
+    const auto outcome = std::make_shared<Answered>();
+    commit_.Add([this, caller, request,
+                 outcome](sqlite::Database&) { *outcome = desks_.Answer(caller, *request); },
+                [this, session, outcome, done = std::move(done)](const biz::ResultCode& stored) {
+                  if (!stored.ok()) *outcome = Answered(stored);
+                  auto answer = [outcome, done] { done(outcome->result, outcome->reply); };
+                  if (outcome->effects.after_news) {
+                    feeds_.AfterNews(session, answer);
+                  } else {
+                    answer();
+                  }
+                  feeds_.Note(outcome->effects);
+                  if (outcome->effects.typing) feeds_.Signal(*outcome->effects.typing, session);
+                });
+  }
 
-  // Pushes to the account's sessions soon; what is taken meanwhile goes along.
-  void PushSoon(std::int64_t account);
-  void Push(std::int64_t account);
-  void PushTo(Client& client);
-  void AnswerAsked(Client& client);
+  template <class Operation>
+  void Serve(std::int64_t session, link::Asked<Operation> asked);
+  void Serve(std::int64_t session, link::Asked<link::Upload> asked);
+  void Serve(std::int64_t session, link::Asked<link::Download> asked);
+  void Serve(std::int64_t session, link::Asked<link::Logout> asked);
+  // Has the session's desk answer; `kEngineNotLoggedIn` when the session is over.
+  template <class Operation, class Done>
+  void CarryFor(std::int64_t session, std::shared_ptr<const Operation> operation, Done done);
 
   ServerStore& store_;
-  PostDesk& desk_;
+  Desks& desks_;
   sqlite::GroupCommit& commit_;
+  FileRoom& files_;
   const std::shared_ptr<base::TaskRunner> here_;
+  Feeds feeds_;
   std::int64_t last_session_ = 0;
-  std::map<std::int64_t, Client> clients_;                      // by session
-  std::set<std::pair<std::int64_t, std::int64_t>> by_account_;  // account, session
-  std::set<std::int64_t> push_soon_;
-  std::map<std::int64_t, std::int64_t> acknowledged_;  // not yet stored, by device
+  std::map<std::int64_t, Caller> sessions_;
+  std::map<std::int64_t, Position> acknowledged_;  // not yet stored, by account
 };
 
 }  // namespace imsdk::embedded

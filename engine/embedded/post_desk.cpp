@@ -1,24 +1,28 @@
 #include "embedded/post_desk.h"
 
 #include <algorithm>
+#include <map>
 #include <string>
 
+#include "embedded/address_book.h"
+#include "embedded/file_room.h"
 #include "kexbase/strings.h"
-#include "kexbase/time.h"
 
 namespace imsdk::embedded {
 
 namespace {
 
-Outcome Failure(biz::EngineCode code, std::wstring text) {
-  return {{code, 0, std::move(text)}, 0, {}};
+// Identifiers of published messages: the millisecond, and a count below it.
+constexpr int kPublishedBits = 20;
+
+biz::ResultCode UnknownMessage() {
+  return Failure(biz::kEngineNotFound, L"there is no such message");
 }
 
-Outcome UnknownUser() { return Failure(biz::kEngineUnknownUser, L"there is no such user"); }
-Outcome UnknownMessage() { return Failure(biz::kEngineNotFound, L"there is no such message"); }
+biz::ResultCode TooLarge() { return Failure(biz::kEngineTooLarge, L"the message is too large"); }
 
-bool IsTooLarge(const link::Message& message) {
-  return base::WideToUTF8(message.body).size() > link::kMaxBodyBytes;
+bool IsTooLarge(const std::wstring& body) {
+  return base::WideToUTF8(body).size() > link::kMaxBodyBytes;
 }
 
 std::wstring InWords(std::chrono::milliseconds time) {
@@ -27,111 +31,150 @@ std::wstring InWords(std::chrono::milliseconds time) {
   return std::to_wstring(seconds / 60) + (seconds == 60 ? L" minute" : L" minutes");
 }
 
+Stream OfAccount(std::int64_t account) { return {Stream::Kind::kAccount, account}; }
+
 }  // namespace
 
 PostDesk::PostDesk(ServerStore& store, std::chrono::milliseconds withdraw_limit)
-    : store_(store), withdraw_limit_(withdraw_limit), last_time_(store.NewestTime()) {}
+    : store_(store),
+      withdraw_limit_(withdraw_limit),
+      last_published_((store.mail().NewestTime() + 1) << kPublishedBits) {}
 
-std::int64_t PostDesk::Now() {
-  return last_time_ = std::max(last_time_, base::Time::Now().ToMilliseconds());
+void PostDesk::Tell(Effects& effects, const NewEntry& entry) {
+  effects.news.push_back({entry.stream, store_.mail().AddEntry(entry), entry.device});
 }
 
-void PostDesk::Tell(Outcome& outcome, const NewEntry& entry) {
-  store_.mail().AddEntry(entry);
-  outcome.push.push_back(entry.account);
+bool PostDesk::MayName(const Caller& caller, const link::File& file) {
+  // A name that promises another content would spoil the file that its receiver has or waits for.
+  return DigestOf(file) == file.address &&
+         (store_.files().HasUploaded(caller.account, file.address) ||
+          store_.files().WasSent(caller.account, file.address));
 }
 
-Outcome PostDesk::Deliver(const Caller& caller, link::Message message) {
-  if (IsTooLarge(message)) return Failure(biz::kEngineTooLarge, L"the message is too large");
-  if (const auto known = store_.mail().Find(caller.account, message.msgid)) {
-    return {{}, known->svrtime, {}};
+Outcome<link::Delivered> PostDesk::Accept(const Sending& sending, std::int64_t receiver,
+                                          link::Message message) {
+  message.svrtime = store_.Now();
+  const Position place = store_.mail().Add(sending, message);
+  Outcome<link::Delivered> outcome(
+      link::Delivered{link::Step::kArchived, message.svrtime, std::to_string(place)});
+  if (receiver == 0) {
+    const Stream stream{Stream::Kind::kTribeMessages, sending.conversation};
+    outcome.effects.news.push_back({stream, place, sending.device});
+    return outcome;
   }
-  const auto receiver = store_.FindAccount(message.to);
-  if (!receiver || receiver->is_virtual()) return UnknownUser();
-  message.svrtime = Now();
-  const std::int64_t row = store_.mail().Add(caller.account, receiver->id, message);
-  Outcome outcome{{}, message.svrtime, {}};
-  const NewEntry entry{receiver->id, EntryKind::kMessage, row, caller.account, {}, 0};
-  if (receiver->id != caller.account) Tell(outcome, entry);
-  if (store_.HasOtherDevices(caller.account, caller.device)) {
-    Tell(outcome, {caller.account, EntryKind::kMessage, row, receiver->id, {}, caller.device});
+  NewEntry entry{OfAccount(receiver), EntryKind::kMessage, sending.conversation, place};
+  if (receiver != sending.sender) Tell(outcome.effects, entry);
+  if (store_.accounts().HasOtherDevices(sending.sender, sending.device)) {
+    entry.stream = OfAccount(sending.sender);
+    entry.device = sending.device;
+    if (sending.device != 0) Tell(outcome.effects, entry);
   }
   return outcome;
 }
 
-Outcome PostDesk::Withdraw(const Caller& caller, const biz::IMUserID& peer, std::int64_t msgid) {
-  const auto receiver = store_.FindAccount(peer);
-  const auto known = store_.mail().Find(caller.account, msgid);
-  if (!receiver || !known || known->receiver != receiver->id) return UnknownMessage();
+Outcome<link::Delivered> PostDesk::Answer(const Caller& caller, const link::Deliver& request) {
+  const link::Message& message = request.message;
+  if (IsTooLarge(message.body)) return TooLarge();
+  Found found = FindConversation(store_, caller, message.cid);
+  if (!found.result.ok()) return found.result;
+  if (message.cid.is_virtual()) return UnknownUser();
+  if (found.conversation == 0) {
+    found.conversation = store_.conversations().MakePair(caller.account, found.peer);
+  }
+  if (const auto known = store_.mail().Find(found.conversation, caller.account, message.msgid)) {
+    return link::Delivered{link::Step::kArchived, known->svrtime, std::to_string(known->position)};
+  }
+  if (!std::all_of(message.files.begin(), message.files.end(),
+                   [&](const link::File& file) { return MayName(caller, file); })) {
+    return Failure(biz::kEngineNotFound, L"the server has no such file of this account");
+  }
+  return Accept({found.conversation, caller.account, caller.device}, found.peer, message);
+}
+
+Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::Withdraw& request) {
+  const Found found = FindConversation(store_, caller, request.cid);
+  if (request.cid.is_tribe() && !found.result.ok()) return found.result;
+  const auto known = store_.mail().Find(found.conversation, caller.account, request.msgid);
+  if (!known) return UnknownMessage();
   if (known->withdrawn) return {};
-  if (Now() - known->svrtime > withdraw_limit_.count()) {
+  if (store_.Now() - known->svrtime > withdraw_limit_.count()) {
     return Failure(biz::kEngineRefused, L"a message can be taken back only within " +
                                             InWords(withdraw_limit_) + L" after it was sent");
   }
-  store_.mail().Withdraw(known->row);
-  Outcome outcome;
-  NewEntry entry{caller.account, EntryKind::kWithdrawal, known->row, receiver->id, {}, 0};
-  Tell(outcome, entry);
-  if (receiver->id == caller.account) return outcome;
-  entry.account = receiver->id;
-  entry.peer = caller.account;
-  Tell(outcome, entry);
+  store_.mail().Withdraw(known->position);
+  Outcome<link::Nothing> outcome;
+  NewEntry entry{OfAccount(caller.account), EntryKind::kWithdrawal, found.conversation,
+                 known->position};
+  if (request.cid.is_tribe()) entry.stream = {Stream::Kind::kTribe, found.conversation};
+  Tell(outcome.effects, entry);
+  if (request.cid.is_tribe() || found.peer == caller.account) return outcome;
+  entry.stream = OfAccount(found.peer);
+  Tell(outcome.effects, entry);
   return outcome;
 }
 
-Outcome PostDesk::ReportRead(const Caller& caller, const biz::IMUserID& peer,
-                             const std::vector<std::int64_t>& msgids) {
-  const auto sender = store_.FindAccount(peer);
-  if (!sender || sender->is_virtual()) return UnknownUser();
-  NewEntry entry{sender->id, EntryKind::kPeerRead, 0, caller.account, {}, 0};
-  for (const std::int64_t msgid : msgids) {
-    if (store_.mail().SetRead(sender->id, caller.account, msgid)) entry.numbers.push_back(msgid);
+Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::ReportRead& request) {
+  const Found found = FindConversation(store_, caller, request.cid);
+  if (!found.result.ok()) return found.result;
+  if (request.cid.is_virtual()) return UnknownUser();
+  std::map<std::int64_t, std::vector<std::int64_t>> by_sender;
+  for (const std::int64_t msgid : request.msgids) {
+    for (const std::int64_t sender :
+         store_.mail().SetRead(found.conversation, caller.account, msgid)) {
+      by_sender[sender].push_back(msgid);
+    }
   }
-  Outcome outcome;
-  if (!entry.numbers.empty()) Tell(outcome, entry);
-  return outcome;
-}
-
-Outcome PostDesk::MarkRead(const Caller& caller, const biz::IMUserID& peer,
-                           const biz::IMMsgPosition& upto) {
-  const auto account = store_.FindAccount(peer);
-  if (!account) return UnknownUser();
-  Outcome outcome;
-  if (store_.HasOtherDevices(caller.account, caller.device) &&
-      store_.mail().AdvanceRead(caller.account, account->id, upto, caller.device)) {
-    outcome.push.push_back(caller.account);
+  Outcome<link::Nothing> outcome;
+  for (auto& [sender, msgids] : by_sender) {
+    Tell(outcome.effects, {OfAccount(sender), EntryKind::kPeerRead, found.conversation, 0,
+                           caller.account, std::move(msgids)});
   }
   return outcome;
 }
 
-Outcome PostDesk::SetRoaming(const Caller& caller, std::int32_t status) {
-  if (status != biz::kRoamingOff && status != biz::kRoamingOn) {
-    return Failure(biz::kEngineRefused, L"there is no such status");
+Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::MarkRead& request) {
+  Found found = FindConversation(store_, caller, request.cid);
+  if (!found.result.ok()) return found.result;
+  if (!store_.accounts().HasOtherDevices(caller.account, caller.device)) return {};
+  if (found.conversation == 0) {
+    found.conversation = store_.conversations().MakePair(caller.account, found.peer);
   }
-  const auto account = store_.FindAccount(caller.user);
-  if (!account) return UnknownUser();
-  biz::IMRoamStatus roaming = account->roaming;
-  if (roaming.roamstatus == status) return {};
-  roaming.roamstatus = status;
-  // Later than everything that was taken before.
-  if (status == biz::kRoamingOn) roaming.opentime = last_time_ = Now() + 1;
-  store_.SetRoaming(account->id, roaming);
-  return {};
+  Outcome<link::Nothing> outcome;
+  if (const auto position = store_.mail().AdvanceRead(caller.account, found.conversation,
+                                                      request.upto, caller.device)) {
+    outcome.effects.news.push_back({OfAccount(caller.account), *position, caller.device});
+  }
+  return outcome;
 }
 
-Outcome PostDesk::Publish(link::Message message) {
-  if (IsTooLarge(message)) return Failure(biz::kEngineTooLarge, L"the message is too large");
-  const auto receiver = store_.FindAccount(message.to);
+Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::SendTyping& request) {
+  if (!request.cid.is_user()) {
+    return Failure(biz::kEngineRefused, L"typing is told between users only");
+  }
+  const Found found = FindConversation(store_, caller, request.cid);
+  if (!found.result.ok()) return found.result;
+  Outcome<link::Nothing> outcome;
+  outcome.effects.typing = {found.peer, biz::IMConversationID(caller.user), request.status};
+  return outcome;
+}
+
+Outcome<link::Nothing> PostDesk::Answer(const Caller& /*nobody*/, const Publication& request) {
+  if (IsTooLarge(request.body)) return TooLarge();
+  const auto receiver = store_.accounts().Find(request.to);
   if (!receiver || receiver->is_virtual()) return UnknownUser();
-  store_.AddAccount(message.from, {}, message.channel);
-  const auto sender = store_.FindAccount(message.from);
-  if (sender->channel != message.channel) {
+  store_.accounts().Add(request.from, {}, request.kind);
+  const auto sender = store_.accounts().Find(request.from);
+  if (sender->kind != request.kind) {
     return Failure(biz::kEngineRefused, L"the sender is a user of another kind");
   }
-  message.svrtime = Now();
-  const std::int64_t row = store_.mail().Add(sender->id, receiver->id, message);
-  Outcome outcome{{}, message.svrtime, {}};
-  Tell(outcome, {receiver->id, EntryKind::kMessage, row, sender->id, {}, 0});
+  link::Message message;
+  message.msgtime = store_.Now();
+  message.msgid = last_published_ =
+      std::max(last_published_ + 1, message.msgtime << kPublishedBits);
+  message.body = request.body;
+  const std::int64_t conversation = store_.conversations().MakePair(sender->id, receiver->id);
+  Outcome<link::Nothing> outcome;
+  outcome.effects = Accept({conversation, sender->id, 0}, receiver->id, message).effects;
   return outcome;
 }
 

@@ -2,148 +2,81 @@
 
 #include <algorithm>
 
+#include "kexbase/time.h"
+
 namespace imsdk::embedded {
 
 namespace {
 
 constexpr const char* kSchema[] = {R"sql(
+  -- `kind` is that of a conversation with the account: 0 for a user, others are virtual.
   CREATE TABLE accounts(
-    id INTEGER PRIMARY KEY, appkey TEXT NOT NULL, nick TEXT NOT NULL,
+    id INTEGER PRIMARY KEY, appkey TEXT NOT NULL, nick TEXT NOT NULL, kind INTEGER NOT NULL,
     password_hash TEXT NOT NULL, acknowledged INTEGER NOT NULL DEFAULT 0,
+    roaming INTEGER NOT NULL DEFAULT 1, roam_opened INTEGER NOT NULL DEFAULT 0,
     UNIQUE(appkey, nick));
   CREATE TABLE tokens(
     hash TEXT PRIMARY KEY, account INTEGER NOT NULL, expires INTEGER NOT NULL) WITHOUT ROWID;
   CREATE INDEX tokens_by_end ON tokens(expires);
+  CREATE TABLE devices(
+    id INTEGER PRIMARY KEY, account INTEGER NOT NULL, name TEXT NOT NULL, UNIQUE(account, name));
+
+  -- Two accounts, the one with the smaller number first, or a tribe.
+  CREATE TABLE conversations(
+    id INTEGER PRIMARY KEY, first INTEGER NOT NULL, second INTEGER NOT NULL,
+    tribe INTEGER NOT NULL, UNIQUE(first, second, tribe));
+  CREATE TABLE tribes(
+    id INTEGER PRIMARY KEY, conversation INTEGER NOT NULL, name TEXT NOT NULL,
+    owner INTEGER NOT NULL, open_history INTEGER NOT NULL DEFAULT 0);
+  CREATE TABLE stays(
+    account INTEGER NOT NULL, until INTEGER NOT NULL, conversation INTEGER NOT NULL,
+    joined INTEGER NOT NULL, PRIMARY KEY(account, until, conversation)) WITHOUT ROWID;
+
+  -- Messages and entries share one count of positions. A stream is an account's, or a tribe's under
+  -- its conversation's number below zero. A tribe's messages are in no stream but their own order.
   CREATE TABLE messages(
-    position INTEGER PRIMARY KEY AUTOINCREMENT,
-    sender INTEGER NOT NULL, receiver INTEGER NOT NULL, msgid INTEGER NOT NULL,
+    position INTEGER PRIMARY KEY, conversation INTEGER NOT NULL, sender INTEGER NOT NULL,
+    device INTEGER NOT NULL, previous INTEGER NOT NULL, msgid INTEGER NOT NULL,
     msgtime INTEGER NOT NULL, svrtime INTEGER NOT NULL, msgtype INTEGER NOT NULL,
     body TEXT NOT NULL, others TEXT NOT NULL, fixmsgread INTEGER NOT NULL,
-    autochatmsg INTEGER NOT NULL, syschatmsg INTEGER NOT NULL,
-    UNIQUE(sender, msgid));
-  CREATE INDEX messages_for ON messages(receiver, position);
-)sql",
-                                   R"sql(
-  -- Positions go on counting where they were, now for entries.
-  ALTER TABLE accounts ADD COLUMN channel INTEGER NOT NULL DEFAULT 0;
-  ALTER TABLE accounts ADD COLUMN roaming INTEGER NOT NULL DEFAULT 1;
-  ALTER TABLE accounts ADD COLUMN roam_opened INTEGER NOT NULL DEFAULT 0;
-  CREATE TABLE devices(
-    id INTEGER PRIMARY KEY, account INTEGER NOT NULL, name TEXT NOT NULL,
-    acknowledged INTEGER NOT NULL, UNIQUE(account, name));
-  ALTER TABLE messages ADD COLUMN withdrawn INTEGER NOT NULL DEFAULT 0;
-  ALTER TABLE messages ADD COLUMN read INTEGER NOT NULL DEFAULT 0;
-  DROP INDEX messages_for;
-  CREATE INDEX messages_between ON messages(
-    min(sender, receiver), max(sender, receiver), msgtime, msgid, svrtime);
+    autochatmsg INTEGER NOT NULL, syschatmsg INTEGER NOT NULL, files INTEGER NOT NULL,
+    withdrawn INTEGER NOT NULL DEFAULT 0, read INTEGER NOT NULL DEFAULT 0,
+    UNIQUE(conversation, msgid, sender));
+  CREATE INDEX messages_of ON messages(conversation);
+  CREATE INDEX messages_by_time ON messages(conversation, svrtime);
+  CREATE INDEX messages_by_sender ON messages(conversation, sender);
   CREATE TABLE entries(
-    position INTEGER PRIMARY KEY AUTOINCREMENT,
-    account INTEGER NOT NULL, kind INTEGER NOT NULL, message INTEGER NOT NULL,
-    peer INTEGER NOT NULL, numbers TEXT NOT NULL, device INTEGER NOT NULL);
-  CREATE INDEX entries_for ON entries(account, position);
-  INSERT INTO entries
-    SELECT position, receiver, 0, position, sender, '', 0 FROM messages WHERE sender<>receiver
-    ORDER BY position;
+    position INTEGER PRIMARY KEY, stream INTEGER NOT NULL, kind INTEGER NOT NULL,
+    conversation INTEGER NOT NULL, message INTEGER NOT NULL, actor INTEGER NOT NULL,
+    numbers TEXT NOT NULL, device INTEGER NOT NULL);
+  CREATE INDEX entries_of ON entries(stream, position);
   CREATE TABLE reads(
-    account INTEGER NOT NULL, peer INTEGER NOT NULL, msgtime INTEGER NOT NULL,
-    msgid INTEGER NOT NULL, entry INTEGER NOT NULL, PRIMARY KEY(account, peer)) WITHOUT ROWID;
+    account INTEGER NOT NULL, conversation INTEGER NOT NULL, msgtime INTEGER NOT NULL,
+    msgid INTEGER NOT NULL, entry INTEGER NOT NULL,
+    PRIMARY KEY(account, conversation)) WITHOUT ROWID;
+
+  CREATE TABLE message_files(
+    message INTEGER NOT NULL, number INTEGER NOT NULL, name TEXT NOT NULL, address TEXT NOT NULL,
+    size INTEGER NOT NULL, PRIMARY KEY(message, number)) WITHOUT ROWID;
+  CREATE INDEX messages_with ON message_files(address);
+  CREATE TABLE uploads(
+    address TEXT NOT NULL, account INTEGER NOT NULL, PRIMARY KEY(address, account)) WITHOUT ROWID;
 )sql"};
 
 }  // namespace
 
-ServerStore::ServerStore(const std::filesystem::path& file) : database_(file), mail_(database_) {
+PreparedDatabase::PreparedDatabase(const std::filesystem::path& file)
+    : sqlite::Database(file, sqlite::Locking::kExclusive) {
   // What is taken back leaves no copy in a page that is free.
-  database_.Execute("PRAGMA secure_delete=ON");
-  sqlite::Migrate(database_, kSchema);
+  Execute("PRAGMA secure_delete=ON");
+  sqlite::Migrate(*this, kSchema);
 }
 
-std::optional<StoredAccount> ServerStore::FindAccount(const biz::IMUserID& user) {
-  auto row = database_.Prepare(
-      "SELECT id, password_hash, channel, roam_opened, roaming FROM accounts "
-      "WHERE appkey=? AND nick=?",
-      user.appkey, user.nick);
-  if (!row.Step()) return std::nullopt;
-  return StoredAccount{row.Int64(0),
-                       row.Text(1),
-                       static_cast<link::Channel>(row.Int32(2)),
-                       {row.Int64(3), row.Int32(4)}};
-}
+ServerStore::ServerStore(const std::filesystem::path& file)
+    : database_(file), last_time_(std::max(mail_.NewestTime(), accounts_.NewestOpenTime())) {}
 
-bool ServerStore::HasAccounts() { return database_.Prepare("SELECT 1 FROM accounts").Step(); }
-
-bool ServerStore::AddAccount(const biz::IMUserID& user, const std::string& password_hash,
-                             link::Channel channel) {
-  database_
-      .Prepare(
-          "INSERT OR IGNORE INTO accounts(appkey, nick, password_hash, channel) VALUES(?,?,?,?)",
-          user.appkey, user.nick, password_hash, static_cast<std::int64_t>(channel))
-      .Run();
-  return database_.Changes() == 1;
-}
-
-void ServerStore::SetRoaming(std::int64_t account, const biz::IMRoamStatus& roaming) {
-  database_
-      .Prepare("UPDATE accounts SET roaming=?, roam_opened=? WHERE id=?", roaming.roamstatus,
-               roaming.opentime, account)
-      .Run();
-}
-
-std::int64_t ServerStore::NewestTime() {
-  auto row = database_.Prepare("SELECT max(roam_opened) FROM accounts");
-  return std::max(mail_.NewestTime(), row.Step() ? row.Int64(0) : 0);
-}
-
-StoredDevice ServerStore::Device(std::int64_t account, const std::string& name) {
-  for (;;) {
-    {
-      auto row = database_.Prepare(
-          "SELECT id, acknowledged FROM devices WHERE account=? AND name=?", account, name);
-      if (row.Step()) return {row.Int64(0), row.Int64(1)};
-    }
-    database_
-        .Prepare(
-            "INSERT INTO devices(account, name, acknowledged) "
-            "SELECT id, ?, acknowledged FROM accounts WHERE id=?",
-            name, account)
-        .Run();
-  }
-}
-
-bool ServerStore::HasOtherDevices(std::int64_t account, std::int64_t device) {
-  return database_.Prepare("SELECT 1 FROM devices WHERE account=? AND id<>?", account, device)
-      .Step();
-}
-
-void ServerStore::SetAcknowledged(std::int64_t device, std::int64_t position) {
-  database_
-      .Prepare("UPDATE devices SET acknowledged=max(acknowledged, ?) WHERE id=?", position, device)
-      .Run();
-  database_
-      .Prepare(
-          "UPDATE accounts SET acknowledged=max(acknowledged, ?) "
-          "WHERE id=(SELECT account FROM devices WHERE id=?)",
-          position, device)
-      .Run();
-}
-
-void ServerStore::SetAllAcknowledged() {
-  database_
-      .Prepare("UPDATE accounts SET acknowledged=coalesce((SELECT max(position) FROM entries), 0)")
-      .Run();
-}
-
-void ServerStore::AddToken(std::int64_t account, const std::string& hash, std::int64_t expires,
-                           std::int64_t now) {
-  database_.Prepare("DELETE FROM tokens WHERE expires<=?", now).Run();
-  database_
-      .Prepare("INSERT INTO tokens(hash, account, expires) VALUES(?,?,?)", hash, account, expires)
-      .Run();
-}
-
-bool ServerStore::HasToken(std::int64_t account, const std::string& hash, std::int64_t now) {
-  return database_
-      .Prepare("SELECT 1 FROM tokens WHERE hash=? AND account=? AND expires>?", hash, account, now)
-      .Step();
+std::int64_t ServerStore::Now() {
+  return last_time_ = std::max(last_time_, base::Time::Now().ToMilliseconds());
 }
 
 }  // namespace imsdk::embedded

@@ -136,13 +136,12 @@ void Migrate(Database& database, const char* const* steps, std::size_t count) {
     if (query.Step()) version = query.Int64(0);
   }
   if (version == static_cast<std::int64_t>(count)) return;
-  if (version < 0 || version > static_cast<std::int64_t>(count)) {
-    throw Error("the store was made by a later version");
+  if (version != 0) {
+    throw Error("the store has version " + std::to_string(version) +
+                ", this program uses version " + std::to_string(count));
   }
   Transaction transaction(database);
-  for (auto step = static_cast<std::size_t>(version); step < count; ++step) {
-    database.Execute(steps[step]);
-  }
+  for (std::size_t step = 0; step < count; ++step) database.Execute(steps[step]);
   database.Execute(("PRAGMA user_version=" + std::to_string(count)).c_str());
   transaction.Commit();
 }

@@ -112,8 +112,8 @@ class Transaction {
   bool open_ = true;
 };
 
-// Brings the schema up to date: step N takes it from version N to N + 1. Throws `Error` for a file
-// that a later version made.
+// Makes the schema of a fresh file, whose version is then the number of `steps`. Throws `Error` for
+// a store of any other version.
 template <std::size_t N>
 void Migrate(Database& database, const char* const (&steps)[N]);
 void Migrate(Database& database, const char* const* steps, std::size_t count);

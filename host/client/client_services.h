@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "chat_windows.h"
+#include "client/chat_windows.h"
 #include "client/translation.h"
 #include "imsdk/client/dynamic_content.h"
 #include "imsdk/client/emotion_list.h"

@@ -101,7 +101,7 @@ Pixels Fit(Pixels pixels) {
 biz::ResultCode Edit(const std::filesystem::path& data, const base::FilePath& file,
                      const std::wstring& md5, base::FilePath* edited) {
   const FoundFile found = FindInside(data / "files", data, base::WideToUTF8(file.value()));
-  const auto content = found.path.empty() ? std::nullopt : ReadFile(found.path, kLargestFile);
+  const auto content = found.status == 200 ? ReadFile(found.path, kLargestFile) : std::nullopt;
   if (!content) return {biz::kEngineNotFound, 0, L"there is no such picture"};
   if (!md5.empty() && base::MD5String(*content) != base::WideToUTF8(md5)) {
     return {E_INVALIDARG, 0, L"the picture is another one"};

@@ -1,6 +1,7 @@
 #include "server/http_session.h"
 
 #include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/bind_handler.hpp>
 #include <boost/beast/http/file_body.hpp>
 #include <boost/beast/http/read.hpp>
@@ -9,7 +10,7 @@
 #include <boost/beast/websocket/rfc6455.hpp>
 #include <utility>
 
-#include "host_trace.h"
+#include "log/host_trace.h"
 #include "server/view.h"
 
 namespace imsdk::host {
@@ -68,14 +69,33 @@ void HttpSession::OnRead(boost::system::error_code failure) {
   }
   const HttpRequest request = Request();
   if (!WebRoutes::IsChannel(request)) {
-    // A body would be read as the next request, so nothing follows it.
-    const bool keep_alive = parser_->get().keep_alive() && parser_->is_done();
-    return Write(server_.routes.Answer(request), keep_alive);
+    const HttpAnswer answer = server_.routes.Answer(request);
+    return answer.fetch.empty() ? Answer(answer) : FetchFirst(answer.fetch);
   }
   ChannelRequest channel = server_.routes.CheckChannel(request);
   if (channel.refusal) return Refuse(*channel.refusal);
   if (channel.nick.empty()) return BecomeView({});
   OpenView(channel.nick);
+}
+
+void HttpSession::Answer(const HttpAnswer& answer) {
+  // A body would be read as the next request, so nothing follows it.
+  Write(answer, parser_->get().keep_alive() && parser_->is_done());
+}
+
+// The request waits for the file or for the end of patience, whichever comes first, and is answered
+// with what is there then.
+void HttpSession::FetchFirst(const std::string& path) {
+  stream_.expires_never();
+  const auto limit = std::make_shared<asio::steady_timer>(strand_, server_.options.longest_fetch);
+  limit->async_wait([self = shared_from_this(), limit](boost::system::error_code) {
+    self->Answer(self->server_.routes.Answer(self->Request()));
+  });
+  server_.parts.backend.Fetch(path, [strand = strand_, late = std::weak_ptr(limit)] {
+    asio::post(strand, [late] {
+      if (const auto waiting = late.lock()) waiting->cancel();
+    });
+  });
 }
 
 void HttpSession::OpenView(const std::string& nick) {

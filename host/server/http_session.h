@@ -8,9 +8,9 @@
 #include <memory>
 #include <optional>
 
-#include "backend.h"
+#include "page/backend.h"
 #include "server/server_state.h"
-#include "web_routes.h"
+#include "server/web_routes.h"
 
 namespace imsdk::host {
 
@@ -27,6 +27,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   void Read();
   void OnRead(boost::system::error_code failure);
   HttpRequest Request() const;
+  void Answer(const HttpAnswer& answer);
+  void FetchFirst(const std::string& path);
   void OpenView(const std::string& nick);
   void OnLogin(LoginOutcome outcome);
   void BecomeView(biz::IMUserID account);

@@ -8,7 +8,7 @@
 #include <thread>
 #include <utility>
 
-#include "host_trace.h"
+#include "log/host_trace.h"
 #include "server/http_session.h"
 #include "server/server_state.h"
 #include "server/view.h"

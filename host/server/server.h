@@ -1,17 +1,18 @@
 // The host's HTTP and WebSocket server.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "backend.h"
-#include "chat_windows.h"
+#include "client/chat_windows.h"
 #include "client/translation.h"
 #include "kexcore/logger.h"
-#include "run_token.h"
+#include "page/backend.h"
+#include "server/run_token.h"
 
 namespace imsdk::host {
 
@@ -21,6 +22,7 @@ struct ServerOptions {
   std::filesystem::path data;             // pages may have what lies in its folder "files"
   std::size_t longest_frame = 64u << 20;  // bytes of one frame of a page
   std::size_t longest_queue = 64u << 20;  // bytes that wait for a slow page before it is cut off
+  std::chrono::milliseconds longest_fetch{20'000};  // before a file counts as missing
 };
 
 // What the server works with. Everything lives longer than the server.

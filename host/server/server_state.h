@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "server/server.h"
-#include "web_routes.h"
+#include "server/web_routes.h"
 
 namespace imsdk::host {
 

@@ -5,7 +5,7 @@
 #include <exception>
 #include <utility>
 
-#include "host_trace.h"
+#include "log/host_trace.h"
 
 namespace imsdk::host {
 namespace asio = boost::asio;

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "imsdk/biz/user_id.h"
-#include "page.h"
+#include "page/page.h"
 #include "server/server_state.h"
 #include "server/strand_runner.h"
 

@@ -1,9 +1,14 @@
 // The bridge manager: starts and stops the library's business layer.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace imsdk::bridge {
+
+// Receives a text, UTF-8. It is the library's and ends with the call; `context` is the caller's
+// own.
+using TextSink = void (*)(void* context, const char* text, std::size_t size);
 
 // Made once by the host through the factory. Any one thread. The order of the operations is part
 // of the contract.
@@ -16,6 +21,11 @@ class IIMBridgeMgr {
   virtual std::int32_t Init() = 0;
   // Stops the business layer. Bridges that are still bound keep serving; no new ones can be bound.
   virtual void Uninit() = 0;
+  // Describes the whole protocol to pages: hands one OpenRPC document, a JSON text, to `sink`
+  // before it returns. Every module's methods and notifications stand in it with the JSON schemas
+  // of what they take and give; "x-notifications" lists the latter. Needs no `Init`. Returns 0,
+  // E_POINTER without a sink, or E_OUTOFMEMORY when no text can be made.
+  virtual std::int32_t Describe(TextSink sink, void* context) = 0;
 
  protected:
   ~IIMBridgeMgr() = default;

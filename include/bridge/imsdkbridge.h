@@ -36,12 +36,50 @@ struct PageBinding {
 
 // The bridge of one browser view. The order of the operations is part of the contract.
 //
-// Life: create it through the factory, `BindPage` once, any number of `JsInvoke`, `UnbindPage`
-// when the view closes or reloads (a reloaded page gets a new bridge), `Release`. Answers that
-// come after `UnbindPage` go nowhere.
-//
 // Threads: all but `AddRef` and `Release` run on the view's task runner. After `UnbindPage` the
-// bridge may be released anywhere. Calls that come before `BindPage` are dropped.
+// bridge may be released anywhere.
+//
+// The life of a bridge
+//
+//   Create it through the factory, `BindPage` once, any number of `JsInvoke`, `UnbindPage`,
+//   `Release`. Calls before `BindPage` and after `UnbindPage` are dropped: neither carried out nor
+//   answered.
+//   - The page reloads: `UnbindPage`, and a new bridge under a new `browserId` for the new page. An
+//     answer that the old page waited for goes nowhere, whatever sequence identifiers the new page
+//     uses.
+//   - The page is gone, also without a word: `UnbindPage`, as long as the runner still runs tasks.
+//     A bridge whose last reference is given back unbinds itself.
+//   - The host stops: first every bridge is unbound, then the manager is uninitialised, then the
+//     engine ends. What the engine answers after that finds no page.
+//
+// The life of a call
+//
+//   `JsInvoke` carries one call and tells the page nothing by itself. Every call that reaches a
+//   module is answered exactly once, through `IPageHandler::DeliverAnswer` on the view's thread:
+//   - Early: the answer was there at once. It is delivered before `JsInvoke` returns, so a handler
+//     must expect an answer inside its own call.
+//   - Late: the engine answers on a thread of its own; the answer posts itself to the runner. After
+//     half a second it is traced as slow, and is delivered all the same.
+//   - Twice: the first answer counts. A second one does nothing.
+//   - Never: an engine that drops its callback answers with `E_UNEXPECTED` and no text.
+//   - A method that the module does not have is answered with `E_NOTIMPL`.
+//   - "im.event_register" and "im.event_notify" are answered by the bridge, at once.
+//
+//   These calls are not answered; a page guards itself by a timeout of its own:
+//   - `method` does not begin with "workbench.im.", names a routing path that is not there, or ends
+//     in something else than ".invoke" and is none of the two above.
+//   - The sequence identifier is empty. The call is carried out.
+//   - `browserId` is not the bridge's own. The call is not carried out; should an older call wait
+//     under the same sequence identifier, that one is answered with `E_NOTIMPL`.
+//   - A later call came under the same sequence identifier while this one was open: one record
+//     stands for both, and the answer that comes first is delivered.
+//
+//   The bridge keeps at most 1,000,000 open calls and 64,000,000 characters of their texts. Over
+//   that the oldest ones are answered with `E_UNEXPECTED`; the engine may still carry them out.
+//
+//   `UnbindPage` answers nothing. What the engine does for an open call goes on; its answer, traced
+//   as an error, is dropped. It holds a reference to the bridge until then. A runner that takes no
+//   tasks any more loses the answers that were posted to it.
 class IIMSDKBridge {
  public:
   virtual void AddRef() = 0;
@@ -50,11 +88,16 @@ class IIMSDKBridge {
   // events. Returns 0, E_POINTER without a handler or runner, or E_UNEXPECTED when it was bound
   // before.
   virtual std::int32_t BindPage(const PageBinding& binding) = 0;
-  // Carries one call. Its answer comes through the page handler, possibly before this returns.
-  // Never throws.
+  // Carries one call, as told above. Never throws.
   virtual void JsInvoke(const SdkParam& sdkParam) = 0;
-  // Drops the page handler, the modules and their subscriptions. Safe to call twice.
+  // Drops the page handler, the modules and their subscriptions: nothing reaches the page from here
+  // on. Safe to call twice, and from inside a call of the page handler.
   virtual void UnbindPage() = 0;
+  // While the page handler is given a notification: the routing path of the module that sends it.
+  // Several modules may send notifications of one name. Empty at any other time, and while the
+  // handler is given an event that a page raised. View's thread; the text is the bridge's and lasts
+  // as long as that delivery.
+  virtual const wchar_t* NotifyingPath() const = 0;
 
  protected:
   ~IIMSDKBridge() = default;

@@ -33,10 +33,6 @@ class FilePath {
   // root, empty for an empty path and for a mere drive.
   FilePath BaseName() const;
 
-  // All but the last component, without separators at its end: "a/b" for "a/b/c", the root for what
-  // lies directly in it, empty for "c".
-  FilePath DirName() const;
-
   // From the last "." of the last component on, "." included: ".png". Empty when there is none and
   // for names whose only "." begins them (".profile", ".", "..").
   std::wstring Extension() const;

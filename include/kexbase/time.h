@@ -13,7 +13,6 @@ class TimeTicks {
   constexpr TimeTicks() = default;
   static TimeTicks Now();
 
-  constexpr int64_t ToMicroseconds() const { return microseconds_; }
   constexpr int64_t ToMilliseconds() const { return microseconds_ / 1000; }
 
   friend constexpr bool operator==(TimeTicks a, TimeTicks b) {
@@ -36,7 +35,6 @@ class Time {
   constexpr Time() = default;
   static Time Now();
 
-  constexpr int64_t ToMicroseconds() const { return microseconds_; }
   constexpr int64_t ToMilliseconds() const { return microseconds_ / 1000; }
 
   friend constexpr bool operator==(Time a, Time b) { return a.microseconds_ == b.microseconds_; }

@@ -133,8 +133,6 @@ class Value {
 
   bool is_null() const { return type_ == Type::kNull; }
   bool is_bool() const { return type_ == Type::kBool; }
-  bool is_int() const { return type_ == Type::kInt64 || type_ == Type::kUint64; }
-  bool is_double() const { return type_ == Type::kDouble; }
   bool is_string() const { return type_ == Type::kString; }
   bool is_dict() const { return type_ == Type::kDictionary; }
   bool is_list() const { return type_ == Type::kList; }

@@ -24,10 +24,6 @@ constexpr std::array<uint32_t, 256> kDigits = MakeDigits();
 
 uint32_t Digit(char c) { return kDigits[static_cast<unsigned char>(c)]; }
 
-uint32_t Byte(std::string_view data, size_t i) {
-  return i < data.size() ? static_cast<unsigned char>(data[i]) : 0;
-}
-
 // Four characters as 24 bits; one that is not of the alphabet sets kForeign.
 uint32_t Group(std::string_view four) {
   const uint32_t bits =
@@ -56,19 +52,6 @@ bool DecodeLast(std::string_view four, std::string* out) {
 }
 
 }  // namespace
-
-std::string Base64Encode(std::string_view data) {
-  std::string text;
-  text.resize((data.size() + 2) / 3 * 4);
-  size_t at = 0;
-  for (size_t i = 0; i < data.size(); i += 3) {
-    const uint32_t bits = Byte(data, i) << 16 | Byte(data, i + 1) << 8 | Byte(data, i + 2);
-    for (int shift = 18; shift >= 0; shift -= 6) text[at++] = kAlphabet[bits >> shift & 63];
-  }
-  const size_t padding = (3 - data.size() % 3) % 3;
-  text.replace(text.size() - padding, padding, padding, '=');
-  return text;
-}
 
 bool Base64Decode(std::string_view text, std::string* out) {
   out->clear();

@@ -60,13 +60,6 @@ FilePath FilePath::BaseName() const {
   return FilePath(std::wstring(ShortRoot(path).substr(internal::DriveLength(path))));
 }
 
-FilePath FilePath::DirName() const {
-  const View path = WithoutTrailingSeparators(value_);
-  const View parent = WithoutTrailingSeparators(path.substr(0, LastComponent(path)));
-  if (parent.size() == RootLength(parent)) return FilePath(std::wstring(ShortRoot(parent)));
-  return FilePath(std::wstring(parent));
-}
-
 std::wstring FilePath::Extension() const {
   const std::wstring name = BaseName().value();
   const size_t dot = name.rfind(L'.');

@@ -6,8 +6,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include "kexbase/strings.h"
-#include "kexbase/utf.h"
+#include "kexbase/json_string.h"
 
 namespace base {
 
@@ -17,7 +16,9 @@ namespace rapidjson = internal::rapidjson;
 
 template <class Writer>
 bool WriteText(const std::string& text, Writer* writer) {
-  return writer->String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  std::string string;
+  AppendJSONString(text, &string);
+  return writer->RawValue(string.data(), string.size(), rapidjson::kStringType);
 }
 
 template <class Writer>
@@ -83,13 +84,7 @@ bool JSONWriter::WriteWithOptions(const Value& value, int options, std::string* 
   const bool pretty = (options & OPTIONS_PRETTY_PRINT) != 0;
   out->clear();
   if (!(pretty ? WriteTo<Pretty>(value, &buffer) : WriteTo<Compact>(value, &buffer))) return false;
-  const std::string_view text(buffer.GetString(), buffer.GetSize());
-  // What is ill-formed stands inside strings, between ASCII characters, which stay.
-  if (IsValidUTF8(text)) {
-    out->assign(text);
-  } else {
-    *out = internal::ReplaceInvalidUTF8(text);
-  }
+  out->assign(buffer.GetString(), buffer.GetSize());
   return true;
 }
 

@@ -66,32 +66,6 @@ size_t PutWide(char32_t code, wchar_t* out) {
   return 1;
 }
 
-size_t PutUTF8(char32_t code, char* out) {
-  const auto tail = [code](int shift) {
-    return static_cast<char>(0x80 | ((code >> shift) & 0x3F));
-  };
-  if (code < 0x80) {
-    out[0] = static_cast<char>(code);
-    return 1;
-  }
-  if (code < 0x800) {
-    out[0] = static_cast<char>(0xC0 | code >> 6);
-    out[1] = tail(0);
-    return 2;
-  }
-  if (code < 0x10000) {
-    out[0] = static_cast<char>(0xE0 | code >> 12);
-    out[1] = tail(6);
-    out[2] = tail(0);
-    return 3;
-  }
-  out[0] = static_cast<char>(0xF0 | code >> 18);
-  out[1] = tail(12);
-  out[2] = tail(6);
-  out[3] = tail(0);
-  return 4;
-}
-
 char32_t OrReplacement(char32_t code) { return code == kInvalid ? kReplacement : code; }
 
 // A long text is given its room at once; a short one fits a piece and is allocated exactly.

@@ -60,6 +60,33 @@ inline char32_t NextWide(const wchar_t** at, const wchar_t* end) {
   return unit > 0x10FFFF || (unit >= 0xD800 && unit <= 0xDFFF) ? kInvalid : unit;
 }
 
+// Writes `code` to `out`, which has room for four bytes; gives how many they are.
+inline size_t PutUTF8(char32_t code, char* out) {
+  const auto tail = [code](int shift) {
+    return static_cast<char>(0x80 | ((code >> shift) & 0x3F));
+  };
+  if (code < 0x80) {
+    out[0] = static_cast<char>(code);
+    return 1;
+  }
+  if (code < 0x800) {
+    out[0] = static_cast<char>(0xC0 | code >> 6);
+    out[1] = tail(0);
+    return 2;
+  }
+  if (code < 0x10000) {
+    out[0] = static_cast<char>(0xE0 | code >> 12);
+    out[1] = tail(6);
+    out[2] = tail(0);
+    return 3;
+  }
+  out[0] = static_cast<char>(0xF0 | code >> 18);
+  out[1] = tail(12);
+  out[2] = tail(6);
+  out[3] = tail(0);
+  return 4;
+}
+
 // The length in bytes of the longest part of `text`, from its beginning, that is well-formed UTF-8.
 size_t ValidUTF8Prefix(std::string_view text);
 

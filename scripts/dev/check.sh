@@ -47,12 +47,22 @@ check_platform_conditions() {
   return 1
 }
 
+# An include folder shows what a room may see; a way upwards leads past all of them.
+check_ways_upwards() {
+  our_files '*.h' '*.cpp' | xargs -r grep -n -E '^[[:space:]]*#[[:space:]]*include "\.\./' >&2 || return 0
+  return 1
+}
+
 check_pages() { (cd web && npm run --silent check) </dev/null; }
+
+check_generated() { (set -- --check && . scripts/dev/generate.sh); }
 
 check 'formatting' check_format
 check 'clang-tidy' check_tidy
 check 'platform conditions' check_platform_conditions
+check 'includes by "../"' check_ways_upwards
 check 'pages' check_pages
+check 'generated files' check_generated
 
 [ -z "$bad" ] || die "these checks failed:${bad#,}"
 say 'all checks passed'

@@ -16,9 +16,10 @@ run_ctest asan
 build tsan imsdk_thread_tests
 run_ctest tsan --label-regex '^threads$'
 
-run_page_tests 'page packages' test
 BRIDGEHOST="$PWD/build/debug/bin/bridgehost"
 export BRIDGEHOST
+count_step 'generated files' node web/scripts/generate.mjs --check
+run_page_tests 'page packages' test
 run_page_tests 'end to end' e2e
 
 print_totals

@@ -70,6 +70,14 @@ count_program() {
     }' "$1"
 }
 
+# count_step NAME COMMAND...: one check that counts like a test.
+count_step() {
+  name=$1
+  shift
+  say "testing: $name"
+  if "$@"; then add_totals "$name" 1 0 0; else add_totals "$name" 0 1 0; fi
+}
+
 # run_page_tests NAME SCRIPT: an npm script of web/ whose runner ends with its totals.
 run_page_tests() {
   say "testing: $1"

@@ -29,14 +29,6 @@ check_imports() {
 
 run_example() { in_wine scripts/dev/wine-run.sh "$PWD/$package/bin/embed.exe"; }
 
-# count_step NAME COMMAND...: one check that counts like a test.
-count_step() {
-  name=$1
-  shift
-  say "testing: $name"
-  if "$@"; then add_totals "$name" 1 0 0; else add_totals "$name" 0 1 0; fi
-}
-
 collect_package() {
   rm -rf "$package" build/imsdkbridge-windows.zip
   mkdir -p "$package/bin" "$package/lib" "$package/examples"

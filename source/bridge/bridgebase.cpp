@@ -3,9 +3,7 @@
 #include <algorithm>
 
 #include "kexbase/json_reader.h"
-#include "kexbase/location.h"
 #include "kexcom/result.h"
-#include "source/bridge/jsparams/idrecords.h"
 #include "source/bridge/jsparams/secretfree.h"
 
 namespace imsdk::bridge {
@@ -41,20 +39,11 @@ std::optional<base::Value> CBridgeBase::ReadRequest(const MethodRow& row,
                                                     const std::wstring& jsonStr,
                                                     const AnswerCallback& answer) {
   auto json = base::JSONReader::Read(base::WideToUTF8(jsonStr));
-  if (!json) {
-    ns_log::CTraceProxy(ns_log::kError, row.site, L"invalid!")
-        .Brief("_brief_,jsonStr", SecretFree(jsonStr));
-    answer(E_INVALIDARG, AnswerText({E_INVALIDARG, 0, L"invalid!"}, NoKeys{}));
-  }
-  return json;
-}
-
-void CBridgeBase::RunOnView(std::function<void()> task) const {
-  const auto& runner = context_.channel->runner();
-  if (runner->RunsTasksOnCurrentThread()) return task();
-  runner->PostTask(
-      FROM_HERE,
-      base::BindWeak(weak_from_this(), [run = std::move(task)](const CBridgeBase&) { run(); }));
+  if (json && (row.request->kind != JsonKind::kList || json->is_list())) return json;
+  ns_log::CTraceProxy(ns_log::kError, row.site, row.invalid)
+      .Brief("_brief_,jsonStr", SecretFree(jsonStr));
+  answer(E_INVALIDARG, AnswerText({E_INVALIDARG, 0, row.invalid}));
+  return std::nullopt;
 }
 
 }  // namespace imsdk::bridge

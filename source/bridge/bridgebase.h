@@ -1,6 +1,7 @@
 // The common shape of the business modules.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -8,12 +9,9 @@
 #include <string_view>
 
 #include "imsdk/biz/account.h"
-#include "kexbase/callback.h"
 #include "kexbase/values.h"
+#include "source/bridge/accountfeed.h"
 #include "source/bridge/answercallback.h"
-#include "source/bridge/jsparams/record.h"
-#include "source/bridge/pagechannel.h"
-#include "source/bridge/sdkeventmgr.h"
 #include "trace/traceproxy.h"
 
 namespace imsdk {
@@ -25,17 +23,17 @@ class CAccountIsolator {
   // Called once, before the module serves calls: looks up services that no account owns.
   virtual void OwnerPreConstruct() {}
 
-  // Sets the account the module works for, or none.
-  void SetAccount(const biz::IMUserID& account) {
+  // Sets the account the module works for, or none. `engine` is null while it is not logged in.
+  void SetAccount(const biz::IMUserID& account, biz::IIMAccount* engine) {
     appkey_ = account.appkey;
     nick_ = account.nick;
-    OnAccountChanged();
+    OnAccountChanged(engine);
   }
   biz::IMUserID Account() const { return {appkey_, nick_}; }
 
  protected:
-  // The account is another one now: subscribe to its events.
-  virtual void OnAccountChanged() {}
+  // The account is another one now: get its services.
+  virtual void OnAccountChanged(biz::IIMAccount* /*engine*/) {}
 
  private:
   std::wstring appkey_;
@@ -55,11 +53,15 @@ class IJSInvokeHandler {
 
 class CBridgeBase;
 
-// One row of a module's method table.
+// One row of a module's method table: a method and what serves it. Static.
 struct MethodRow {
   std::string_view name;   // ASCII
   std::wstring_view text;  // the name as the text of the input trace
+  const char* sentence;    // for the page's developer
+  const TypeInfo* request;
+  const TypeInfo* answer;  // the keys behind the envelope's, or what stands under "result"
   ns_log::TraceSite site;
+  const wchar_t* invalid;  // the answer to a request that cannot be used
   void (*run)(CBridgeBase& module, const MethodRow& row, const std::wstring& jsonStr,
               AnswerCallback answer);
 };
@@ -67,9 +69,13 @@ struct MethodRow {
 // What a bridge gives its modules.
 struct ModuleContext {
   std::shared_ptr<PageChannel> channel;
+  // Puts the view into the feeds of `account`. Any thread; a login calls it before any event of
+  // the account is raised.
+  std::function<std::shared_ptr<const Attachment>(const biz::IMUserID& account)> attach;
   // Makes `account` (or none) the account of the bridge and of all its modules. View's thread;
   // does nothing once the bridge is gone.
-  std::function<void(const biz::IMUserID& account)> set_account;
+  std::function<void(const biz::IMUserID& account, std::shared_ptr<const Attachment> attached)>
+      set_account;
 };
 
 // A module is made, used and released on the view's thread. Engine callbacks into it hold a weak
@@ -78,49 +84,33 @@ class CBridgeBase : public IJSInvokeHandler,
                     public CAccountIsolator,
                     public std::enable_shared_from_this<CBridgeBase> {
  public:
-  explicit CBridgeBase(ModuleContext context) : context_(std::move(context)) {}
+  // `notifications` are those that the module sends, and `feed` makes what it hears of its account.
+  explicit CBridgeBase(ModuleContext context, NotifyList notifications = {},
+                       CAccountFeed::Make feed = nullptr)
+      : context_(std::move(context)),
+        source_{std::make_shared<Listener>(context_.channel, notifications), feed} {}
 
   bool JsInvoke(const std::wstring& bizmethod, const std::wstring& jsonparam,
                 AnswerCallback answer) final;
 
-  // The names of the notifications that the module sends.
-  virtual std::span<const std::wstring_view> Notifications() const { return {}; }
+  virtual std::span<const MethodRow> Methods() const { return {}; }
+  Listener& listener() const { return *source_.listener; }
+  const FeedSource& source() const { return source_; }
 
   // Writes the line with which every handler begins.
   static void TraceInput(const MethodRow& row, const std::wstring& jsonStr);
-  // The request's JSON, or nothing after an "invalid!" was traced and answered.
+  // The request's JSON, or nothing when it cannot be used; that is traced and answered.
   static std::optional<base::Value> ReadRequest(const MethodRow& row, const std::wstring& jsonStr,
                                                 const AnswerCallback& answer);
 
  protected:
-  virtual std::span<const MethodRow> Methods() const = 0;
-
-  // Sends a notification if the page registered for it; its JSON is not made otherwise. Any thread.
-  template <IsRecord R>
-  void Notify(std::wstring_view event, const R& record) const {
-    if (context_.channel->IsRegistered(event)) context_.channel->Notify(event, RecordText(record));
-  }
-
-  // Runs `task` on the view's thread if the module is still there: at once when called there.
-  void RunOnView(std::function<void()> task) const;
-
-  // Connects `handler(M&, …)` of module `M` to an event, until the module is released or `events()`
-  // is cleared.
-  template <class M, class Sig, class Handler>
-  void Subscribe(base::event<Sig>& event, Handler handler) {
-    const std::weak_ptr<M> self = std::static_pointer_cast<M>(shared_from_this());
-    events_.Holder(event)->Connect(base::BindWeak(self, std::move(handler)));
-  }
-  // The same for a member function.
-  template <class M, class Sig, class Handler>
-  void Subscribe(base::event<Sig>& event, Handler M::*handler) {
-    Subscribe<M, Sig, Handler M::*>(event, handler);
-  }
+  // The module's own subscriptions, which end with it.
   CSdkEventMgr& events() { return events_; }
   const ModuleContext& context() const { return context_; }
 
  private:
   const ModuleContext context_;
+  const FeedSource source_;
   CSdkEventMgr events_;
 };
 

@@ -1,52 +1,74 @@
-// What single chats and virtual conversations have in common: new messages, local history, unread
-// counts.
+// What all modules with conversations have in common: new messages, history, search, sending.
 #pragma once
 
 #include <functional>
 #include <vector>
 
-#include "imsdk/biz/single_chat.h"
+#include "imsdk/biz/chat_mgr.h"
+#include "source/bridge/jsparams/contentrecords.h"
 #include "source/bridge/jsparams/hisrecords.h"
+#include "source/bridge/jsparams/sendrecords.h"
 #include "source/bridge/methodtable.h"
 
 namespace imsdk::bridge {
 
-// The base of the modules whose conversations are named by a user. View's thread.
+// The base of the modules whose messages belong to conversations. Its member functions serve every
+// form (jsparams/form.h); the rows are in conversationrows.h. View's thread.
 class CBridgeConversation : public CBridgeBase {
  public:
   using CBridgeBase::CBridgeBase;
-  using Conversation = RefPtr<biz::IIMConversation>;
+  using Chat = RefPtr<biz::IIMConversation>;
+  using ChatMgr = RefPtr<biz::IIMChatMgr>;
+  using PageCall = Call<biz::IMMessagePage>;
 
-  void GetNewMsg(const HisMsgRequest& request, Conversation chat, Call<biz::IMMessagePage> call);
-  void PeekNewMsg(const HisMsgRequest& request, Conversation chat, Call<biz::IMMessagePage> call);
-  void GetLocalHisMsg(const HisMsgRequest& request, Conversation chat,
-                      Call<biz::IMMessagePage> call);
-  void GetUnreadCount(const CidRequest& request, Conversation chat, Call<CountAnswer> call);
-  void GetUnreadCountInBulk(const CidsRequest& request, Call<UnreadsAnswer> call);
-  void SetMsgRead(const CidRequest& request, Conversation chat, Call<NoKeys> call);
-  void GetReadedBoundary(const CidRequest& request, Conversation chat,
-                         Call<biz::IMMsgPosition> call);
-  void DeleteLocalMsg(const DeleteMsgRequest& request, Conversation chat, Call<CountAnswer> call);
+  biz::ResultCode Find(const biz::IMConversationID& cid, Chat* chat, const CallBase& call) const;
+  biz::ResultCode Find(ChatMgr* mgr) const;
 
-  // The target of a handler: the conversation of the request's "cid".
-  template <class Request>
-  biz::ResultCode Find(const Request& request, Conversation* chat, const CallBase& call) {
-    return FindConversation(request.cid, chat, call);
+  // New messages.
+  void GetNewMsg(const In<biz::IMPageRequest>& request, Chat chat, PageCall call);
+  void GetOfflineMsg(const In<biz::IMNothing>& request, Chat chat, PageCall call);
+
+  // History and content: bridgeconversationhis.cpp.
+  // Answers the messages that `kFetch` of the conversation gets.
+  template <auto kFetch, class Request>
+  void Fetch(const In<Request>& request, Chat chat, PageCall call) {
+    (chat.get()->*kFetch)(request, RspFetchMsg(std::move(call)));
   }
+  void DeleteLocalMsg(const In<biz::IMDeleteRequest>& request, Chat chat, Call<biz::IMCount> call);
+  void SearchDBMsg(const In<biz::IMSearchRequest>& request, Chat chat, Call<SearchAnswer> call);
+  void SearchDBMsg2(const In<biz::IMSearchRequest>& request, ChatMgr mgr, Call<SearchAnswer> call);
+  void SearchDBMsgCid(const SearchCidRequest& request, ChatMgr mgr, Call<SearchCidAnswer> call);
+  void GetDynamicMsg(const DynamicMsgRequest& request, Call<DynamicMsgAnswer> call);
+
+  // Sending: bridgeconversationsend.cpp.
+  template <bool kAutoReply>
+  void SendMsg(const In<SendMsgRequest>& request, Chat chat, Call<> call) {
+    Send(request, kAutoReply, std::move(chat), std::move(call));
+  }
+  void SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr, Call<> call);
+  void ForwardChatMsg(const ForwardMsgRequest& request, ChatMgr mgr, Call<> call);
+  template <bool kAtOnce>
+  void ReSendMsg(const In<biz::IMMsgRequest>& request, Chat chat, Call<> call) {
+    ReSend({request.msgid, kAtOnce}, std::move(chat), std::move(call));
+  }
+  void EditPic2SendMsg(const EditPicRequest& request, ChatMgr mgr, Call<> call);
+  void ConvertMsgText2Emotion(const EmotionText& request, Call<EmotionText> call);
 
  protected:
-  // The account's conversation, null when there is none.
-  virtual Conversation GetConversation(const biz::IMUserID& cid) const = 0;
-  // The account's conversations, nothing while nobody is logged in.
-  virtual std::vector<biz::IMUnreadCount> GetConversations() const = 0;
-  virtual bool IsReady() const = 0;
-
-  // Returns what marks as read what a person can see when it is called. Any thread may call it.
-  std::function<void()> MarkSeen(const Conversation& chat, const CallBase& call) const;
+  void OnAccountChanged(biz::IIMAccount* engine) override;
+  // The account's manager of the form's conversations.
+  virtual ChatMgr ChatMgrOf(biz::IIMAccount& account) const = 0;
 
  private:
-  biz::ResultCode FindConversation(const biz::IMUserID& cid, Conversation* chat,
-                                   const CallBase& call) const;
+  // Returns what marks as read what a person can see when it is called. Any thread may call it.
+  std::function<void()> MarkSeen(const Chat& chat, const CallBase& call) const;
+  static void Send(const In<SendMsgRequest>& request, bool autoreply, Chat chat, Call<> call);
+  static void ReSend(const biz::IMResendRequest& request, Chat chat, Call<> call);
+  // Answers with messages that had to be fetched, then runs `then`.
+  static biz::IMCallback<biz::IMMessagePage> RspFetchMsg(PageCall call,
+                                                         std::function<void()> then = nullptr);
+
+  ChatMgr mgr_;  // of the current account, or null
 };
 
 }  // namespace imsdk::bridge

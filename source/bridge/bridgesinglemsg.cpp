@@ -1,180 +1,111 @@
-#include "source/bridge/bridgesinglemsg.h"
-
+// Business module "im.singlemsg": one-to-one chats.
 #include <utility>
 
+#include "imsdk/client/translation.h"
 #include "kexcore/kexcom.h"
-#include "source/bridge/sendercheck.h"
+#include "source/bridge/bridgemodules.h"
+#include "source/bridge/bridgesinglefeed.h"
+#include "source/bridge/conversationform.h"
+#include "source/bridge/conversationrows.h"
 
 namespace imsdk::bridge {
 namespace {
 
-using ns_log::CTraceProxy;
+constexpr wchar_t kAudio2textRemind[] =
+    L"Audio messages can be shown as text. The settings have a switch for it.";
 
-constexpr char kSource[] = "source\\bridge\\bridgesinglemsg";
+class CBridgeSingleMsg final : public ConversationModule<SingleForm> {
+ public:
+  static constexpr Name kName = "CBridgeSingleMsg";
+  static constexpr char kSource[] = "source\\bridge\\bridgesinglemsg";
 
-constexpr std::wstring_view kOnReceiveNewMsg = L"onReceiveNewMsg";
-constexpr std::wstring_view kOnReceiveOfflineMsg = L"onReceiveOfflineMsg";
-constexpr std::wstring_view kOnSendNewMsg = L"onSendNewMsg";
-constexpr std::wstring_view kOnSendMsgStatus = L"onSendMsgStatus";
-constexpr std::wstring_view kOnPeerInputNotify = L"onPeerInputNotify";
-constexpr std::wstring_view kOnShakeMsgNotify = L"onShakeMsgNotify";
-constexpr std::wstring_view kOnTranslateMsgNotify = L"onTranslateMsgNotify";
-constexpr std::wstring_view kOnTranslateSettingNotify = L"onTranslateSettingNotify";
-constexpr std::wstring_view kOnFlagMyMsgReaded = L"onFlagMyMsgReaded";
-constexpr std::wstring_view kOnMsgWithdrawNty = L"onMsgWithdrawNty";
-constexpr std::wstring_view kNotifications[] = {
-    kOnReceiveNewMsg,   kOnReceiveOfflineMsg, kOnSendNewMsg,         kOnSendMsgStatus,
-    kOnPeerInputNotify, kOnShakeMsgNotify,    kOnTranslateMsgNotify, kOnTranslateSettingNotify,
-    kOnFlagMyMsgReaded, kOnMsgWithdrawNty};
+  explicit CBridgeSingleMsg(ModuleContext context)
+      : ConversationModule(std::move(context), kSingleNotifications, &MakeSingleFeed) {}
 
-#define SINGLE(Method) IM_METHOD(CBridgeSingleMsg, Method)
-constexpr MethodRow kMethods[] = {
-    SINGLE(GetNewMsg),
-    SINGLE(GetOfflineMsg),
-    SINGLE(PeekNewMsg),
-    SINGLE(PeekOfflineMsg),
-    SINGLE(GetRemoteHisMsg),
-    SINGLE(GetLocalHisMsg),
-    SINGLE(GetUnreadCount),
-    SINGLE(GetUnreadCountInBulk),
-    SINGLE(SetMsgRead),
-    SINGLE(GetReadedBoundary),
-    SINGLE(DeleteLocalMsg),
-    SINGLE(FastReSendChatMsg),
-    SINGLE(ReSendChatMsg),
-    SINGLE(ForwardChatMsg),
-    SINGLE(SendBroadcastMsg),
-    SINGLE(SendNormalChatMsg),
-    SINGLE(SendAutoReplyMsg),
-    SINGLE(GetFlagsMyMsgReaded),
-    SINGLE(SetFlagsPeerMsgReaded),
-    SINGLE(DoChatMsgWithdraw),
-    SINGLE(SearchMsgByID),
-    SINGLE(SearchDBMsg),
-    SINGLE(SearchDBMsg2),
-    SINGLE(SearchDBMsgCid),
-    SINGLE(GetMsgPicture),
-    SINGLE(RoamMsg),
-    SINGLE(ClearRoamedTime),
-    SINGLE(GetRoamStatus),
-    SINGLE(SetRoamStatus),
-    SINGLE(ShieldAutoReply),
-    SINGLE(EditPic2SendMsg),
-    SINGLE(ConvertMsgText2Emotion),
-    SINGLE(SetNewMsgMaxCache),
-    SINGLE(GetDynamicMsg),
-    SINGLE(AddAudio2textSettingRemind),
-    SINGLE(GetTranslateSetting),
-    SINGLE(GetTranslateMsg),
+  std::span<const MethodRow> Methods() const override;
+  void OwnerPreConstruct() override {
+    translation_ = kexcore::GetService<client::ITranslationService>();
+  }
+
+  void AddAudio2textSettingRemind(const In<biz::IMNothing>&, Chat chat, Call<> call) {
+    chat->AddSysMsg({kAudio2textRemind}, std::move(call));
+  }
+  void GetTranslateSetting(const biz::IMNothing&, Call<TranslateSetting> call) {
+    call.Succeed({translation_ && translation_->IsEnabled() ? 1 : 0});
+  }
+  void GetTranslateMsg(const TranslateMsg& request, Call<TranslateMsg> call) {
+    if (!translation_) return call.Fail(E_UNEXPECTED, L"no translation is set up");
+    translation_->Translate(
+        Account(), request.msgid, request.msgcontent,
+        [call, msgid = request.msgid](const biz::ResultCode& result, const std::wstring& text) {
+          call.Finish(result, {msgid, text});
+        });
+  }
+
+ private:
+  void OnAccountChanged(biz::IIMAccount* engine) override {
+    ConversationModule::OnAccountChanged(engine);
+    if (engine || !Account().valid()) return;
+    ns_log::CTraceProxy(ns_log::kError, {"CBridgeSingleMsg::OnAccountChanged", kSource},
+                        L"GetIMSingleChatMgr.");
+  }
+
+  RefPtr<client::ITranslationService> translation_;  // or null
 };
-#undef SINGLE
+
+using M = CBridgeSingleMsg;
+using Rows = ConversationRows<M>;
+constexpr MethodRow kMethods[] = {
+    Rows::kGetNewMsg,
+    Rows::kGetOfflineMsg,
+    Rows::kPeekNewMsg,
+    Rows::kPeekOfflineMsg,
+    Rows::kGetRemoteHisMsg,
+    Rows::kGetLocalHisMsg,
+    Rows::kGetUnreadCount,
+    Rows::kGetUnreadCountInBulk,
+    Rows::kSetMsgRead,
+    Rows::kGetReadedBoundary,
+    Rows::kDeleteLocalMsg,
+    Rows::kFastReSendChatMsg,
+    Rows::kReSendChatMsg,
+    Rows::kForwardChatMsg,
+    Row<M, "SendBroadcastMsg", &M::SendBroadcastMsg>("Sends a message to several conversations."),
+    Row<M, "SendNormalChatMsg", &M::SendMsg<false>>(
+        "Sends a message; how it went on comes as onSendMsgStatus."),
+    Row<M, "SendAutoReplyMsg", &M::SendMsg<true>>("Sends an automatic reply."),
+    Row<M, "GetFlagsMyMsgReaded", &biz::IIMConversation::GetFlagsMyMsgReaded>(
+        "Whether own messages were read; of the newest 200 when none are named."),
+    Row<M, "SetFlagsPeerMsgReaded", &biz::IIMConversation::SetFlagsPeerMsgReaded>(
+        "Tells the peer that its messages were read; all that are when none are named."),
+    Rows::kDoChatMsgWithdraw,
+    Rows::kSearchMsgByID,
+    Rows::kSearchDBMsg,
+    Rows::kSearchDBMsg2,
+    Rows::kSearchDBMsgCid,
+    Rows::kGetMsgPicture<"GetMsgPicture">,
+    Rows::kRoamMsg,
+    Rows::kClearRoamedTime,
+    Rows::kGetRoamStatus,
+    Rows::kSetRoamStatus,
+    Row<M, "ShieldAutoReply", &biz::IIMConversation::ShieldAutoReply>(
+        "Sets whether the peer's automatic replies are ignored."),
+    Rows::kEditPic2SendMsg,
+    Rows::kConvertMsgText2Emotion,
+    Rows::kSetNewMsgMaxCache,
+    Rows::kGetDynamicMsg,
+    Row<M, "AddAudio2textSettingRemind", &M::AddAudio2textSettingRemind>(
+        "Adds a note to the conversation that audio can be shown as text."),
+    Row<M, "GetTranslateSetting", &M::GetTranslateSetting>("Whether messages are translated."),
+    Row<M, "GetTranslateMsg", &M::GetTranslateMsg>("Translates the text of a message."),
+};
+
+std::span<const MethodRow> CBridgeSingleMsg::Methods() const { return kMethods; }
 
 }  // namespace
 
-std::span<const MethodRow> CBridgeSingleMsg::Methods() const { return kMethods; }
-std::span<const std::wstring_view> CBridgeSingleMsg::Notifications() const {
-  return kNotifications;
-}
-
-void CBridgeSingleMsg::OwnerPreConstruct() {
-  translation_ = kexcore::GetService<client::ITranslationService>();
-}
-
-void CBridgeSingleMsg::OnAccountChanged() {
-  events().DisconnectAll();
-  mgr_ = nullptr;
-  const biz::IMUserID account = Account();
-  if (!account.valid()) return;
-  const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
-  const auto engine = accounts ? accounts->GetAccount(account) : nullptr;
-  if (engine) mgr_ = engine->GetIMSingleChatMgr();
-  if (!mgr_) {
-    CTraceProxy(ns_log::kError, {"CBridgeSingleMsg::OnAccountChanged", kSource},
-                L"GetIMSingleChatMgr.");
-    return;
-  }
-  biz::IMSingleChatEvents& raised = mgr_->Events();
-  Subscribe(raised.on_receive_new_msg, &CBridgeSingleMsg::OnReceiveNewMsg);
-  Subscribe(raised.on_receive_offline_msg, &CBridgeSingleMsg::OnReceiveOfflineMsg);
-  Subscribe(raised.on_send_new_msg, &CBridgeSingleMsg::OnSendNewMsg);
-  Subscribe(raised.on_send_msg_status, &CBridgeSingleMsg::OnSendMsgStatus);
-  Subscribe(raised.on_shake_msg, &CBridgeSingleMsg::OnShakeMsg);
-  Subscribe(raised.on_flag_my_msg_readed, &CBridgeSingleMsg::OnFlagMyMsgReaded);
-  Subscribe(raised.on_msg_withdraw, &CBridgeSingleMsg::OnMsgWithdraw);
-  // An account that tells sub-accounts apart sees their whole nicks.
-  const bool whole_nicks = engine->GetAccountType() == biz::kSubAccount;
-  Subscribe<CBridgeSingleMsg>(
-      raised.on_peer_input,
-      [whole_nicks](CBridgeSingleMsg& self, const biz::IMUserID& peer, biz::IMInputStatus status) {
-        const std::wstring_view nick = whole_nicks ? peer.nick : MainNick(peer.nick);
-        self.Notify(kOnPeerInputNotify, PeerInputNotify{status, {peer.appkey, std::wstring(nick)}});
-      });
-  if (!translation_) return;
-  Subscribe(translation_->Events().on_setting_changed, &CBridgeSingleMsg::OnTranslateSetting);
-  Subscribe<CBridgeSingleMsg>(translation_->Events().on_translated,
-                              [account](CBridgeSingleMsg& self, const biz::IMUserID& owner,
-                                        const std::wstring& msgid, const std::wstring& text) {
-                                if (owner == account)
-                                  self.Notify(kOnTranslateMsgNotify, TranslateMsg{msgid, text});
-                              });
-}
-
-CBridgeConversation::Conversation CBridgeSingleMsg::GetConversation(
-    const biz::IMUserID& cid) const {
-  return mgr_ ? mgr_->GetConversation(cid) : nullptr;
-}
-
-std::vector<biz::IMUnreadCount> CBridgeSingleMsg::GetConversations() const {
-  return mgr_ ? mgr_->GetConversations() : std::vector<biz::IMUnreadCount>();
-}
-
-void CBridgeSingleMsg::SetNewMsgMaxCache(const MaxCacheRequest& request, ChatMgr mgr,
-                                         Call<NoKeys> call) {
-  mgr->SetNewMsgMaxCache(request.maxmsgcount);
-  call.Finish({});
-}
-
-void CBridgeSingleMsg::OnReceiveNewMsg(const std::vector<biz::IMUserID>&,
-                                       const std::vector<biz::IMMessage>& msgs) {
-  CheckSenders(msgs, {"CBridgeSingleMsg::OnReceiveNewMsg", kSource},
-               L"on receive msg. fromid is invalid!!", kEventBrief);
-  Notify(kOnReceiveNewMsg, MsgsNotify{&msgs});
-}
-
-void CBridgeSingleMsg::OnReceiveOfflineMsg(bool, const std::vector<biz::IMUserID>&,
-                                           const std::vector<biz::IMMessage>& msgs) {
-  CheckSenders(msgs, {"CBridgeSingleMsg::OnReceiveOfflineMsg", kSource},
-               L"on offline msg. fromid is invalid!!", kEventBrief);
-  Notify(kOnReceiveOfflineMsg, MsgsNotify{&msgs});
-}
-
-void CBridgeSingleMsg::OnSendNewMsg(const std::vector<biz::IMUserID>&,
-                                    const std::vector<biz::IMMessage>& msgs) {
-  CheckSenders(msgs, {"CBridgeSingleMsg::OnSendNewMsg", kSource},
-               L"on send msg. fromid is invalid!!", kEventBrief);
-  Notify(kOnSendNewMsg, MsgsNotify{&msgs});
-}
-
-void CBridgeSingleMsg::OnSendMsgStatus(const biz::IMUserID&, biz::IMMsgType type,
-                                       std::int64_t msgid, std::int64_t svrtime,
-                                       const biz::ResultCode& result) {
-  Notify(kOnSendMsgStatus, SendMsgStatusNotify{Envelope(result), type, msgid, svrtime});
-}
-
-void CBridgeSingleMsg::OnShakeMsg(const biz::IMUserID& cid) { Notify(kOnShakeMsgNotify, cid); }
-
-void CBridgeSingleMsg::OnFlagMyMsgReaded(const biz::IMUserID&,
-                                         const std::vector<biz::IMFlagMsgReaded>& flags) {
-  Notify(kOnFlagMyMsgReaded, ReadFlags{flags});
-}
-
-void CBridgeSingleMsg::OnMsgWithdraw(const biz::IMUserID&, const biz::IMMsgWithdraw& withdraw,
-                                     const biz::ResultCode& result) {
-  Notify(kOnMsgWithdrawNty, WithdrawNotify{Envelope(result), {withdraw}});
-}
-
-void CBridgeSingleMsg::OnTranslateSetting(std::int32_t enable) {
-  Notify(kOnTranslateSettingNotify, TranslateSetting{enable});
+std::shared_ptr<CBridgeBase> MakeBridgeSingleMsg(const ModuleContext& context) {
+  return std::make_shared<CBridgeSingleMsg>(context);
 }
 
 }  // namespace imsdk::bridge

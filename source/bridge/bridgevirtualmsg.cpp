@@ -1,70 +1,75 @@
-#include "source/bridge/bridgevirtualmsg.h"
+// Business module "im.virtualmsg": system and subscription messages that look as if a user had sent
+// them, and the two modules without methods that tell the page when some arrive.
+#include <utility>
 
-#include "kexcore/kexcom.h"
+#include "source/bridge/bridgemodules.h"
+#include "source/bridge/conversationform.h"
+#include "source/bridge/conversationrows.h"
 
 namespace imsdk::bridge {
 namespace {
 
-constexpr char kSource[] = "source\\bridge\\bridgevirtualmsg";
+class CBridgeVritualMsg final : public ConversationModule<VirtualForm> {
+ public:
+  static constexpr Name kName = "CBridgeVritualMsg";
+  static constexpr char kSource[] = "source\\bridge\\bridgevirtualmsg";
 
-constexpr std::wstring_view kSysNotifications[] = {L"onReceiveSysMsg"};
-constexpr std::wstring_view kSubscribeNotifications[] = {L"onReceiveSubscribeMsg"};
-
-#define VIRTUAL(Method) IM_METHOD(CBridgeVritualMsg, Method)
-constexpr MethodRow kMethods[] = {
-    VIRTUAL(GetNewMsg),         VIRTUAL(PeekNewMsg),           VIRTUAL(GetLocalHisMsg),
-    VIRTUAL(GetUnreadCount),    VIRTUAL(GetUnreadCountInBulk), VIRTUAL(SetMsgRead),
-    VIRTUAL(GetReadedBoundary), VIRTUAL(DeleteLocalMsg),
+  using ConversationModule::ConversationModule;
+  std::span<const MethodRow> Methods() const override;
 };
-#undef VIRTUAL
 
-VirtualChatMgr FindVirtualChatMgr(const biz::IMUserID& account) {
-  const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
-  const auto engine = accounts && account.valid() ? accounts->GetAccount(account) : nullptr;
-  return engine ? engine->GetIMVirtualChatMgr() : nullptr;
-}
-
-}  // namespace
+using Rows = ConversationRows<CBridgeVritualMsg>;
+constexpr MethodRow kMethods[] = {
+    Rows::kGetNewMsg,         Rows::kPeekNewMsg,           Rows::kGetLocalHisMsg,
+    Rows::kGetUnreadCount,    Rows::kGetUnreadCountInBulk, Rows::kSetMsgRead,
+    Rows::kGetReadedBoundary, Rows::kDeleteLocalMsg,
+};
 
 std::span<const MethodRow> CBridgeVritualMsg::Methods() const { return kMethods; }
 
-void CBridgeVritualMsg::OnAccountChanged() { mgr_ = FindVirtualChatMgr(Account()); }
+using MsgsRow = Notification<MsgsNotify, VirtualForm>;
+constexpr MsgsRow kOnReceiveSysMsg{L"onReceiveSysMsg", "System messages came."};
+constexpr MsgsRow kOnReceiveSubscribeMsg{L"onReceiveSubscribeMsg", "Subscription messages came."};
 
-CBridgeConversation::Conversation CBridgeVritualMsg::GetConversation(
-    const biz::IMUserID& cid) const {
-  return mgr_ ? mgr_->GetConversation(cid) : nullptr;
+template <const MsgsRow& kRow>
+constexpr const NotifyInfo* kRows[] = {&kRow};
+
+// The messages of `kEvent` under the notification `kRow`.
+template <auto kEvent, const MsgsRow& kRow>
+class VirtualFeed final : public CAccountFeed {
+ public:
+  static std::shared_ptr<CAccountFeed> Make(RefPtr<biz::IIMAccount> account) {
+    return std::make_shared<VirtualFeed>(std::move(account));
+  }
+  explicit VirtualFeed(RefPtr<biz::IIMAccount> account)
+      : CAccountFeed(std::move(account), kRows<kRow>) {}
+
+ private:
+  void Update() override {
+    if (mgr_) return;
+    mgr_ = account().GetIMVirtualChatMgr();
+    Subscribe(mgr_->Events().*kEvent, &VirtualFeed::OnMsgs);
+  }
+  void OnMsgs(const std::vector<biz::IMMessage>& msgs) { Notify(kRow, MsgsNotify{&msgs}); }
+
+  RefPtr<biz::IIMVirtualChatMgr> mgr_;  // null until subscribed
+};
+
+}  // namespace
+
+std::shared_ptr<CBridgeBase> MakeBridgeVritualMsg(const ModuleContext& context) {
+  return std::make_shared<CBridgeVritualMsg>(context);
 }
-
-std::vector<biz::IMUnreadCount> CBridgeVritualMsg::GetConversations() const {
-  return mgr_ ? mgr_->GetConversations() : std::vector<biz::IMUnreadCount>();
+std::shared_ptr<CBridgeBase> MakeBridgeSysMsg(const ModuleContext& context) {
+  return std::make_shared<CBridgeBase>(
+      context, kRows<kOnReceiveSysMsg>,
+      &VirtualFeed<&biz::IMVirtualChatEvents::on_receive_sys_msg, kOnReceiveSysMsg>::Make);
 }
-
-void CBridgeVirtualEvent::OnAccountChanged() {
-  events().DisconnectAll();
-  mgr_ = FindVirtualChatMgr(Account());
-  if (!mgr_) return;
-  const std::wstring_view name = Notifications().front();
-  Subscribe<CBridgeVirtualEvent>(
-      EventOf(mgr_->Events()),
-      [name](const CBridgeVirtualEvent& self, const std::vector<biz::IMMessage>& msgs) {
-        self.Notify(name, MsgsNotify{&msgs});
-      });
-}
-
-std::span<const std::wstring_view> CBridgeSysMsg::Notifications() const {
-  return kSysNotifications;
-}
-
-CBridgeSysMsg::Event& CBridgeSysMsg::EventOf(biz::IMVirtualChatEvents& raised) const {
-  return raised.on_receive_sys_msg;
-}
-
-std::span<const std::wstring_view> CBridgeSubscribeMsg::Notifications() const {
-  return kSubscribeNotifications;
-}
-
-CBridgeSubscribeMsg::Event& CBridgeSubscribeMsg::EventOf(biz::IMVirtualChatEvents& raised) const {
-  return raised.on_receive_subscribe_msg;
+std::shared_ptr<CBridgeBase> MakeBridgeSubscribeMsg(const ModuleContext& context) {
+  return std::make_shared<CBridgeBase>(
+      context, kRows<kOnReceiveSubscribeMsg>,
+      &VirtualFeed<&biz::IMVirtualChatEvents::on_receive_subscribe_msg,
+                   kOnReceiveSubscribeMsg>::Make);
 }
 
 }  // namespace imsdk::bridge

@@ -2,6 +2,9 @@
 
 #include <atomic>
 
+#include "kexbase/strings.h"
+#include "kexcom/result.h"
+#include "source/bridge/description.h"
 #include "trace/traceproxy.h"
 #include "trace/tracetarget.h"
 
@@ -27,6 +30,17 @@ void CIMBridgeMgr::Uninit() {
   if (!g_started.exchange(false)) return;
   ns_log::CTraceProxy(ns_log::kRoutine, {"CIMBridgeMgr::Uninit", kSource}, L"Biz Uninit.");
   ns_log::TraceTarget::Detach();
+}
+
+std::int32_t CIMBridgeMgr::Describe(TextSink sink, void* context) try {
+  if (!sink) return E_POINTER;
+  const std::string text = base::WideToUTF8(ProtocolDescription(
+      MakeBridgeModules({std::make_shared<PageChannel>(nullptr, nullptr), nullptr, nullptr}),
+      kVersion));
+  sink(context, text.data(), text.size());
+  return 0;
+} catch (...) {
+  return E_OUTOFMEMORY;
 }
 
 bool CIMBridgeMgr::Started() { return g_started; }

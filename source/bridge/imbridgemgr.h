@@ -15,6 +15,7 @@ class CIMBridgeMgr : public IIMBridgeMgr {
 
   std::int32_t Init() override;
   void Uninit() override;
+  std::int32_t Describe(TextSink sink, void* context) override;
 
   // Whether the business layer runs. Any thread.
   static bool Started();

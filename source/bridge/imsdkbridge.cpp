@@ -8,9 +8,9 @@
 #include "kexbase/strings.h"
 #include "kexbase/time.h"
 #include "kexcom/result.h"
+#include "kexcore/kexcom.h"
 #include "source/bridge/bridgemodules.h"
 #include "source/bridge/imbridgemgr.h"
-#include "source/bridge/jsparams/idrecords.h"
 #include "source/bridge/jsparams/secretfree.h"
 #include "source/bridge/scriptarg.h"
 #include "trace/traceproxy.h"
@@ -32,14 +32,12 @@ constexpr ns_log::TraceSite kResponseSite{"CIMSDKBridge::JSResponse", kSource};
 
 struct EventsRequest {
   std::vector<std::wstring> events;
+
+  static constexpr auto kFields =
+      FieldList(Field("events", &EventsRequest::events, "Names of notifications."));
 };
 
 }  // namespace
-
-template <>
-struct Record<EventsRequest> {
-  static constexpr auto kFields = FieldList(Field("events", &EventsRequest::events));
-};
 
 struct CIMSDKBridge::Invocation {
   const std::wstring& strSeqID;
@@ -55,13 +53,27 @@ std::int32_t CIMSDKBridge::BindPage(const PageBinding& binding) try {
   browser_id_ = binding.browserId;
   channel_ = std::make_shared<PageChannel>(binding.handler, binding.runner);
   self_ = std::make_shared<CIMSDKBridge*>(this);
-  modules_ = MakeModules({channel_, [weak = std::weak_ptr(self_)](const biz::IMUserID& account) {
-                            if (const auto self = weak.lock()) (*self)->SetAccount(account);
-                          }});
+  // Filled once the modules are there; a login that uses it comes later.
+  const auto sources = std::make_shared<std::vector<FeedSource>>();
+  const auto attach = [sources](const biz::IMUserID& account) {
+    const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
+    return std::make_shared<const Attachment>(accounts ? accounts->GetAccount(account) : nullptr,
+                                              *sources);
+  };
+  modules_ =
+      MakeModules({channel_, attach,
+                   [weak = std::weak_ptr(self_)](const biz::IMUserID& account,
+                                                 std::shared_ptr<const Attachment> attached) {
+                     const auto self = weak.lock();
+                     if (self) (*self)->SetAccount(account, std::move(attached));
+                   }});
   for (const auto& [path, module] : modules_) {
-    if (module) module->OwnerPreConstruct();
+    if (!module) continue;
+    module->listener().SetPath(path);
+    sources->push_back(module->source());
+    module->OwnerPreConstruct();
   }
-  if (binding.account.valid()) SetAccount(binding.account);
+  if (binding.account.valid()) SetAccount(binding.account, attach(binding.account));
   return 0;
 } catch (...) {
   UnbindPage();
@@ -71,7 +83,8 @@ std::int32_t CIMSDKBridge::BindPage(const PageBinding& binding) try {
 void CIMSDKBridge::UnbindPage() {
   self_.reset();
   if (channel_) channel_->Close();
-  // Out of the table first: a module's end may come back here through the host.
+  // Out of the bridge first: a module's end may come back here through the host.
+  const auto attached = std::exchange(attached_, nullptr);
   const auto modules = std::exchange(modules_, {});
 }
 
@@ -148,7 +161,7 @@ void CIMSDKBridge::CallModule(const std::wstring& scRoutingPath, const Invocatio
 
 void CIMSDKBridge::EventNotify(const Invocation& call) {
   const std::wstring& eventname = call.bizmethod;
-  channel_->Raise(eventname, call.jsonparam);
+  channel_->Raise(eventname, call.jsonparam, L"");
   CTraceProxy(ns_log::kRoutine, kInvokeSite, L"im.event_notify!!!")
       .Brief("_brief_,eventname", eventname);
   AnswerEvent(call.strSeqID, {});
@@ -156,10 +169,7 @@ void CIMSDKBridge::EventNotify(const Invocation& call) {
 
 void CIMSDKBridge::EventRegister(const Invocation& call) {
   if (call.bizmethod == L"register_all") {
-    for (const auto& [path, module] : modules_) {
-      if (!module) continue;
-      for (const std::wstring_view name : module->Notifications()) channel_->Register(name);
-    }
+    RegisterAll(true);
     CTraceProxy(ns_log::kRoutine, kInvokeSite, L"im.event_register(event_register)!!!");
     return AnswerEvent(call.strSeqID, {});
   }
@@ -170,7 +180,7 @@ void CIMSDKBridge::EventRegister(const Invocation& call) {
 
 biz::ResultCode CIMSDKBridge::ChangeRegistration(const Invocation& call) {
   if (call.bizmethod == L"unregister_all") {
-    channel_->UnregisterAll();
+    RegisterAll(false);
     return {};
   }
   const bool add = call.bizmethod == L"register";
@@ -178,28 +188,35 @@ biz::ResultCode CIMSDKBridge::ChangeRegistration(const Invocation& call) {
   const auto json = base::JSONReader::Read(base::WideToUTF8(call.jsonparam));
   if (!json) return {E_INVALIDARG, 0, L"invalid!"};
   EventsRequest request;
-  ReadValue(*json, &request);
+  ReadValue<PlainForm>(*json, &request);
   for (const std::wstring& name : request.events) {
     if (!KnowsNotification(name)) return {E_INVALIDARG, 0, L"unknown event: " + name};
   }
-  for (const std::wstring& name : request.events) {
-    add ? channel_->Register(name) : channel_->Unregister(name);
+  for (const auto& [path, module] : modules_) {
+    if (!module) continue;
+    for (const std::wstring& name : request.events) module->listener().Register(name, add);
   }
   return {};
+}
+
+void CIMSDKBridge::RegisterAll(bool wanted) {
+  for (const auto& [path, module] : modules_) {
+    if (module) module->listener().RegisterAll(wanted);
+  }
 }
 
 bool CIMSDKBridge::KnowsNotification(std::wstring_view name) const {
   for (const auto& [path, module] : modules_) {
     if (!module) continue;
-    for (const std::wstring_view known : module->Notifications()) {
-      if (known == name) return true;
+    for (const NotifyInfo* known : module->listener().rows()) {
+      if (known->name == name) return true;
     }
   }
   return false;
 }
 
 void CIMSDKBridge::AnswerEvent(const std::wstring& strSeqID, const biz::ResultCode& result) {
-  if (!strSeqID.empty()) JSResponse(strSeqID, {result.code, AnswerText(result, NoKeys{})});
+  if (!strSeqID.empty()) JSResponse(strSeqID, {result.code, AnswerText(result)});
 }
 
 AnswerCallback CIMSDKBridge::MakeAnswer(const std::wstring& strSeqID) {
@@ -242,10 +259,12 @@ void CIMSDKBridge::JSResponse(const std::wstring& strSeqID, const AnswerResult& 
   }
 }
 
-void CIMSDKBridge::SetAccount(const biz::IMUserID& account) {
+void CIMSDKBridge::SetAccount(const biz::IMUserID& account,
+                              std::shared_ptr<const Attachment> attached) {
   for (const auto& [path, module] : modules_) {
-    if (module) module->SetAccount(account);
+    if (module) module->SetAccount(account, attached ? attached->engine() : nullptr);
   }
+  attached_ = std::move(attached);
 }
 
 std::int64_t CIMSDKBridge::NowMs() const { return base::TimeTicks::Now().ToMilliseconds(); }

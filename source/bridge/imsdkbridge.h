@@ -25,6 +25,7 @@ class CIMSDKBridge : public IIMSDKBridge {
   std::int32_t BindPage(const PageBinding& binding) override;
   void JsInvoke(const SdkParam& sdkParam) override;
   void UnbindPage() override;
+  const wchar_t* NotifyingPath() const override { return channel_ ? channel_->path() : L""; }
 
   // Answers one call. View's thread; called through `AnswerCallback`.
   void JSResponse(const std::wstring& strSeqID, const AnswerResult& result);
@@ -45,15 +46,17 @@ class CIMSDKBridge : public IIMSDKBridge {
   void EventNotify(const Invocation& call);
   void EventRegister(const Invocation& call);
   biz::ResultCode ChangeRegistration(const Invocation& call);
+  void RegisterAll(bool wanted);
   bool KnowsNotification(std::wstring_view name) const;
   void AnswerEvent(const std::wstring& strSeqID, const biz::ResultCode& result);
   AnswerCallback MakeAnswer(const std::wstring& strSeqID);
   void DropOverdue();
-  void SetAccount(const biz::IMUserID& account);
+  void SetAccount(const biz::IMUserID& account, std::shared_ptr<const Attachment> attached);
 
   std::wstring browser_id_;
   std::shared_ptr<PageChannel> channel_;  // null until bound
   ModuleTable modules_;
+  std::shared_ptr<const Attachment> attached_;  // to the account of the modules, or null
   PendingCalls pending_;
   // What `ModuleContext::set_account` looks at to see that the bridge is still bound.
   std::shared_ptr<CIMSDKBridge*> self_;

@@ -6,46 +6,22 @@
 
 namespace imsdk::bridge {
 
-PageChannel::PageChannel(IPageHandler* handler, std::shared_ptr<base::TaskRunner> runner)
-    : handler_(handler), runner_(std::move(runner)) {}
-
-void PageChannel::Register(std::wstring_view event) {
-  base::AutoLock hold(lock_);
-  registered_.emplace(event);
+void PageChannel::Run(std::function<void()> task) const {
+  if (runner_->RunsTasksOnCurrentThread()) return task();
+  runner_->PostTask(FROM_HERE, std::move(task));
 }
 
-void PageChannel::Unregister(std::wstring_view event) {
-  base::AutoLock hold(lock_);
-  registered_.erase(std::wstring(event));
-}
-
-void PageChannel::UnregisterAll() {
-  base::AutoLock hold(lock_);
-  registered_.clear();
-}
-
-bool PageChannel::IsRegistered(std::wstring_view event) const {
-  base::AutoLock hold(lock_);
-  return registered_.contains(std::wstring(event));
-}
-
-void PageChannel::Notify(std::wstring_view event, std::wstring json) {
-  auto raise = [self = shared_from_this(), name = std::wstring(event), text = std::move(json)] {
-    if (self->IsRegistered(name)) self->Raise(name, text);
-  };
-  if (runner_->RunsTasksOnCurrentThread()) return raise();
-  runner_->PostTask(FROM_HERE, std::move(raise));
-}
-
-void PageChannel::Raise(const std::wstring& event, const std::wstring& json) noexcept {
+void PageChannel::Raise(const std::wstring& event, const std::wstring& json,
+                        const wchar_t* path) noexcept {
   const RefPtr<IPageHandler> handler = handler_;
   if (!handler) return;
+  // The handler may call back into the bridge, which may raise another one.
+  const wchar_t* const outer = std::exchange(path_, path);
   try {
     handler->Notify(event, json);
   } catch (...) {  // the page side's trouble ends here
   }
+  path_ = outer;
 }
-
-void PageChannel::Close() { handler_ = nullptr; }
 
 }  // namespace imsdk::bridge

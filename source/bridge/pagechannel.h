@@ -1,46 +1,41 @@
-// The way from the modules to the page for notifications, and what the page registered for.
+// The way from the modules to the page for notifications.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <unordered_set>
 
 #include "bridge/page_handler.h"
-#include "kexbase/lock.h"
 #include "kexbase/task_runner.h"
 #include "kexcom/ref_counted.h"
 
 namespace imsdk::bridge {
 
-// Shared by a bridge and its modules. Registration may be asked on any thread; everything that
-// touches the page handler runs on the view's thread.
-class PageChannel : public std::enable_shared_from_this<PageChannel> {
+// Shared by a bridge, its modules and what they posted. Everything that touches the page handler
+// runs on the view's thread.
+class PageChannel {
  public:
-  PageChannel(IPageHandler* handler, std::shared_ptr<base::TaskRunner> runner);
+  PageChannel(IPageHandler* handler, std::shared_ptr<base::TaskRunner> runner)
+      : handler_(handler), runner_(std::move(runner)) {}
 
   const std::shared_ptr<base::TaskRunner>& runner() const { return runner_; }
   // The page handler, or null once the page is gone. View's thread.
   const RefPtr<IPageHandler>& handler() const { return handler_; }
 
-  void Register(std::wstring_view event);
-  void Unregister(std::wstring_view event);
-  void UnregisterAll();
-  bool IsRegistered(std::wstring_view event) const;
-
-  // Raises a notification on the page if the page is registered for it when its turn comes on the
-  // view's thread. Any thread.
-  void Notify(std::wstring_view event, std::wstring json);
-  // Raises an event whatever the page registered for. View's thread.
-  void Raise(const std::wstring& event, const std::wstring& json) noexcept;
+  // Runs `task` on the view's thread: at once when called there. Any thread.
+  void Run(std::function<void()> task) const;
+  // Raises an event on the page; `path` is the routing path that it comes from, or empty. View's
+  // thread.
+  void Raise(const std::wstring& event, const std::wstring& json, const wchar_t* path) noexcept;
+  // The path of the event that is being raised, or empty. View's thread.
+  const wchar_t* path() const { return path_; }
   // Lets go of the page handler. View's thread.
-  void Close();
+  void Close() { handler_ = nullptr; }
 
  private:
   RefPtr<IPageHandler> handler_;
+  const wchar_t* path_ = L"";
   const std::shared_ptr<base::TaskRunner> runner_;
-  mutable base::Lock lock_;
-  std::unordered_set<std::wstring> registered_;  // under lock_
 };
 
 }  // namespace imsdk::bridge

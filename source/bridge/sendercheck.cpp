@@ -22,14 +22,15 @@ std::wstring_view MainNick(std::wstring_view nick) {
 
 void CheckSender(const biz::IMMessage& msg, const ns_log::TraceSite& site, std::wstring_view text,
                  const char* brief) {
-  if (SameMainAccount(msg.cid, msg.fromid) || SameMainAccount(msg.cid, msg.toid)) return;
+  const biz::IMUserID& cid = msg.cid.user;
+  if (SameMainAccount(cid, msg.fromid) || SameMainAccount(cid, msg.toid)) return;
   using ns_log::MakeTraceItem;
   ns_log::CTraceProxy(ns_log::kError, site, text)
-      .Brief(brief, IdText(msg.cid), IdText(msg.toid), IdText(msg.fromid), msg.msgtime)
+      .Brief(brief, IdText(cid), IdText(msg.toid), IdText(msg.fromid), msg.msgtime)
       .Item(MakeTraceItem("node_name", "imsdk_bc_msg_fromid_check"))
       .Item(MakeTraceItem("unique_id", base::GenerateGUID()))
       .Item(MakeTraceItem("result_code", E_INVALIDARG))
-      .Item(MakeTraceItem("session_id", IdText(msg.cid)))
+      .Item(MakeTraceItem("session_id", IdText(cid)))
       .Item(MakeTraceItem("imsdk_msgid", msg.msgid));
 }
 

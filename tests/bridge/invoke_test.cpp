@@ -108,7 +108,8 @@ TEST(JsInvoke, OnlyTracesLargeJsonInUtf16Units) {
 }
 
 TEST(JsInvoke, TracesAnEmptyModuleEntryAndAnUnknownMethod) {
-  TestHost host(L"im.contact");
+  TestHost host(
+      [](bridge::ModuleTable& modules, const auto&) { modules[L"im.contact"] = nullptr; });
   host.Bind();
   host.Invoke(L"workbench.im.contact.invoke", L"1", L"GetUserInfo");
   ExpectLine(host.log->Lines(L"null pointer!!! path,method"), 3, "CIMSDKBridge::JsInvoke",

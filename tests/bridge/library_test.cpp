@@ -55,6 +55,7 @@ struct ManagerShape {
   virtual void Slot2() = 0;
   virtual std::int32_t Slot3() = 0;
   virtual void Slot4() = 0;
+  virtual std::int32_t Slot5(bridge::TextSink sink, void* context) = 0;
 
  protected:
   ~ManagerShape() = default;
@@ -66,6 +67,7 @@ struct BridgeShape {
   virtual std::int32_t Slot3(const bridge::PageBinding& binding) = 0;
   virtual void Slot4(const bridge::SdkParam& sdkParam) = 0;
   virtual void Slot5() = 0;
+  virtual const wchar_t* Slot6() const = 0;
 
  protected:
   ~BridgeShape() = default;
@@ -181,8 +183,17 @@ TEST_F(Library, CarriesACallThroughItsTables) {
   EXPECT_EQ(page.calls, (std::vector<std::wstring>{L"1 failed", L"onPage{}", L"2 answered"}));
   view->Slot5();
   EXPECT_EQ(page.refs, 0);
+  EXPECT_STREQ(view->Slot6(), L"");
   view->Slot2();
   manager->Slot4();
+
+  std::string described;
+  const bridge::TextSink sink = [](void* context, const char* text, std::size_t size) {
+    static_cast<std::string*>(context)->assign(text, size);
+  };
+  EXPECT_EQ(manager->Slot5(nullptr, nullptr), E_POINTER);
+  EXPECT_EQ(manager->Slot5(sink, &described), 0);
+  EXPECT_TRUE(described.starts_with(R"({"openrpc":"1.)")) << described.substr(0, 40);
   manager->Slot2();
 }
 

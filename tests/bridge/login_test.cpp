@@ -61,8 +61,8 @@ TEST(Login, ConcernsOnlyItsOwnView) {
   TestHost host;
   host.Bind(test::kHarbor);
   host.Invoke(L"workbench.im.event_register", L"r", L"register_all");
-  engine.accounts->LoginByToken(test::kLighthouse, L"demo", [](const biz::IMLoginResult&) {});
-  engine.accounts->Logout(test::kLighthouse, [](const biz::ResultCode&) {});
+  engine.accounts->LoginByToken({test::kLighthouse, L"demo"}, [](const auto&...) {});
+  engine.accounts->Logout({test::kLighthouse}, [](const biz::ResultCode&) {});
   EXPECT_TRUE(Events(host).empty());
   // Another account may not slip under the view's modules.
   EXPECT_TRUE(host.Call(kPath, L"DoLoginByToken",

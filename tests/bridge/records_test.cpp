@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "kexbase/json_reader.h"
-#include "source/bridge/jsparams/hisrecords.h"
+#include "source/bridge/conversationform.h"
 #include "source/bridge/jsparams/secretfree.h"
 
 namespace imsdk::bridge {
@@ -12,15 +12,17 @@ namespace {
 template <class R>
 R Read(std::string_view json) {
   R record;
-  ReadValue(*base::JSONReader::Read(json), &record);
+  ReadValue<SingleForm>(*base::JSONReader::Read(json), &record);
   return record;
 }
 
+using HisRequest = In<biz::IMPageRequest>;
+
 TEST(Reader, SkipsWrongTypesFieldByField) {
-  const auto request = Read<HisMsgRequest>(
+  const auto request = Read<HisRequest>(
       R"({"cid":{"appkey":1,"nick":"n"},"count":"5","msgid":5,"msgtime":"7","gohistory":1.0,)"
       R"("ignoreboundary":4294967296,"autoroam":-3,"unknown":[]})");
-  EXPECT_EQ(request.cid, (biz::IMUserID{L"", L"n"}));
+  EXPECT_EQ(request.cid.user, (biz::IMUserID{L"", L"n"}));
   EXPECT_EQ(request.count, 0);
   EXPECT_EQ(request.msgid, 0);
   EXPECT_EQ(request.msgtime, 7);
@@ -28,32 +30,33 @@ TEST(Reader, SkipsWrongTypesFieldByField) {
   EXPECT_FALSE(request.ignoreboundary);
   EXPECT_TRUE(request.autoroam);
   for (const char* json : {"[]", "\"x\"", "null", R"({"cid":[]})"}) {
-    EXPECT_TRUE(Read<HisMsgRequest>(json).cid.empty()) << json;
+    EXPECT_TRUE(Read<HisRequest>(json).cid.user.empty()) << json;
   }
 }
 
 TEST(Reader, KeepsOnlyElementsOfTheRightType) {
-  const auto request = Read<CidsRequest>(R"({"cids":[{"nick":"a"},null,7,{},"x",{"nick":"b"}]})");
+  const auto request =
+      Read<biz::IMConversations>(R"({"cids":[{"nick":"a"},null,7,{},"x",{"nick":"b"}]})");
   ASSERT_EQ(request.cids.size(), 3u);
-  EXPECT_EQ(request.cids[0].nick, L"a");
-  EXPECT_EQ(request.cids[2].nick, L"b");
-  EXPECT_TRUE(Read<CidsRequest>(R"({"cids":{"0":{}}})").cids.empty());
-  const auto search = Read<SearchRequest>(
+  EXPECT_EQ(request.cids[0].user.nick, L"a");
+  EXPECT_EQ(request.cids[2].user.nick, L"b");
+  EXPECT_TRUE(Read<biz::IMConversations>(R"({"cids":{"0":{}}})").cids.empty());
+  const auto search = Read<biz::IMSearchRequest>(
       R"({"keywords":["a",7,"b"],"msgtypes":[1,"2",3.5,5000000000,4],"btime":5,"needpage":1,"page":2})");
   EXPECT_EQ(search.keywords, (std::vector<std::wstring>{L"a", L"b"}));
   EXPECT_EQ(search.msgtypes, (std::vector<std::int32_t>{1, 4}));
   EXPECT_EQ(search.btime, 0);
   EXPECT_EQ(search.page, 2);
-  EXPECT_EQ(Read<MsgsRequest>(R"({"msgids":["9007199254740993",7,"x"]})").msgids,
+  EXPECT_EQ(Read<biz::IMMsgsRequest>(R"({"msgids":["9007199254740993",7,"x"]})").msgids,
             (std::vector<std::int64_t>{9'007'199'254'740'993, 0, 0}));
 }
 
 TEST(Reader, TimesAndIdentifiersThatAreNoNumbersAreZero) {
   for (const char* text : {"", "x", "9223372036854775808", " 1", "1 ", "1.0"}) {
-    const auto request = Read<HisMsgRequest>(std::string(R"({"msgid":")") + text + "\"}");
+    const auto request = Read<HisRequest>(std::string(R"({"msgid":")") + text + "\"}");
     EXPECT_EQ(request.msgid, 0) << text;
   }
-  EXPECT_EQ(Read<HisMsgRequest>(R"({"msgid":"-9223372036854775808"})").msgid,
+  EXPECT_EQ(Read<HisRequest>(R"({"msgid":"-9223372036854775808"})").msgid,
             std::numeric_limits<std::int64_t>::min());
 }
 
@@ -103,10 +106,10 @@ TEST(SecretFree, MasksPasswordsAndTokensAndNothingElse) {
 }
 
 TEST(Answer, BeginsWithTheEnvelope) {
-  EXPECT_EQ(AnswerText({}, NoKeys{}), LR"({"code":0,"subcode":0,"result":"success"})");
-  EXPECT_EQ(AnswerText({-3, 9, {}}, CountAnswer{4}),
+  EXPECT_EQ(AnswerText({}), LR"({"code":0,"subcode":0,"result":"success"})");
+  EXPECT_EQ(AnswerText<SingleForm>({-3, 9, {}}, biz::IMCount{4}),
             LR"({"code":-3,"subcode":9,"result":"failed","count":4})");
-  EXPECT_EQ(AnswerText({-3, 0, L"why"}, NoKeys{}), LR"({"code":-3,"subcode":0,"result":"why"})");
+  EXPECT_EQ(AnswerText({-3, 0, L"why"}), LR"({"code":-3,"subcode":0,"result":"why"})");
 }
 
 }  // namespace

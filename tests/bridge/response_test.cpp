@@ -87,8 +87,8 @@ TEST(AnswerCallback, DroppedUncalledAnswersUnexpected) {
   test::MemoryEngine engine;
   TestHost host;
   host.Bind(test::kHarbor);
-  biz::IMPageCallback kept;
-  engine.Chats().Chat(test::kLighthouse).on_history = [&](biz::IMPageCallback done) {
+  test::PageDone kept;
+  engine.Chats().Chat(test::kLighthouse).on_history = [&](test::PageDone done) {
     kept = std::move(done);
   };
   const std::wstring request = LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})";
@@ -109,12 +109,12 @@ TEST(AnswerCallback, DroppedUncalledAnswersUnexpected) {
 
 TEST(AnswerCallback, OutlivesTheBridge) {
   test::MemoryEngine engine;
-  biz::IMPageCallback kept;
+  test::PageDone kept;
   {
     TestHost host;
     host.Bind(test::kHarbor);
     auto& chat = engine.Chats().Chat(test::kLighthouse);
-    chat.on_history = [&](biz::IMPageCallback done) { kept = std::move(done); };
+    chat.on_history = [&](test::PageDone done) { kept = std::move(done); };
     host.Invoke(L"workbench.im.singlemsg.invoke", L"1", L"GetLocalHisMsg",
                 LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})");
     host.bridge->UnbindPage();

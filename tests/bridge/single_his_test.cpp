@@ -16,7 +16,7 @@ TEST_F(SingleMsg, AnswersHaveTheirKeysInOrder) {
   chat.found.totalcount = 21;
   chat.found.totalpage = 3;
   chat.found.currentpage = 2;
-  chat.pictures = {{L"7_0", L"files/a.png", 7, 0, 70, kLighthouse, kHarbor, L"x"}};
+  chat.pictures = {{{L"7_0", L"files/a.png", 7, 0, 70, kLighthouse, kHarbor, L"x"}}};
   const std::wstring lighthouse = LR"({"appkey":"cnbazaro","nick":"lighthouse"})";
   const struct {
     const wchar_t* method;
@@ -77,7 +77,7 @@ TEST_F(SingleMsg, RequestsWithoutKeysInTheAnswerReachTheEngine) {
 TEST_F(SingleMsg, FetchedMessagesAreTracedAndChecked) {
   chat.page.msgs = {MakeMessage(5, kLighthouse, kHarbor, L"a"),
                     MakeMessage(6, kLighthouse, kHarbor, L"b")};
-  chat.page.msgs[1].cid = {L"cnbazaro", L"mariner"};
+  chat.page.msgs[1].cid = biz::IMConversationID({L"cnbazaro", L"mariner"});
   for (const wchar_t* method :
        {L"GetOfflineMsg", L"PeekOfflineMsg", L"GetRemoteHisMsg", L"SearchMsgByID"}) {
     host.log->Clear();
@@ -143,8 +143,8 @@ TEST_F(SingleMsg, DynamicContentComesFromTheClient) {
 TEST_F(SingleMsg, StateEventsReachThePage) {
   auto& events = engine.Chats().events;
   events.on_shake_msg(kLighthouse);
-  events.on_flag_my_msg_readed(kLighthouse, {{kLighthouse, 3, 4, biz::kMsgRead}});
-  events.on_msg_withdraw(kLighthouse, {kLighthouse, kHarbor, 5, 6, 7}, {});
+  events.on_flag_my_msg_readed(kLighthouse, {{kChat, 3, 4, biz::kMsgRead}});
+  events.on_msg_withdraw(kLighthouse, {kChat, kHarbor, 5, 6, 7}, {});
   events.on_peer_input({L"cnbazaro", L"lighthouse:keeper"}, biz::kInputTyping);
   const std::wstring lighthouse = LR"({"appkey":"cnbazaro","nick":"lighthouse"})";
   const std::pair<const wchar_t*, std::wstring> expected[] = {

@@ -31,6 +31,8 @@ inline const std::wstring kPath = L"im.singlemsg";
 inline const std::wstring kCid = LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})";
 inline const std::wstring kSuccess = LR"({"code":0,"subcode":0,"result":"success"})";
 
+inline const biz::IMConversationID kChat{kLighthouse};
+
 // A request to the chat with `kLighthouse` with further keys.
 inline std::wstring WithCid(const std::wstring& keys) {
   return LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},)" + keys + L"}";

@@ -13,10 +13,12 @@ namespace {
 class Windows final : public RefPtrCounted<client::IChatWindowService> {
  public:
   Windows(bool visible, bool activated) : visible_(visible), activated_(activated) {}
-  bool IsVisible(const biz::IMUserID& account, const biz::IMUserID& cid) override {
-    return visible_ && account == kHarbor && cid == kLighthouse;
+  bool IsVisible(const biz::IMUserID& account, const biz::IMConversationID& cid) override {
+    return visible_ && account == kHarbor && cid == kChat;
   }
-  bool IsActivated(const biz::IMUserID&, const biz::IMUserID&) override { return activated_; }
+  bool IsActivated(const biz::IMUserID&, const biz::IMConversationID&) override {
+    return activated_;
+  }
 
  private:
   const bool visible_;
@@ -95,10 +97,10 @@ TEST_F(SingleMsg, UnreadCounts) {
 
 TEST_F(SingleMsg, EventsReachThePageAndForeignSendersAreTraced) {
   auto odd = MakeMessage(7, kLighthouse, kHarbor, L"x");
-  odd.cid = {L"cnbazaro", L"mariner"};
+  odd.cid = biz::IMConversationID({L"cnbazaro", L"mariner"});
   const std::vector<biz::IMMessage> msgs{MakeMessage(6, kLighthouse, kHarbor, L"ok"), odd};
   auto& events = engine.Chats().events;
-  const std::vector<biz::IMUserID> cids{kLighthouse, odd.cid};
+  const std::vector<biz::IMUserID> cids{kLighthouse, odd.cid.user};
   events.on_receive_new_msg(cids, msgs);
   events.on_receive_offline_msg(false, cids, msgs);
   events.on_send_new_msg(cids, msgs);

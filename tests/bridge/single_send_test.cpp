@@ -20,7 +20,7 @@ TEST_F(SingleMsg, SendsBodyItemsInOrderAndReportsTheStatus) {
   EXPECT_EQ(chat.sent[1].filepath.value(), L"a.png");
   EXPECT_EQ(chat.sent[1].filecontent, std::string("\0\1\2", 3));
   EXPECT_EQ(chat.sent[2].filecontent, "");
-  EXPECT_TRUE(chat.sent_options.autosend);
+  EXPECT_TRUE(chat.sent_request.autosend);
   const auto traced = host.log->Lines(L"json");
   ASSERT_EQ(traced.size(), 1u);
   EXPECT_EQ(traced[0].items.at("it->filecontent"), L"A");
@@ -37,7 +37,7 @@ TEST_F(SingleMsg, SendsBodyItemsInOrderAndReportsTheStatus) {
 }
 
 TEST_F(SingleMsg, BroadcastReachesEveryoneAndReportsTheFirstRefusal) {
-  auto& mariner = engine.Chats().Chat({L"cnbazaro", L"mariner"});
+  auto& mariner = engine.Chats().Chat(biz::IMUserID{L"cnbazaro", L"mariner"});
   const std::wstring request =
       LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"},{"nick":"nobody"},)"
       LR"({"appkey":"cnbazaro","nick":"mariner"}],"msgbody":[{"type":0,"value":"all"}]})";
@@ -52,10 +52,39 @@ TEST_F(SingleMsg, BroadcastReachesEveryoneAndReportsTheFirstRefusal) {
   EXPECT_TRUE(host.Call(kPath, L"SendBroadcastMsg", L"{}").failed);
 }
 
+TEST_F(SingleMsg, BroadcastIsAnsweredOnceWhenAllSendsAre) {
+  auto& mariner = engine.Chats().Chat(biz::IMUserID{L"cnbazaro", L"mariner"});
+  std::vector<Done> open;
+  for (MemoryConversation* to : {&chat, &mariner}) {
+    to->on_send = [&](Done done) { open.push_back(std::move(done)); };
+  }
+  const std::wstring request =
+      LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"},)"
+      LR"({"appkey":"cnbazaro","nick":"mariner"}],"msgbody":[{"type":0,"value":"all"}]})";
+  const auto broadcast = [&] {
+    open.clear();
+    host.page.answers.clear();
+    host.Invoke(L"workbench.im.singlemsg.invoke", L"b", L"SendBroadcastMsg", request);
+    EXPECT_EQ(open.size(), 2u);
+  };
+  broadcast();
+  open[1]({biz::kEngineBusy, 0, {}});
+  EXPECT_TRUE(host.page.answers.empty());
+  open[0]({biz::kEngineTooLarge, 0, {}});
+  ASSERT_EQ(host.page.answers.size(), 1u);
+  EXPECT_TRUE(host.page.answers[0].payload.starts_with(LR"({"code":-7,)"));  // the first one's
+
+  broadcast();
+  open[0]({});
+  open.clear();  // an engine that stops
+  ASSERT_EQ(host.page.answers.size(), 1u);
+  EXPECT_TRUE(host.page.answers[0].failed);
+}
+
 TEST_F(SingleMsg, AutoRepliesAndFastResends) {
   host.Call(kPath, L"SendAutoReplyMsg", kCid);
-  EXPECT_TRUE(chat.sent_options.autoreply);
-  EXPECT_FALSE(chat.sent_options.autosend);
+  EXPECT_TRUE(chat.sent_request.autoreply);
+  EXPECT_FALSE(chat.sent_request.autosend);
   for (const auto& [method, msgid] :
        {std::pair{L"ReSendChatMsg", 11}, std::pair{L"FastReSendChatMsg", 12}}) {
     host.Call(kPath, method,
@@ -90,8 +119,8 @@ TEST_F(SingleMsg, ForwardingNamesTheMessage) {
   const std::wstring request =
       LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"}],"msgid":"9","msgtype":1})";
   EXPECT_EQ(Payload(L"ForwardChatMsg", request), kSuccess);
-  EXPECT_EQ(chat.sent_options.forward_msgid, 9);
-  EXPECT_EQ(chat.sent_options.forward_msgtype, biz::kMsgPicture);
+  EXPECT_EQ(chat.sent_request.forward_msgid, 9);
+  EXPECT_EQ(chat.sent_request.forward_msgtype, biz::kMsgPicture);
   chat.send_status = biz::kEngineNotFound;
   EXPECT_EQ(Payload(L"ForwardChatMsg", request), LR"({"code":-9,"subcode":0,"result":"failed"})");
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -28,7 +29,7 @@ class Answering {
       threads_.push_back(std::make_unique<base::Thread>("engine"));
       threads_.back()->Start();
     }
-    chat_.on_history = [this](biz::IMPageCallback done) {
+    chat_.on_history = [this](test::PageDone done) {
       threads_[next_++ % kThreads]->task_runner()->PostTask(
           FROM_HERE, [done = std::move(done)] { done({}, {}); });
     };
@@ -112,6 +113,77 @@ TEST(Threads, ViewsComeAndGoWhileTheEngineRaisesEvents) {
   stop = true;
   for (auto& thread : raising) thread.join();
   EXPECT_GT(notified, 0u);
+}
+
+// Numbers of the messages that a page was notified of.
+std::vector<std::int64_t> Received(const test::KeepingPage& page) {
+  std::vector<std::int64_t> ids;
+  for (const auto& notification : page.notifications) {
+    if (notification.event != L"onReceiveNewMsg") continue;
+    const std::wstring_view key = L"\"msgid\":\"";
+    ids.push_back(std::stol(notification.json.substr(notification.json.find(key) + key.size())));
+  }
+  return ids;
+}
+
+TEST(Threads, ViewsOfManyThreadsShareAnAccountThatComesAndGoes) {
+  test::MemoryEngine engine;
+  test::TestHost host;  // the business layer runs
+  GetKexCOM()->UnregisterService(ns_log::ILogService::kServiceId);
+  ns_log::TraceTarget::Attach();
+  base::Thread engine_thread("engine");
+  engine_thread.Start();
+  engine.accounts->on_login = [&](std::function<void()> finish) {
+    engine_thread.task_runner()->PostTask(FROM_HERE, std::move(finish));
+  };
+  std::atomic<bool> stop{false};
+  std::thread raising([&] {
+    for (std::int64_t id = 1; !stop; ++id) {
+      const auto account = engine.accounts->GetAccount(kLighthouse);
+      if (account) {
+        static_cast<test::MemoryAccount&>(*account).chats->events.on_receive_new_msg(
+            {kHarbor}, {test::MakeMessage(id, kHarbor, kLighthouse, L"text")});
+      }
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+  });
+  std::atomic<std::size_t> received{0};
+  std::vector<std::thread> views;
+  for (int i = 0; i < 4; ++i) {
+    views.emplace_back([&, i] {
+      for (int round = 0; round < 25; ++round) {
+        base::MessageLoop loop;
+        test::KeepingPage page(loop.task_runner());
+        const RefPtr view(new component::CKexCOMObject<test::OpenBridge>);
+        // Every other one is bound to whatever of the account there is.
+        const bool bound = (round + i) % 2 == 0;
+        view->BindPage({L"v", &page, loop.task_runner(), bound ? kLighthouse : biz::IMUserID()});
+        view->JsInvoke({L"v", L"workbench.im.event_register", {L"r", L"register_all", L"{}"}});
+        const std::wstring login =
+            LR"({"userid":{"appkey":"cnbazaro","nick":"lighthouse"},"token":"demo"})";
+        view->JsInvoke({L"v", L"workbench.im.login.invoke", {L"1", L"DoLoginByToken", login}});
+        for (int wait = 0; wait < 5; ++wait) {
+          std::this_thread::sleep_for(std::chrono::milliseconds(1));
+          loop.RunUntilIdle();
+        }
+        if (round % 5 == 0) {
+          view->JsInvoke({L"v", L"workbench.im.login.invoke", {L"2", L"DoLogout", L"{}"}});
+        }
+        view->UnbindPage();
+        const std::size_t before = page.notifications.size();
+        loop.RunUntilIdle();
+        EXPECT_EQ(page.notifications.size(), before);
+        const auto ids = Received(page);
+        EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end(), std::greater_equal<>()), ids.end());
+        received += ids.size();
+      }
+    });
+  }
+  for (auto& view : views) view.join();
+  stop = true;
+  raising.join();
+  engine_thread.Stop();
+  EXPECT_GT(received, 100u);
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 // What becomes of body items.
-#include "account/body_composer.h"
+#include "account/sending/body_composer.h"
 
 #include <algorithm>
 #include <fstream>
 
-#include "account/data_folder.h"
+#include "account/files/data_folder.h"
 #include "engine_fixture.h"
 #include "kexbase/md5.h"
 #include "kexbase/strings.h"
@@ -204,35 +204,37 @@ TEST(Body, Limits) {
   }
 }
 
+class BodyTest : public ServerTest {};
+
 // Refusals as the caller of a conversation sees them.
-TEST(Body, ThroughTheEngine) {
-  TempFolder folder;
-  const auto engine = Start(QuickSetup(folder.path()));
-  engine->CreateAccount(User(L"harbor"), L"pass");
-  engine->CreateAccount(User(L"mariner"), L"pass");
+TEST_P(BodyTest, ThroughTheEngine) {
+  CreateAccount(User(L"harbor"));
+  CreateAccount(User(L"mariner"));
   Login(User(L"harbor"));
   Login(User(L"mariner"));
   Witness harbor(User(L"harbor"));
   Witness mariner(User(L"mariner"));
   const auto chat = Chat(User(L"harbor"), User(L"mariner"));
-  EXPECT_EQ(chat->SendMsg({}, {}), biz::kEngineEmpty);
-  EXPECT_EQ(chat->SendMsg({Text(std::wstring(2 << 20, L'x'))}, {}), biz::kEngineTooLarge);
+  EXPECT_EQ(SendItems(chat, {}, {}), biz::kEngineEmpty);
+  EXPECT_EQ(SendItems(chat, {Text(std::wstring(2 << 20, L'x'))}, {}), biz::kEngineTooLarge);
   EXPECT_TRUE(History(User(L"harbor"), User(L"mariner")).msgs.empty()) << "nothing is stored";
 
   const std::wstring large(100 * 1024, L'\u6E2F');
-  EXPECT_EQ(chat->SendMsg({Text(large)}, {}), 0);
+  EXPECT_EQ(SendItems(chat, {Text(large)}, {}), 0);
   ASSERT_TRUE(mariner.AwaitReceived(1));
   EXPECT_EQ(mariner.received[0].msgbody, large);
 
   ASSERT_TRUE(harbor.AwaitStatuses(1));
-  EXPECT_EQ(chat->SendMsg({Item(biz::kMsgPicture, L"", "", L"/no/such.png")}, {}), 0);
+  EXPECT_EQ(SendItems(chat, {Item(biz::kMsgPicture, L"", "", L"/no/such.png")}, {}), 0);
   ASSERT_TRUE(harbor.AwaitStatuses(2));
   EXPECT_EQ(harbor.statuses[1].code, biz::kEngineNotFound);
   EXPECT_EQ(harbor.sent[1].msgstatus, biz::kMsgFailed);
-  EXPECT_EQ(chat->ReSendMsg(harbor.sent[1].msgid, false), 0);
+  EXPECT_EQ(Resend(chat, harbor.sent[1].msgid, false), 0);
   ASSERT_TRUE(harbor.AwaitStatuses(3));
   EXPECT_EQ(harbor.statuses[2].code, biz::kEngineNotFound) << "its file is still not there";
 }
+
+INSTANTIATE_TEST_SUITE_P(Servers, BodyTest, testing::ValuesIn(ServerKinds()), NameOf);
 
 }  // namespace
 }  // namespace imsdk::test

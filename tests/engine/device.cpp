@@ -1,9 +1,6 @@
 #include "device.h"
 
-#include <chrono>
-#include <thread>
-
-#include "account/device_name.h"
+#include "account/session/device_name.h"
 #include "kexbase/time.h"
 
 namespace imsdk::test {
@@ -32,33 +29,26 @@ Device::~Device() {
 }
 
 void Device::Login(const biz::IMUserID& user) {
-  const auto login =
-      Wait<biz::IMLoginResult>([&](auto done) { accounts_->LoginByPassword(user, L"pass", done); });
-  ASSERT_TRUE(login.result.ok());
+  const auto login = Answer<biz::IMLoginGrant>([&](auto done) {
+    accounts_->LoginByPassword({user, L"pass"}, done);
+  });
+  ASSERT_TRUE(login.first.ok());
 }
 
 void Device::Logout(const biz::IMUserID& user) {
-  EXPECT_TRUE(Done([&](auto done) { accounts_->Logout(user, done); }).ok());
+  EXPECT_TRUE(Done([&](auto done) { accounts_->Logout({user}, done); }).ok());
 }
 
-void PeersTest::Begin() {
-  setup_.wrap_link = [this](auto real) {
-    server_ = real;
-    return link_ = std::make_shared<FaultyLink>(real);
-  };
-  engine_ = Start(setup_);
-  for (const auto& user : {kHarbor, kMariner}) {
-    engine_->CreateAccount(user, L"pass");
-    ASSERT_TRUE(test::Login(user).result.ok());
-  }
+void PeersTest::SetUp() {
+  setup_.wrap_link = [this](auto real) { return link_ = std::make_shared<FaultyLink>(real); };
+  ServerTest::SetUp();
+  for (const auto& user : {kHarbor, kMariner}) CreateAccount(user);
+  Again();
 }
 
-void Eventually(const std::function<bool()>& holds, const char* what) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!holds()) {
-    ASSERT_LT(std::chrono::steady_clock::now(), deadline) << what;
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-  }
+void PeersTest::Again() {
+  Begin();
+  for (const auto& user : {kHarbor, kMariner}) ASSERT_TRUE(test::Login(user).result.ok());
 }
 
 }  // namespace imsdk::test

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "account/account_mgr.h"
+#include "account/session/account_mgr.h"
 #include "engine_fixture.h"
 #include "faulty_link.h"
 
@@ -31,23 +31,16 @@ class Device {
 };
 
 // Two accounts on one engine, harbor and mariner, both logged in.
-class PeersTest : public testing::Test {
+class PeersTest : public ServerTest {
  protected:
   const biz::IMUserID kHarbor = User(L"harbor");
   const biz::IMUserID kMariner = User(L"mariner");
 
-  void SetUp() override { Begin(); }
-  // Starts the engine, makes the accounts when they are new and logs them in.
-  void Begin();
+  void SetUp() override;
+  // Starts the engine anew and logs both in.
+  void Again();
 
-  TempFolder folder_;
-  EngineSetup setup_ = QuickSetup(folder_.path());
-  std::shared_ptr<link::ServerLink> server_;  // without the faults
   std::shared_ptr<FaultyLink> link_;
-  std::unique_ptr<Engine> engine_;
 };
-
-// Waits until `holds`; fails the test when it takes too long.
-void Eventually(const std::function<bool()>& holds, const char* what);
 
 }  // namespace imsdk::test

@@ -1,7 +1,7 @@
 // One account on several devices.
 #include <stdexcept>
 
-#include "account/device_name.h"
+#include "account/session/device_name.h"
 #include "device.h"
 
 namespace imsdk::test {
@@ -22,8 +22,8 @@ class DevicesTest : public PeersTest {
   }
 };
 
-TEST_F(DevicesTest, EachHearsWhatItHasNotHeard) {
-  Device second(server_);
+TEST_P(DevicesTest, EachHearsWhatItHasNotHeard) {
+  Device second(server_->Link());
   second.Login(kHarbor);
   Witness here(kHarbor);
   Witness there(kHarbor, second.accounts());
@@ -36,11 +36,13 @@ TEST_F(DevicesTest, EachHearsWhatItHasNotHeard) {
   ExpectSent(there, {L"2"});
   ASSERT_TRUE(here.AwaitStatuses(1));
   EXPECT_EQ(there.sent[0].msgstatus, biz::kMsgSent);
-  EXPECT_EQ(there.sent[0].svrtime, here.statuses[0].svrtime);
-  EXPECT_EQ(there.sent[0].cid, kMariner);
+  if (!GetParam().rude) {
+    EXPECT_EQ(there.sent[0].svrtime, here.statuses[0].svrtime);
+  }
+  EXPECT_EQ(there.sent[0].cid, biz::IMConversationID(kMariner));
   Send(kHarbor, kHarbor, L"note");
   ExpectSent(there, {L"2", L"note"});
-  EXPECT_EQ(second.Chat(kHarbor, kHarbor)->GetUnreadCount(), 0);
+  EXPECT_EQ(Unread(second.Chat(kHarbor, kHarbor)), 0);
   ExpectReceived(mariner, {L"2"});
 
   second.Logout(kHarbor);
@@ -55,11 +57,16 @@ TEST_F(DevicesTest, EachHearsWhatItHasNotHeard) {
   EXPECT_FALSE(there.more.back()) << "what follows the messages is over too";
 
   // A new device stands where the account stands.
-  Device third(server_);
+  Device third(server_->Link());
   Witness fresh(kHarbor, third.accounts());
   third.Login(kHarbor);
   Send(kMariner, kHarbor, L"5");
-  ExpectReceived(fresh, {L"5"});
+  fresh.Await([](const Witness& seen) {
+    return !seen.received.empty() && seen.received.back().msgbody == L"5";
+  });
+  if (!GetParam().rude) {
+    EXPECT_EQ(Bodies(fresh.received), Texts{L"5"});
+  }
   ExpectReceived(there, {L"1", L"3", L"5"});
   ExpectReceived(here, {L"1", L"3", L"5"});
   EXPECT_EQ(here.sent.size(), 3U) << "its own messages do not come back";
@@ -69,8 +76,8 @@ TEST_F(DevicesTest, EachHearsWhatItHasNotHeard) {
   EXPECT_EQ(Bodies(page.second.msgs), (Texts{L"1", L"2", L"3", L"4", L"5"}));
 }
 
-TEST_F(DevicesTest, WhatOneReadsIsReadOnAll) {
-  const auto faulty = std::make_shared<FaultyLink>(server_);
+TEST_P(DevicesTest, WhatOneReadsIsReadOnAll) {
+  const auto faulty = std::make_shared<FaultyLink>(server_->Link());
   Device second(faulty);
   second.Login(kHarbor);
   Witness here(kHarbor);
@@ -78,7 +85,7 @@ TEST_F(DevicesTest, WhatOneReadsIsReadOnAll) {
   const auto ours = Chat(kHarbor, kMariner);
   const auto theirs = second.Chat(kHarbor, kMariner);
   const auto read = [](const auto& chat) {
-    EXPECT_TRUE(Done([&](auto done) { chat->SetNewMsgReaded(done); }).ok());
+    EXPECT_TRUE(Done([&](auto done) { chat->SetMsgRead({}, done); }).ok());
   };
   auto send_two = [&, count = std::size_t{0}]() mutable {
     Send(kMariner, kHarbor, L"a");
@@ -87,29 +94,29 @@ TEST_F(DevicesTest, WhatOneReadsIsReadOnAll) {
     return here.AwaitReceived(count) && there.AwaitReceived(count);
   };
   ASSERT_TRUE(send_two());
-  EXPECT_EQ(theirs->GetUnreadCount(), 2);
+  EXPECT_EQ(Unread(theirs), 2);
   read(ours);
-  Eventually([&] { return theirs->GetUnreadCount() == 0; }, "the other device follows");
-  EXPECT_TRUE(theirs->GetNewMsg({}).msgs.empty());
+  Eventually([&] { return Unread(theirs) == 0; }, "the other device follows");
+  EXPECT_TRUE(NewMessages(theirs).msgs.empty());
   const auto boundary = [](const auto& chat) {
-    return Answer<biz::IMMsgPosition>([&](auto done) { chat->GetReadedBoundary(done); })
+    return Answer<biz::IMMsgPosition>([&](auto done) { chat->GetReadedBoundary({}, done); })
         .second.msgid;
   };
   EXPECT_EQ(boundary(theirs), here.received[1].msgid);
   EXPECT_EQ(boundary(ours), here.received[1].msgid);
 
   // So do virtual conversations.
-  ASSERT_TRUE(engine_->Publish(VirtualKind::kSystem, User(L"system"), kHarbor, L"welcome"));
+  ASSERT_TRUE(server_->Publish(VirtualKind::kSystem, User(L"system"), kHarbor, L"welcome"));
   for (Witness* witness : {&here, &there}) {
     witness->Await([](const Witness& seen) { return !seen.system.empty(); });
   }
   const auto virtual_chat = [](const auto& accounts, const biz::IMUserID& self) {
-    return accounts->GetAccount(self)->GetIMVirtualChatMgr()->GetConversation(User(L"system"));
+    return Chat(self, biz::IMConversationID(User(L"system"), biz::kCIDSystem), accounts);
   };
   const auto announcements = virtual_chat(second.accounts(), kHarbor);
-  EXPECT_EQ(announcements->GetUnreadCount(), 1);
+  EXPECT_EQ(Unread(announcements), 1);
   read(virtual_chat(Accounts(), kHarbor));
-  Eventually([&] { return announcements->GetUnreadCount() == 0; }, "the other device follows");
+  Eventually([&] { return Unread(announcements) == 0; }, "the other device follows");
 
   // Without a link it is told when the link is back; an answer that is lost, too.
   ASSERT_TRUE(send_two());
@@ -117,20 +124,21 @@ TEST_F(DevicesTest, WhatOneReadsIsReadOnAll) {
   faulty->EndAll(biz::kEngineNoLink);
   Eventually([&] { return !second.accounts()->GetAccount(kHarbor)->IsOnline(); }, "offline");
   read(theirs);
-  EXPECT_EQ(ours->GetUnreadCount(), 2);
+  EXPECT_EQ(Unread(ours), 2);
   faulty->Shut(false);
-  Eventually([&] { return ours->GetUnreadCount() == 0; }, "told later");
+  Eventually([&] { return Unread(ours) == 0; }, "told later");
   ASSERT_TRUE(send_two());
   faulty->FailNext(Operation::kMarkRead, Fault::kDropRequest);
   read(theirs);
-  Done([&](auto done) { second.accounts()->NetReConnect(kHarbor, done); });
-  Eventually([&] { return ours->GetUnreadCount() == 0; }, "told again");
+  Done([&](auto done) { second.accounts()->NetReConnect({kHarbor}, done); });
+  Eventually([&] { return Unread(ours) == 0; }, "told again");
 }
 
-TEST_F(DevicesTest, HistoryNeverOvertakesWhatIsNew) {
+// Whatever comes first, history or the messages themselves: they are told of, once, and unread.
+TEST_P(DevicesTest, HistoryDoesNotHideWhatIsNew) {
   constexpr std::size_t kCount = 600;
-  constexpr std::size_t kAhead = 400;  // what the server sends before it is acknowledged
-  const auto faulty = std::make_shared<FaultyLink>(server_);
+  constexpr std::size_t kAtLeast = 100;  // come before they are acknowledged
+  const auto faulty = std::make_shared<FaultyLink>(server_->Link());
   Device second(faulty);
   second.Login(kHarbor);
   second.Logout(kHarbor);
@@ -140,31 +148,32 @@ TEST_F(DevicesTest, HistoryNeverOvertakesWhatIsNew) {
   ASSERT_TRUE(here.AwaitReceived(kCount));
   faulty->HoldAcknowledgements(true);
   second.Login(kHarbor);
-  ASSERT_TRUE(there.AwaitReceived(kAhead));
+  ASSERT_TRUE(there.AwaitReceived(kAtLeast));
   const auto chat = second.Chat(kHarbor, kMariner);
   const auto page = Answer<biz::IMMessagePage>([&](auto done) {
     chat->GetRemoteHisMsg({.count = 1000, .autoroam = true}, done);
     Eventually([&] { return faulty->Asked(Operation::kGetHistory) == 1; }, "it is asked for");
     faulty->HoldAcknowledgements(false);
   });
-  EXPECT_EQ(page.second.msgs.size(), kCount);
-  EXPECT_EQ(chat->GetUnreadCount(), static_cast<std::int32_t>(kCount)) << "all came as new before";
-  const auto offline = Answer<biz::IMMessagePage>([&](auto done) { chat->GetOfflineMsg(done); });
+  EXPECT_GE(page.second.msgs.size(), kCount / 2) << "a server may have a limit of its own";
+  ASSERT_TRUE(there.AwaitReceived(kCount));
+  EXPECT_EQ(Unread(chat), static_cast<std::int32_t>(kCount)) << "all came as new";
+  const auto offline =
+      Answer<biz::IMMessagePage>([&](auto done) { chat->GetOfflineMsg({}, done); });
   EXPECT_EQ(Bodies(offline.second.msgs), Bodies(here.received));
 }
 
-TEST_F(DevicesTest, AnInstallationKeepsItsName) {
+TEST_P(DevicesTest, AnInstallationKeepsItsName) {
   const auto name = account::DeviceName(folder_.path() / "client" / "device");
   EXPECT_FALSE(name.empty());
-  engine_.reset();
-  Begin();
+  Again();
   EXPECT_EQ(account::DeviceName(folder_.path() / "client" / "device"), name);
   EXPECT_NE(account::DeviceName(folder_.path() / "another"), name);
   EXPECT_THROW(account::DeviceName(folder_.path() / "no" / "folder"), std::runtime_error);
 }
 
-TEST_F(DevicesTest, ReadReportsComeBackToAllDevices) {
-  Device second(server_);
+TEST_P(DevicesTest, ReadReportsComeBackToAllDevices) {
+  Device second(server_->Link());
   second.Login(kHarbor);
   Witness here(kHarbor);
   Witness there(kHarbor, second.accounts());
@@ -173,11 +182,11 @@ TEST_F(DevicesTest, ReadReportsComeBackToAllDevices) {
   ASSERT_TRUE(mariner.AwaitReceived(3));
   const auto theirs = Chat(kMariner, kHarbor);
   const auto report = [&](const std::vector<std::int64_t>& msgids) {
-    return Done([&](auto done) { theirs->SetFlagsPeerMsgReaded(msgids, done); }).code;
+    return Done([&](auto done) { theirs->SetFlagsPeerMsgReaded({msgids}, done); }).code;
   };
   EXPECT_EQ(report({mariner.received[1].msgid, 12345}), 0);
-  EXPECT_EQ(theirs->GetUnreadCount(), 3) << "a report reads nothing";
-  Done([&](auto done) { theirs->SetNewMsgReaded(done); });
+  EXPECT_EQ(Unread(theirs), 3) << "a report reads nothing";
+  Done([&](auto done) { theirs->SetMsgRead({}, done); });
   EXPECT_EQ(report({}), 0) << "all that are read";
   const int asked = link_->Asked(Operation::kReportRead);
   EXPECT_EQ(report({}), 0);
@@ -188,17 +197,17 @@ TEST_F(DevicesTest, ReadReportsComeBackToAllDevices) {
     ASSERT_EQ(witness->flags.size(), 3U);
     EXPECT_EQ(witness->flags[0].msgid, mariner.received[1].msgid);
     EXPECT_EQ(witness->flags[0].readflag, biz::kMsgRead);
-    EXPECT_EQ(witness->flags[0].cid, kMariner);
+    EXPECT_EQ(witness->flags[0].cid, biz::IMConversationID(kMariner));
   }
-  const auto flags = Answer<std::vector<biz::IMFlagMsgReaded>>([&](auto done) {
+  const auto flags = Answer<biz::IMReadFlags>([&](auto done) {
                        second.Chat(kHarbor, kMariner)->GetFlagsMyMsgReaded({}, done);
-                     }).second;
+                     }).second.items;
   ASSERT_EQ(flags.size(), 3U);
   for (const auto& flag : flags) EXPECT_EQ(flag.readflag, biz::kMsgRead);
 }
 
-TEST_F(DevicesTest, TypingGoesToWhoeverIsThere) {
-  Device second(server_);
+TEST_P(DevicesTest, TypingGoesToWhoeverIsThere) {
+  Device second(server_->Link());
   second.Login(kMariner);
   Witness here(kMariner);
   Witness there(kMariner, second.accounts());
@@ -207,7 +216,7 @@ TEST_F(DevicesTest, TypingGoesToWhoeverIsThere) {
     std::vector<biz::IMBodyItem> items;
     for (const auto& value : values) items.push_back({biz::kMsgInputStatus, L"", value, {}, ""});
     if (values.size() > 1) items.back().type = biz::kMsgText;
-    return Chat(kHarbor, kMariner)->SendMsg(items, {});
+    return SendItems(Chat(kHarbor, kMariner), items, {});
   };
   EXPECT_EQ(typing({L"1"}), 0);
   for (Witness* witness : {&here, &there}) {
@@ -231,6 +240,8 @@ TEST_F(DevicesTest, TypingGoesToWhoeverIsThere) {
   EXPECT_EQ(Bodies(here.received), Texts{L"text"});
   EXPECT_EQ(Bodies(harbor.sent), Texts{L"text"});
 }
+
+INSTANTIATE_TEST_SUITE_P(Servers, DevicesTest, testing::ValuesIn(ServerKinds()), NameOf);
 
 }  // namespace
 }  // namespace imsdk::test

@@ -15,10 +15,23 @@ namespace {
 const biz::IMUserID kHarbor = User(L"harbor");
 const biz::IMUserID kMariner = User(L"mariner");
 
+// The server dies with the client, so it is the one that keeps what it has on its disk.
+std::unique_ptr<EmbeddedServer> StartServer(const std::filesystem::path& data) {
+  return ServerKinds().front().start(data);
+}
+
+EngineSetup SetupOn(const std::filesystem::path& data, EmbeddedServer& server) {
+  EngineSetup setup = QuickSetup(data);
+  setup.options.link = [&server] { return server.Link(); };
+  return setup;
+}
+
 // Sends without end and reports each identifier whose status was sent.
 [[noreturn]] void SendUntilKilled(const std::filesystem::path& data, int report) {
   std::string error;
-  const auto engine = StartEngine(QuickSetup(data), &error);
+  const auto server = StartServer(data);
+  if (!server) _exit(4);
+  const auto engine = StartEngine(SetupOn(data, *server), &error);
   if (!engine) _exit(1);
   if (!Login(kHarbor).result.ok()) _exit(2);
   Accounts()->GetAccount(kHarbor)->GetIMSingleChatMgr()->Events().on_send_msg_status.connect(
@@ -27,7 +40,7 @@ const biz::IMUserID kMariner = User(L"mariner");
       });
   const auto chat = Chat(kHarbor, kMariner);
   for (int i = 0;; ++i) {
-    while (chat->SendMsg({Text(L"text " + std::to_wstring(i))}, {}) != 0) usleep(1000);
+    while (SendItems(chat, {Text(L"text " + std::to_wstring(i))}, {}) != 0) usleep(1000);
     if (i % 20 == 0) usleep(1000);
   }
 }
@@ -55,19 +68,22 @@ void RunAndKill(const std::filesystem::path& data, std::size_t count,
   EXPECT_TRUE(WIFSIGNALED(status)) << "the child gave up with " << WEXITSTATUS(status);
 }
 
-TEST(Durability, AReportedMessageSurvivesAKill) {
+TEST(DurabilityEmbedded, AReportedMessageSurvivesAKill) {
   TempFolder folder;
   {
-    const auto engine = Start(QuickSetup(folder.path()));
-    engine->CreateAccount(kHarbor, L"pass");
-    engine->CreateAccount(kMariner, L"pass");
+    const auto server = StartServer(folder.path());
+    ASSERT_TRUE(server);
+    server->CreateAccount(kHarbor, L"pass");
+    server->CreateAccount(kMariner, L"pass");
   }
   std::set<std::int64_t> reported;
   for (const std::size_t count : {1, 150, 400}) {
     RunAndKill(folder.path(), count, &reported);
     if (HasFatalFailure()) return;
   }
-  const auto engine = Start(QuickSetup(folder.path()));
+  const auto server = StartServer(folder.path());
+  ASSERT_TRUE(server);
+  const auto engine = Start(SetupOn(folder.path(), *server));
   Witness mariner(kMariner);
   Login(kMariner);
   mariner.Await(

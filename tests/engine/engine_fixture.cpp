@@ -1,6 +1,9 @@
 #include "engine_fixture.h"
 
-#include "account/data_folder.h"
+#include <chrono>
+#include <thread>
+
+#include "account/files/data_folder.h"
 #include "kexbase/guid.h"
 #include "kexcore/kexcom.h"
 
@@ -19,12 +22,28 @@ TempFolder::~TempFolder() {
 EngineSetup QuickSetup(const std::filesystem::path& data) {
   EngineSetup setup;
   setup.options.data = account::FromPath(data);
-  setup.hash_cost = {1, 8192};
   setup.timeouts.send = std::chrono::milliseconds(400);
   setup.timeouts.request = std::chrono::milliseconds(400);
+  setup.timeouts.transfer = std::chrono::milliseconds(400);
   setup.timeouts.login = std::chrono::milliseconds(1500);
   setup.timeouts.first_retry = std::chrono::milliseconds(50);
   return setup;
+}
+
+void ServerTest::SetUp() {
+  server_ = GetParam().start(folder_.path());
+  ASSERT_TRUE(server_);
+  Begin();
+}
+
+bool ServerTest::CreateAccount(const biz::IMUserID& user) {
+  return server_->CreateAccount(account::WellFormed(user), L"pass");
+}
+
+void ServerTest::Begin() {
+  engine_.reset();
+  setup_.options.link = [this] { return server_->Link(); };
+  engine_ = Start(setup_);
 }
 
 std::unique_ptr<Engine> Start(const EngineSetup& setup) {
@@ -36,17 +55,22 @@ std::unique_ptr<Engine> Start(const EngineSetup& setup) {
 
 RefPtr<biz::IIMAccountMgr> Accounts() { return kexcore::GetService<biz::IIMAccountMgr>(); }
 
-biz::IMLoginResult Login(const biz::IMUserID& user, const std::wstring& password) {
-  return Wait<biz::IMLoginResult>(
-      [&](auto done) { Accounts()->LoginByPassword(user, password, done); });
+LoginOutcome Login(const biz::IMUserID& user, const std::wstring& password) {
+  const auto [result, grant] = Answer<biz::IMLoginGrant>([&](auto done) {
+    Accounts()->LoginByPassword({user, password}, done);
+  });
+  return {result, grant.token};
 }
 
-biz::IMLoginResult LoginByToken(const biz::IMUserID& user, const std::wstring& token) {
-  return Wait<biz::IMLoginResult>([&](auto done) { Accounts()->LoginByToken(user, token, done); });
+LoginOutcome LoginByToken(const biz::IMUserID& user, const std::wstring& token) {
+  const auto [result, grant] = Answer<biz::IMLoginGrant>([&](auto done) {
+    Accounts()->LoginByToken({user, token}, done);
+  });
+  return {result, grant.token};
 }
 
 biz::ResultCode Logout(const biz::IMUserID& user) {
-  return Wait<biz::ResultCode>([&](auto done) { Accounts()->Logout(user, done); });
+  return Done([&](auto done) { Accounts()->Logout({user}, done); });
 }
 
 // Handlers outlive the witness: an event may be in the middle of a call.
@@ -67,12 +91,11 @@ Witness::Witness(const biz::IMUserID& user, RefPtr<biz::IIMAccountMgr> accounts)
       accounts_(std::move(accounts)),
       link_(std::make_shared<Link>()) {
   link_->witness = this;
-  on_login_ = accounts_->Events().on_login_ok.connect([this, link = link_](const auto& who) {
-    std::unique_lock hold(link->lock);
-    if (!link->witness || !(who == user_)) return;
-    hold.unlock();
-    Listen();
+  on_login_ = accounts_->Events().on_login_ok.connect([link = link_](const auto& who) {
+    std::lock_guard hold(link->lock);
+    if (link->witness && who == link->witness->user_) link->witness->Listen();
   });
+  std::lock_guard hold(link_->lock);
   Listen();
 }
 
@@ -84,7 +107,9 @@ Witness::~Witness() {
 
 void Witness::Listen() {
   const auto account = accounts_->GetAccount(user_);
-  if (!account) return;
+  // The event of a login comes after its answer: somebody may listen already.
+  if (!account || listens_to_.get() == account.get()) return;
+  listens_to_ = account;
   auto& events = account->GetIMSingleChatMgr()->Events();
   events.on_receive_new_msg.connect([link = link_](const auto&, const auto& messages) {
     link->Change([&](Witness& witness) {
@@ -132,6 +157,29 @@ void Witness::Listen() {
   events.on_peer_input.connect([link = link_](const auto& peer, auto status) {
     link->Change([&](Witness& witness) { witness.inputs.emplace_back(peer, status); });
   });
+  auto& tribes = account->GetIMTribeChatMgr()->Events();
+  const auto add = [](auto& to, const auto& messages) {
+    to.insert(to.end(), messages.begin(), messages.end());
+  };
+  tribes.on_receive_new_msg.connect([link = link_, add](const auto&, const auto& messages) {
+    link->Change([&](Witness& witness) { add(witness.tribe_received, messages); });
+  });
+  tribes.on_receive_offline_msg.connect(
+      [link = link_, add](bool, const auto&, const auto& messages) {
+        link->Change([&](Witness& witness) { add(witness.tribe_received, messages); });
+      });
+  tribes.on_send_new_msg.connect([link = link_, add](const auto&, const auto& messages) {
+    link->Change([&](Witness& witness) { add(witness.tribe_sent, messages); });
+  });
+  tribes.on_send_msg_status.connect(
+      [link = link_](const auto&, auto, auto msgid, auto svrtime, const auto& result) {
+        link->Change([&](Witness& witness) {
+          witness.tribe_statuses.push_back({msgid, svrtime, result.code});
+        });
+      });
+  tribes.on_msg_withdraw.connect([link = link_](const auto&, const auto& what, const auto&) {
+    link->Change([&](Witness& witness) { witness.tribe_withdrawn.push_back(what); });
+  });
   auto& virtuals = account->GetIMVirtualChatMgr()->Events();
   virtuals.on_receive_sys_msg.connect([link = link_](const auto& messages) {
     link->Change([&](Witness& witness) {
@@ -161,11 +209,17 @@ bool Witness::AwaitReceived(std::size_t count) {
   return Await([count](const Witness& witness) { return witness.received.size() >= count; });
 }
 
-RefPtr<biz::IIMConversation> Chat(const biz::IMUserID& self, const biz::IMUserID& peer,
+RefPtr<biz::IIMConversation> Chat(const biz::IMUserID& self, const biz::IMConversationID& cid,
                                   const RefPtr<biz::IIMAccountMgr>& accounts) {
   const auto account = accounts->GetAccount(self);
-  return account ? account->GetIMSingleChatMgr()->GetConversation(peer)
-                 : RefPtr<biz::IIMConversation>();
+  if (!account) return {};
+  if (cid.is_tribe()) return account->GetIMTribeChatMgr()->GetConversation(cid);
+  if (cid.is_virtual()) return account->GetIMVirtualChatMgr()->GetConversation(cid);
+  return account->GetIMSingleChatMgr()->GetConversation(cid);
+}
+
+RefPtr<biz::IIMSingleChatMgr> Chats(const biz::IMUserID& self) {
+  return Accounts()->GetAccount(self)->GetIMSingleChatMgr();
 }
 
 biz::IMBodyItem Text(const std::wstring& text) {
@@ -174,21 +228,51 @@ biz::IMBodyItem Text(const std::wstring& text) {
   return item;
 }
 
+std::int32_t SendItems(const RefPtr<biz::IIMConversation>& chat, std::vector<biz::IMBodyItem> items,
+                       biz::IMSendRequest request) {
+  request.body = std::make_shared<const std::vector<biz::IMBodyItem>>(std::move(items));
+  std::int32_t code = 1;
+  chat->SendMsg(request, [&](const biz::ResultCode& result) { code = result.code; });
+  return code;
+}
+
+std::int32_t Resend(const RefPtr<biz::IIMConversation>& chat, std::int64_t msgid, bool at_once) {
+  std::int32_t code = 1;
+  chat->ReSendMsg({msgid, at_once}, [&](const biz::ResultCode& result) { code = result.code; });
+  return code;
+}
+
+std::int32_t Unread(const RefPtr<biz::IIMConversation>& chat) {
+  std::int32_t count = -1;
+  chat->GetUnreadCount({}, [&](const auto&, const biz::IMCount& found) { count = found.count; });
+  return count;
+}
+
+biz::IMMessagePage NewMessages(const RefPtr<biz::IIMConversation>& chat,
+                               const biz::IMPageRequest& request) {
+  biz::IMMessagePage page;
+  chat->GetNewMsg(request, [&](const auto&, const biz::IMMessagePage& found) { page = found; });
+  return page;
+}
+
 std::int32_t Send(const biz::IMUserID& from, const biz::IMUserID& to, const std::wstring& text) {
-  return Chat(from, to)->SendMsg({Text(text)}, {});
+  return SendItems(Chat(from, to), {Text(text)});
+}
+
+biz::IMMessagePage LocalPage(const RefPtr<biz::IIMConversation>& chat,
+                             const biz::IMPageRequest& request) {
+  const auto [result, page] =
+      Answer<biz::IMMessagePage>([&](auto done) { chat->GetLocalHisMsg(request, done); });
+  EXPECT_TRUE(result.ok());
+  return page;
 }
 
 biz::IMMessagePage History(const biz::IMUserID& self, const biz::IMUserID& peer,
                            const biz::IMPageRequest& request) {
-  return Wait<biz::IMMessagePage>([&](auto done) {
-    Chat(self, peer)->GetLocalHisMsg(request, [done](const auto& result, auto page) {
-      EXPECT_TRUE(result.ok());
-      done(std::move(page));
-    });
-  });
+  return LocalPage(Chat(self, peer), request);
 }
 
-biz::ResultCode Done(const std::function<void(biz::IMDoneCallback)>& operation) {
+biz::ResultCode Done(const std::function<void(biz::IMCallback<>)>& operation) {
   return Wait<biz::ResultCode>([&](auto done) { operation(done); });
 }
 
@@ -196,6 +280,20 @@ std::vector<std::wstring> Bodies(const std::vector<biz::IMMessage>& messages) {
   std::vector<std::wstring> bodies;
   for (const auto& message : messages) bodies.push_back(message.msgbody);
   return bodies;
+}
+
+std::vector<std::int64_t> Ids(const std::vector<biz::IMMessage>& messages) {
+  std::vector<std::int64_t> ids;
+  for (const auto& message : messages) ids.push_back(message.msgid);
+  return ids;
+}
+
+void Eventually(const std::function<bool()>& holds, const char* what) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!holds()) {
+    ASSERT_LT(std::chrono::steady_clock::now(), deadline) << what;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
 }
 
 }  // namespace imsdk::test

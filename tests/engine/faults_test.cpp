@@ -8,7 +8,7 @@ namespace {
 
 class FaultsTest : public PeersTest {};
 
-TEST_F(FaultsTest, EachOperationIsAnsweredOnce) {
+TEST_P(FaultsTest, EachOperationIsAnsweredOnce) {
   Witness harbor(kHarbor);
   // Fresh ones for each fault.
   std::int64_t own = 0;
@@ -17,7 +17,7 @@ TEST_F(FaultsTest, EachOperationIsAnsweredOnce) {
 
   using Done = std::function<void(const biz::ResultCode&)>;
   const auto chat = [&] { return Chat(kHarbor, kMariner); };
-  const auto chats = [&] { return Accounts()->GetAccount(kHarbor)->GetIMSingleChatMgr(); };
+  const auto chats = [&] { return Chats(kHarbor); };
   const auto only = [](Done done) {
     return [done](const biz::ResultCode& result, const auto&) { done(result); };
   };
@@ -26,7 +26,7 @@ TEST_F(FaultsTest, EachOperationIsAnsweredOnce) {
     Operation operation;
     std::function<void(Done)> run;
   } operations[] = {
-      {"withdraw", Operation::kWithdraw, [&](Done done) { chat()->WithdrawMsg(own, done); }},
+      {"withdraw", Operation::kWithdraw, [&](Done done) { chat()->WithdrawMsg({own}, done); }},
       {"remote page", Operation::kGetHistory,
        [&](Done done) { chat()->GetRemoteHisMsg({}, only(done)); }},
       {"remote page, kept", Operation::kGetHistory,
@@ -35,10 +35,11 @@ TEST_F(FaultsTest, EachOperationIsAnsweredOnce) {
        [&](Done done) { Chat(kHarbor, unknown)->GetLocalHisMsg({.autoroam = true}, only(done)); }},
       {"roam", Operation::kGetHistory, [&](Done done) { chat()->RoamMsg({}, only(done)); }},
       {"get roaming", Operation::kGetRoaming,
-       [&](Done done) { chats()->GetRoamStatus(only(done)); }},
-      {"set roaming", Operation::kSetRoaming, [&](Done done) { chats()->SetRoamStatus(1, done); }},
+       [&](Done done) { chats()->GetRoamStatus({}, only(done)); }},
+      {"set roaming", Operation::kSetRoaming,
+       [&](Done done) { chats()->SetRoamStatus({1}, done); }},
       {"report", Operation::kReportRead,
-       [&](Done done) { chat()->SetFlagsPeerMsgReaded({theirs}, done); }},
+       [&](Done done) { chat()->SetFlagsPeerMsgReaded({{theirs}}, done); }},
   };
   const struct {
     const char* what;
@@ -105,13 +106,13 @@ TEST_F(FaultsTest, EachOperationIsAnsweredOnce) {
   }
 }
 
-TEST_F(FaultsTest, WithoutALinkThingsFailAtOnce) {
+TEST_P(FaultsTest, WithoutALinkThingsFailAtOnce) {
   Witness harbor(kHarbor);
   link_->Shut(true);
-  EXPECT_EQ(Done([&](auto done) { Accounts()->NetReConnect(kHarbor, done); }).code,
+  EXPECT_EQ(Done([&](auto done) { Accounts()->NetReConnect({kHarbor}, done); }).code,
             biz::kEngineNoLink);
   const auto chat = Chat(kHarbor, kMariner);
-  EXPECT_EQ(Done([&](auto done) { chat->WithdrawMsg(1, done); }).code, biz::kEngineNoLink);
+  EXPECT_EQ(Done([&](auto done) { chat->WithdrawMsg({1}, done); }).code, biz::kEngineNoLink);
   EXPECT_EQ(Answer<biz::IMMessagePage>([&](auto done) {
               chat->GetLocalHisMsg({.autoroam = true}, done);
             }).first.code,
@@ -119,32 +120,33 @@ TEST_F(FaultsTest, WithoutALinkThingsFailAtOnce) {
 }
 
 // The pause before the next attempt is a minute here: only `at_once` gets the message through.
-TEST_F(FaultsTest, AtOnceTriesTheLinkNow) {
+TEST_P(FaultsTest, AtOnceTriesTheLinkNow) {
   setup_.timeouts.first_retry = setup_.timeouts.longest_retry = std::chrono::minutes(1);
   setup_.timeouts.send = std::chrono::seconds(30);
-  engine_.reset();
-  Begin();
+  Again();
   Witness harbor(kHarbor);
   Witness mariner(kMariner);
   link_->Shut(true);
-  Done([&](auto done) { Accounts()->NetReConnect(kHarbor, done); });
+  Done([&](auto done) { Accounts()->NetReConnect({kHarbor}, done); });
   Send(kHarbor, kMariner, L"text");
   ASSERT_TRUE(harbor.AwaitStatuses(1));
   const std::int64_t msgid = harbor.statuses[0].msgid;
   for (const bool at_once : {false, true}) {
-    EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(msgid, at_once), 0);
+    EXPECT_EQ(Resend(Chat(kHarbor, kMariner), msgid, at_once), 0);
     ASSERT_TRUE(harbor.AwaitStatuses(at_once ? 3 : 2));
     EXPECT_EQ(harbor.statuses.back().code, biz::kEngineNoLink) << "the link is shut";
   }
   link_->Shut(false);
-  EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(msgid, false), 0);
+  EXPECT_EQ(Resend(Chat(kHarbor, kMariner), msgid, false), 0);
   ASSERT_TRUE(harbor.AwaitStatuses(4));
   EXPECT_EQ(harbor.statuses[3].code, biz::kEngineNoLink) << "nobody tries the link";
-  EXPECT_EQ(Chat(kHarbor, kMariner)->ReSendMsg(msgid, true), 0);
+  EXPECT_EQ(Resend(Chat(kHarbor, kMariner), msgid, true), 0);
   ASSERT_TRUE(harbor.AwaitStatuses(5));
   EXPECT_EQ(harbor.statuses[4].code, 0);
   ASSERT_TRUE(mariner.AwaitReceived(1));
 }
+
+INSTANTIATE_TEST_SUITE_P(Servers, FaultsTest, testing::ValuesIn(ServerKinds()), NameOf);
 
 }  // namespace
 }  // namespace imsdk::test

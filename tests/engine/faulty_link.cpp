@@ -1,5 +1,6 @@
 #include "faulty_link.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace imsdk::test {
@@ -11,11 +12,14 @@ class FaultyLink::Ear : public link::SessionListener {
       : link_(std::move(link)), account_(std::move(account)) {}
 
   void OnBatch(link::Batch batch) override {
-    if (link_->TakeLostBatch()) return;
+    const bool brings = std::any_of(
+        batch.entries.begin(), batch.entries.end(),
+        [](const link::Entry& entry) { return std::holds_alternative<link::Message>(entry); });
+    if (brings && link_->TakeLostBatch()) return;
     if (const auto account = account_.lock()) account->OnBatch(std::move(batch));
   }
-  void OnSignal(const biz::IMUserID& from, std::int32_t status) override {
-    if (const auto account = account_.lock()) account->OnSignal(from, status);
+  void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override {
+    if (const auto account = account_.lock()) account->OnTyping(cid, status);
   }
   void OnEnded(const biz::ResultCode& why) override {
     if (const auto account = account_.lock()) account->OnEnded(why);
@@ -26,99 +30,92 @@ class FaultyLink::Ear : public link::SessionListener {
   const std::weak_ptr<link::SessionListener> account_;
 };
 
+namespace {
+
+struct Kinds {
+  Operation operator()(const link::Asked<link::Deliver>&) { return Operation::kDeliver; }
+  Operation operator()(const link::Asked<link::Withdraw>&) { return Operation::kWithdraw; }
+  Operation operator()(const link::Asked<link::ReportRead>&) { return Operation::kReportRead; }
+  Operation operator()(const link::Asked<link::MarkRead>&) { return Operation::kMarkRead; }
+  Operation operator()(const link::Asked<link::GetHistory>&) { return Operation::kGetHistory; }
+  Operation operator()(const link::Asked<link::GetRoaming>&) { return Operation::kGetRoaming; }
+  Operation operator()(const link::Asked<link::SetRoaming>&) { return Operation::kSetRoaming; }
+  Operation operator()(const link::Asked<link::Upload>&) { return Operation::kUpload; }
+  Operation operator()(const link::Asked<link::Download>&) { return Operation::kDownload; }
+  template <class Asked>
+  Operation operator()(const Asked&) {
+    return Operation::kOther;
+  }
+};
+
+Operation KindOf(const link::Request& request) { return std::visit(Kinds{}, request); }
+
+}  // namespace
+
 class FaultySession : public link::Session {
  public:
   FaultySession(std::shared_ptr<FaultyLink> link, std::shared_ptr<link::Session> real,
                 std::shared_ptr<link::SessionListener> ear)
       : link_(std::move(link)), real_(std::move(real)), ear_(std::move(ear)) {}
 
-  void Deliver(const link::Message& message, link::DeliverCallback done) override {
-    Pass(Operation::kDeliver, std::move(done),
-         [&](auto passed) { real_->Deliver(message, std::move(passed)); });
+  void Ask(link::Request request) override {
+    const std::optional<Fault> fault = link_->Take(KindOf(request));
+    if (fault == Fault::kDropRequest) return;
+    if (fault == Fault::kRefuse) {
+      return std::visit(
+          [](auto& asked) {
+            asked.done({biz::kEngineNoLink, 0, L"not now"}, {});
+          },
+          request);
+    }
+    if (fault) {
+      std::visit(
+          [ear = ear_, breaks = *fault == Fault::kBreak](auto& asked) {
+            asked.done = [ear, breaks](const auto&...) {
+              if (breaks) ear->OnEnded({biz::kEngineNoLink, 0, L"the link broke"});
+            };
+          },
+          request);
+    }
+    real_->Ask(std::move(request));
   }
-  void Withdraw(const biz::IMUserID& peer, std::int64_t msgid, link::DoneCallback done) override {
-    Pass(Operation::kWithdraw, std::move(done),
-         [&](auto passed) { real_->Withdraw(peer, msgid, std::move(passed)); });
+
+  void Acknowledge(const std::string& position) override {
+    if (!link_->Hold(real_, position)) real_->Acknowledge(position);
   }
-  void ReportRead(const biz::IMUserID& peer, const std::vector<std::int64_t>& msgids,
-                  link::DoneCallback done) override {
-    Pass(Operation::kReportRead, std::move(done),
-         [&](auto passed) { real_->ReportRead(peer, msgids, std::move(passed)); });
-  }
-  void MarkRead(const biz::IMUserID& peer, const biz::IMMsgPosition& upto,
-                link::DoneCallback done) override {
-    Pass(Operation::kMarkRead, std::move(done),
-         [&](auto passed) { real_->MarkRead(peer, upto, std::move(passed)); });
-  }
-  void Signal(const biz::IMUserID& peer, std::int32_t status) override {
-    real_->Signal(peer, status);
-  }
-  void GetHistory(const link::HistoryRequest& request, link::HistoryCallback done) override {
-    Pass(Operation::kGetHistory, std::move(done),
-         [&](auto passed) { real_->GetHistory(request, std::move(passed)); });
-  }
-  void GetRoaming(link::RoamingCallback done) override {
-    Pass(Operation::kGetRoaming, std::move(done),
-         [&](auto passed) { real_->GetRoaming(std::move(passed)); });
-  }
-  void SetRoaming(std::int32_t status, link::DoneCallback done) override {
-    Pass(Operation::kSetRoaming, std::move(done),
-         [&](auto passed) { real_->SetRoaming(status, std::move(passed)); });
-  }
-  void Acknowledge(std::int64_t upto) override {
-    if (!link_->Hold(real_, upto)) real_->Acknowledge(upto);
-  }
-  void Close(link::DoneCallback done) override { real_->Close(std::move(done)); }
 
  private:
-  template <class Done, class Call>
-  void Pass(Operation operation, Done done, Call call) {
-    const std::optional<Fault> fault = link_->Take(operation);
-    if (!fault) return call(std::move(done));
-    if (*fault == Fault::kDropRequest) return;
-    const bool breaks = *fault == Fault::kBreak;
-    call([ear = ear_, breaks](const auto&...) {
-      if (breaks) ear->OnEnded({biz::kEngineNoLink, 0, L"the link broke"});
-    });
-  }
-
   const std::shared_ptr<FaultyLink> link_;
   const std::shared_ptr<link::Session> real_;
   const std::shared_ptr<link::SessionListener> ear_;
 };
 
-void FaultyLink::LoginByPassword(const biz::IMUserID& user, const std::wstring& password,
-                                 link::GrantCallback done) {
+void FaultyLink::Login(const link::LoginRequest& request, link::LoginCallback done) {
   std::unique_lock hold(lock_);
-  if (shut_) return;
+  if (shut_ && std::holds_alternative<link::Password>(request.proof)) return;
   hold.unlock();
-  real_->LoginByPassword(user, password, std::move(done));
+  real_->Login(request, std::move(done));
 }
 
-void FaultyLink::LoginByToken(const biz::IMUserID& user, const std::wstring& token,
-                              link::GrantCallback done) {
-  real_->LoginByToken(user, token, std::move(done));
-}
-
-void FaultyLink::Connect(const biz::IMUserID& user, const std::wstring& token,
-                         const std::string& device, std::weak_ptr<link::SessionListener> listener,
-                         link::ConnectCallback done) {
+void FaultyLink::Connect(const link::ConnectRequest& request, link::ConnectCallback done) {
   std::unique_lock hold(lock_);
   if (shut_) {
     hold.unlock();
-    return done({shut_code_, 0, L"shut"}, nullptr, 0);
+    return done({shut_code_, 0, L"shut"}, {});
   }
-  listeners_.push_back(listener);
+  listeners_.push_back(request.listener);
   hold.unlock();
-  auto ear = std::make_shared<Ear>(shared_from_this(), std::move(listener));
-  real_->Connect(user, token, device, ear,
-                 [self = shared_from_this(), ear, done = std::move(done)](
-                     const auto& result, auto session, auto position) {
-                   if (session) {
-                     session = std::make_shared<FaultySession>(self, std::move(session), ear);
-                   }
-                   done(result, std::move(session), position);
-                 });
+  auto ear = std::make_shared<Ear>(shared_from_this(), request.listener);
+  link::ConnectRequest heard = request;
+  heard.listener = ear;
+  real_->Connect(heard, [self = shared_from_this(), ear, done = std::move(done)](
+                            const biz::ResultCode& result, const link::Connected& connected) {
+    link::Connected faulty = connected;
+    if (faulty.session) {
+      faulty.session = std::make_shared<FaultySession>(self, connected.session, ear);
+    }
+    done(result, faulty);
+  });
 }
 
 void FaultyLink::FailNext(Operation operation, Fault fault, int after) {
@@ -144,16 +141,19 @@ void FaultyLink::LoseNextBatch() {
 }
 
 void FaultyLink::HoldAcknowledgements(bool hold) {
-  std::lock_guard guard(lock_);
+  std::unique_lock guard(lock_);
   holding_ = hold;
-  if (const auto session = std::exchange(held_session_, nullptr)) session->Acknowledge(held_);
+  const auto session = std::exchange(held_session_, nullptr);
+  const std::string position = held_;
+  guard.unlock();  // the server may answer with the next batch at once
+  if (session) session->Acknowledge(position);
 }
 
-bool FaultyLink::Hold(const std::shared_ptr<link::Session>& session, std::int64_t upto) {
+bool FaultyLink::Hold(const std::shared_ptr<link::Session>& session, const std::string& position) {
   std::lock_guard guard(lock_);
   if (!holding_) return false;
   held_session_ = session;
-  held_ = upto;
+  held_ = position;
   return true;
 }
 

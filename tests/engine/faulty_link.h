@@ -25,12 +25,16 @@ enum class Operation {
   kGetHistory,
   kGetRoaming,
   kSetRoaming,
+  kUpload,
+  kDownload,
+  kOther,
 };
 
 // What happens to it.
 enum class Fault {
   kDropRequest,  // the server never sees it, the client gets no answer
   kDropAnswer,   // the server does it, the client gets no answer
+  kRefuse,       // the server wants nothing now (`kEngineNoLink`), the session stays
   kBreak,        // the server does it, then the session ends with `kEngineNoLink`
 };
 
@@ -38,12 +42,8 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
  public:
   explicit FaultyLink(std::shared_ptr<link::ServerLink> real) : real_(std::move(real)) {}
 
-  void LoginByPassword(const biz::IMUserID& user, const std::wstring& password,
-                       link::GrantCallback done) override;
-  void LoginByToken(const biz::IMUserID& user, const std::wstring& token,
-                    link::GrantCallback done) override;
-  void Connect(const biz::IMUserID& user, const std::wstring& token, const std::string& device,
-               std::weak_ptr<link::SessionListener> listener, link::ConnectCallback done) override;
+  void Login(const link::LoginRequest& request, link::LoginCallback done) override;
+  void Connect(const link::ConnectRequest& request, link::ConnectCallback done) override;
 
   // The next operation of this kind, after those named before; `after` of them pass first.
   void FailNext(Operation operation, Fault fault, int after = 0);
@@ -51,10 +51,11 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
   void Heal();
   // How often this was asked for so far.
   int Asked(Operation operation);
+  // The next batch with a message.
   void LoseNextBatch();
   // Keeps acknowledgements back; the last one goes on when that ends. For one session at a time.
   void HoldAcknowledgements(bool hold);
-  // From now on nobody gets in: logins get no answer, connecting fails with `code`.
+  // From now on nobody gets in: logins by password get no answer, connecting fails with `code`.
   void Shut(bool shut, biz::EngineCode code = biz::kEngineNoLink);
   // Ends all sessions as a server does that wants them gone.
   void EndAll(biz::EngineCode why);
@@ -66,7 +67,7 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
   std::optional<Fault> Take(Operation operation);
   bool TakeLostBatch();
   // Whether the acknowledgement stays here.
-  bool Hold(const std::shared_ptr<link::Session>& session, std::int64_t upto);
+  bool Hold(const std::shared_ptr<link::Session>& session, const std::string& position);
 
   const std::shared_ptr<link::ServerLink> real_;
   std::mutex lock_;
@@ -75,7 +76,7 @@ class FaultyLink : public link::ServerLink, public std::enable_shared_from_this<
   std::size_t lost_batches_ = 0;
   bool holding_ = false;
   std::shared_ptr<link::Session> held_session_;
-  std::int64_t held_ = 0;
+  std::string held_;
   bool shut_ = false;
   biz::EngineCode shut_code_ = biz::kEngineNoLink;
   std::vector<std::weak_ptr<link::SessionListener>> listeners_;

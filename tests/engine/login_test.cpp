@@ -1,23 +1,26 @@
 // Accounts, passwords, tokens, sessions.
-#include <thread>
+#include <algorithm>
+#include <mutex>
 
 #include "engine_fixture.h"
-#include "imsdk/biz/single_chat.h"
 
 namespace imsdk::test {
 namespace {
 
-TEST(Login, SaysWhatIsWrong) {
-  TempFolder folder;
-  const auto engine = Start(QuickSetup(folder.path()));
-  ASSERT_TRUE(engine->CreateAccount(User(L"harbor"), L"pass"));
-  EXPECT_FALSE(engine->CreateAccount(User(L"harbor"), L"other")) << "exists";
-  EXPECT_FALSE(engine->CreateAccount({L"cnbazaro", L""}, L"pass"));
-  EXPECT_TRUE(engine->IssueToken(User(L"nobody")).empty());
+class LoginTest : public ServerTest {};
 
+TEST_P(LoginTest, SaysWhatIsWrong) {
+  ASSERT_TRUE(CreateAccount(User(L"harbor")));
+  EXPECT_FALSE(CreateAccount(User(L"harbor"))) << "exists";
+  EXPECT_FALSE(CreateAccount({L"cnbazaro", L""}));
+  EXPECT_TRUE(server_->IssueToken(User(L"nobody")).empty());
+
+  std::mutex lock;
   std::vector<std::int32_t> failed;
-  const auto handle = Accounts()->Events().on_login_failed.connect(
-      [&](const auto&, const auto& result) { failed.push_back(result.code); });
+  Accounts()->Events().on_login_failed.connect([&](const auto&, const auto& result) {
+    std::lock_guard hold(lock);
+    failed.push_back(result.code);
+  });
   const struct {
     biz::IMUserID user;
     std::wstring password;
@@ -38,39 +41,66 @@ TEST(Login, SaysWhatIsWrong) {
   }
   EXPECT_EQ(LoginByToken(User(L"harbor"), L"made up").result.code, biz::kEngineTokenExpired);
   expected.push_back(biz::kEngineTokenExpired);
-  EXPECT_EQ(failed, expected);
+  Eventually(
+      [&] {
+        std::lock_guard hold(lock);
+        return failed.size() == expected.size();
+      },
+      "each failure is told");
+  EXPECT_TRUE(std::is_permutation(failed.begin(), failed.end(), expected.begin()));
   EXPECT_EQ(Logout(User(L"harbor")).code, biz::kEngineNotLoggedIn);
 }
 
-TEST(Login, TokensLiveOverRestartsUntilTheyExpire) {
-  TempFolder folder;
-  EngineSetup setup = QuickSetup(folder.path());
-  std::wstring token;
-  {
-    const auto engine = Start(setup);
-    engine->CreateAccount(User(L"harbor"), L"pass");
-    engine->CreateAccount(User(L"mariner"), L"pass");
-    const auto login = Login(User(L"harbor"));
-    ASSERT_TRUE(login.result.ok());
-    token = login.token;
-    EXPECT_EQ(LoginByToken(User(L"mariner"), token).result.code, biz::kEngineTokenExpired)
-        << "a token is good for its own account only";
-    EXPECT_TRUE(Logout(User(L"harbor")).ok());
-    EXPECT_TRUE(LoginByToken(User(L"harbor"), engine->IssueToken(User(L"harbor"))).result.ok());
-  }
-  setup.options.token_life_ms = 150;
-  const auto engine = Start(setup);
-  const auto again = LoginByToken(User(L"harbor"), token);
+TEST_P(LoginTest, TokensLiveOverRestarts) {
+  CreateAccount(User(L"harbor"));
+  CreateAccount(User(L"mariner"));
+  const auto login = Login(User(L"harbor"));
+  ASSERT_TRUE(login.result.ok());
+  EXPECT_EQ(LoginByToken(User(L"mariner"), login.token).result.code, biz::kEngineTokenExpired)
+      << "a token is good for its own account only";
+  EXPECT_TRUE(Logout(User(L"harbor")).ok());
+  EXPECT_TRUE(LoginByToken(User(L"harbor"), server_->IssueToken(User(L"harbor"))).result.ok());
+  Begin();
+  const auto again = LoginByToken(User(L"harbor"), login.token);
   ASSERT_TRUE(again.result.ok()) << "logout and restart leave the token good";
-  EXPECT_NE(again.token, token);
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
-  EXPECT_EQ(LoginByToken(User(L"harbor"), again.token).result.code, biz::kEngineTokenExpired);
+  EXPECT_NE(again.token, login.token);
 }
 
-TEST(Login, AgainWhileLoggedInKeepsTheSession) {
-  TempFolder folder;
-  const auto engine = Start(QuickSetup(folder.path()));
-  engine->CreateAccount(User(L"harbor"), L"pass");
+// Who subscribes when the login is answered misses nothing.
+TEST_P(LoginTest, TheAnswerComesBeforeEveryEvent) {
+  CreateAccount(User(L"harbor"));
+  CreateAccount(User(L"mariner"));
+  Login(User(L"mariner"));
+  Witness mariner(User(L"mariner"));
+  Send(User(L"mariner"), User(L"harbor"), L"waits");
+  ASSERT_TRUE(mariner.AwaitStatuses(1));
+  std::mutex lock;
+  std::vector<std::string> order;
+  const auto note = [&](const char* what) {
+    std::lock_guard hold(lock);
+    order.emplace_back(what);
+  };
+  Accounts()->Events().on_login_ok.connect([&](const auto&) { note("event"); });
+  Accounts()->LoginByPassword({User(L"harbor"), L"pass"}, [&](const auto& result, const auto&) {
+    note(result.ok() ? "answer" : "failure");
+    Chats(User(L"harbor"))
+        ->Events()
+        .on_receive_offline_msg.connect([&](bool, const auto&, const auto& messages) {
+          if (!messages.empty()) note("message");
+        });
+  });
+  Eventually(
+      [&] {
+        std::lock_guard hold(lock);
+        return order.size() >= 3;
+      },
+      "all three");
+  engine_.reset();
+  EXPECT_EQ(order, (std::vector<std::string>{"answer", "event", "message"}));
+}
+
+TEST_P(LoginTest, AgainWhileLoggedInKeepsTheSession) {
+  CreateAccount(User(L"harbor"));
   const auto first = Login(User(L"harbor"));
   const auto account = Accounts()->GetAccount(User(L"harbor"));
   const auto second = Login(User(L"harbor"));
@@ -81,32 +111,28 @@ TEST(Login, AgainWhileLoggedInKeepsTheSession) {
   EXPECT_TRUE(account->IsOnline());
 }
 
-TEST(Login, WhatIsKeptAfterLogoutFails) {
-  TempFolder folder;
-  const auto engine = Start(QuickSetup(folder.path()));
-  engine->CreateAccount(User(L"harbor"), L"pass");
+TEST_P(LoginTest, WhatIsKeptAfterLogoutFails) {
+  CreateAccount(User(L"harbor"));
   Login(User(L"harbor"));
   const auto account = Accounts()->GetAccount(User(L"harbor"));
   const auto chats = account->GetIMSingleChatMgr();
-  const auto chat = chats->GetConversation(User(L"mariner"));
+  const auto chat = chats->GetConversation(biz::IMConversationID(User(L"mariner")));
   int logouts = 0;
   Accounts()->Events().on_logouted.connect([&](const auto&) { ++logouts; });
   EXPECT_TRUE(Logout(User(L"harbor")).ok());
   EXPECT_EQ(logouts, 1);
   EXPECT_FALSE(account->IsOnline());
-  EXPECT_FALSE(chats->GetConversation(User(L"mariner")));
-  EXPECT_EQ(chat->SendMsg({Text(L"late")}, {}), biz::kEngineNotLoggedIn);
-  EXPECT_EQ(chat->ReSendMsg(1, false), biz::kEngineNotLoggedIn);
+  EXPECT_FALSE(chats->GetConversation(biz::IMConversationID(User(L"mariner"))));
+  EXPECT_EQ(SendItems(chat, {Text(L"late")}, {}), biz::kEngineNotLoggedIn);
+  EXPECT_EQ(Resend(chat, 1, false), biz::kEngineNotLoggedIn);
   std::int32_t code = 0;
   chat->GetLocalHisMsg({}, [&](const auto& result, auto) { code = result.code; });
   EXPECT_EQ(code, biz::kEngineNotLoggedIn);
   EXPECT_TRUE(Login(User(L"harbor")).result.ok());
-  EXPECT_EQ(chat->SendMsg({Text(L"late")}, {}), biz::kEngineNotLoggedIn);
+  EXPECT_EQ(SendItems(chat, {Text(L"late")}, {}), biz::kEngineNotLoggedIn);
 }
 
-TEST(Login, OddNamesAreNamesLikeAnyOther) {
-  TempFolder folder;
-  const auto engine = Start(QuickSetup(folder.path()));
+TEST_P(LoginTest, OddNamesAreNamesLikeAnyOther) {
   const std::wstring names[] = {
       L"../../etc/passwd",
       L"a/b\\c",
@@ -122,10 +148,10 @@ TEST(Login, OddNamesAreNamesLikeAnyOther) {
       std::wstring(256, L'\u6E2F'),
       std::wstring(1, static_cast<wchar_t>(0xD800)),  // not text: becomes U+FFFD
   };
-  engine->CreateAccount(User(L"harbor"), L"pass");
+  CreateAccount(User(L"harbor"));
   Login(User(L"harbor"));
   for (const std::wstring& name : names) {
-    ASSERT_TRUE(engine->CreateAccount(User(name), L"pass"));
+    ASSERT_TRUE(CreateAccount(User(name)));
     EXPECT_EQ(Send(User(L"harbor"), User(name), name), 0);
   }
   for (const std::wstring& name : names) {
@@ -134,21 +160,19 @@ TEST(Login, OddNamesAreNamesLikeAnyOther) {
     ASSERT_TRUE(witness.AwaitReceived(1));
   }
   std::size_t folders = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(folder.path() / "accounts")) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.path() / "accounts")) {
     EXPECT_TRUE(std::filesystem::exists(entry.path() / "messages.db"));
     ++folders;
   }
   EXPECT_EQ(folders, std::size(names) + 1);
 }
 
-TEST(Login, ManyAccountsShareFewThreadsAndFiles) {
-  TempFolder folder;
-  const auto engine = Start(QuickSetup(folder.path()));
+TEST_P(LoginTest, ManyAccountsShareFewThreadsAndFiles) {
   constexpr int kAccounts = 120;
   const auto name = [](int i) { return User(L"user" + std::to_wstring(i)); };
   for (int i = 0; i < kAccounts; ++i) {
-    ASSERT_TRUE(engine->CreateAccount(name(i), L"pass"));
-    ASSERT_TRUE(LoginByToken(name(i), engine->IssueToken(name(i))).result.ok());
+    ASSERT_TRUE(CreateAccount(name(i)));
+    ASSERT_TRUE(LoginByToken(name(i), server_->IssueToken(name(i))).result.ok());
   }
   const auto count = [](const char* path) {
     return std::distance(std::filesystem::directory_iterator(path),
@@ -160,6 +184,8 @@ TEST(Login, ManyAccountsShareFewThreadsAndFiles) {
   for (int i = 0; i < kAccounts - 1; i += 10) Send(name(i), name(kAccounts - 1), L"hello");
   last.AwaitReceived(kAccounts / 10);
 }
+
+INSTANTIATE_TEST_SUITE_P(Servers, LoginTest, testing::ValuesIn(ServerKinds()), NameOf);
 
 }  // namespace
 }  // namespace imsdk::test

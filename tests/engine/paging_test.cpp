@@ -33,50 +33,11 @@ TEST_F(PagingTest, BothDirectionsOverEqualTimes) {
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(std::to_string(one.request.msgid) + (one.request.gohistory ? " back" : " on"));
-    const auto page = store_.Page(kPeer, one.request);
+    const auto page = store_.Page(kChat, one.request);
     EXPECT_EQ(Ids(page.msgs), one.ids);
     EXPECT_EQ(page.outofcache, one.end);
   }
-  EXPECT_TRUE(store_.Page(User(L"unknown"), {}).msgs.empty());
-}
-
-TEST_F(PagingTest, PagesStopAtTheBoundary) {
-  constexpr std::int64_t kHour = 3'600'000;
-  for (std::int64_t id = 1; id <= 4; ++id) {
-    store_.AddSynced(Received(kPeer, 100, id), account::Synced::kRoamed);
-  }
-  EXPECT_TRUE(store_.Page(kPeer, {}).msgs.empty()) << "complete for no part";
-  store_.AddIncoming(Received(kPeer, kHour, 6));
-  store_.AddSynced(Sent(kPeer, kHour - 500, 5), account::Synced::kLive);  // a clock behind
-  store_.AddIncoming(Received(kPeer, 200, 7));                            // far behind
-  const auto at = [&](const account::Position& from, bool whole) {
-    return [this, from, whole] { store_.conversations().SetComplete(kPeer, from, whole); };
-  };
-  const struct {
-    const char* what;
-    std::function<void()> change;
-    biz::IMPageRequest request;
-    std::vector<std::int64_t> ids;
-  } cases[] = {
-      {"first live message", [] {}, {}, {5, 6}},
-      {"ignored", [] {}, {.ignoreboundary = true}, {1, 2, 3, 4, 7, 5, 6}},
-      {"between equal times", at({100, 3}, false), {}, {3, 4, 7, 5, 6}},
-      {"back to it", [] {}, {.msgtime = 200, .msgid = 7, .count = 9, .gohistory = true}, {3, 4}},
-      {"back from it", [] {}, {.msgtime = 100, .msgid = 3, .gohistory = true}, {}},
-      {"on from below", [] {}, {.msgtime = 100, .msgid = 1, .count = 2}, {3, 4}},
-      {"whole", at({100, 3}, true), {.count = 9}, {1, 2, 3, 4, 7, 5, 6}},
-      {"cleared", [this] { store_.conversations().ClearComplete(kPeer); }, {}, {6}},
-  };
-  for (const auto& one : cases) {
-    SCOPED_TRACE(one.what);
-    one.change();
-    const auto page = store_.Page(kPeer, one.request);
-    EXPECT_EQ(Ids(page.msgs), one.ids);
-    EXPECT_EQ(page.outofcache, one.request.count != 2);
-  }
-  const account::ChatKey system(kPeer, account::kSystemChat);
-  store_.AddIncoming(Received(kPeer, 100, 1), account::kSystemChat);
-  EXPECT_EQ(store_.Page(system, {}).msgs.size(), 1U) << "another conversation, and whole";
+  EXPECT_TRUE(store_.Page(With(User(L"unknown")), {}).msgs.empty());
 }
 
 TEST_F(PagingTest, APageOfLongMessagesEndsEarly) {
@@ -94,7 +55,7 @@ TEST_F(PagingTest, APageOfLongMessagesEndsEarly) {
       {{.msgtime = 100, .msgid = 1}, {2, 3}, true},
   };
   for (const auto& one : cases) {
-    const auto page = store_.Page(kPeer, one.request);
+    const auto page = store_.Page(kChat, one.request);
     EXPECT_EQ(test::Ids(page.msgs), one.ids);
     EXPECT_EQ(page.outofcache, one.end);
   }
@@ -114,7 +75,7 @@ TEST_F(PagingTest, ALargeStoreAnswersAtOnce) {
     std::vector<std::chrono::steady_clock::duration> times;
     for (int i = 0; i < 21; ++i) {
       const auto start = std::chrono::steady_clock::now();
-      EXPECT_EQ(store_.Page(kPeer, request).msgs.size(), 20U);
+      EXPECT_EQ(store_.Page(kChat, request).msgs.size(), 20U);
       times.push_back(std::chrono::steady_clock::now() - start);
     }
     std::nth_element(times.begin(), times.begin() + 10, times.end());

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "device.h"
-#include "embedded/embedded_server.h"
+#include "far_server.h"
 
 namespace imsdk::test {
 namespace {
@@ -13,7 +13,7 @@ constexpr std::int64_t kCount = 450;  // more than two fetches
 class RoamTest : public PeersTest {
  protected:
   void SetUp() override {
-    std::filesystem::create_directories(folder_.path() / "server");
+    PeersTest::SetUp();
     std::vector<link::Message> messages;
     for (std::int64_t id = 1; id <= kCount; ++id) {
       link::Message message;
@@ -21,28 +21,23 @@ class RoamTest : public PeersTest {
       message.msgtime = 1000 + id / 6;  // six at a time
       message.svrtime = 2000 + id;
       message.from = id % 3 == 0 ? kHarbor : kMariner;
-      message.to = id % 3 == 0 ? kMariner : kHarbor;
+      message.cid = biz::IMConversationID(id % 3 == 0 ? kMariner : kHarbor);
       message.body = std::to_wstring(id);
       messages.push_back(message);
     }
-    embedded::EmbeddedServer server(
-        {folder_.path() / "server" / "server.db", 1000, setup_.hash_cost});
-    ASSERT_TRUE(server.Seed({kHarbor, kMariner}, L"pass", messages));
-    server.Stop();
-    Begin();
+    static_cast<FarServer&>(*server_).Seed(messages);
     chat_ = Chat(kHarbor, kMariner);
   }
 
-  using Pages = void (biz::IIMConversation::*)(const biz::IMPageRequest&, biz::IMPageCallback);
+  using Pages = void (biz::IIMConversation::*)(const biz::IMPageRequest&,
+                                               biz::IMCallback<biz::IMMessagePage>);
   static std::pair<biz::ResultCode, biz::IMMessagePage> Page(
       const RefPtr<biz::IIMConversation>& chat, const biz::IMPageRequest& request,
       Pages pages = &biz::IIMConversation::GetLocalHisMsg) {
     return Answer<biz::IMMessagePage>([&](auto done) { ((*chat).*pages)(request, done); });
   }
   static std::vector<std::int64_t> Ids(const biz::IMMessagePage& page) {
-    std::vector<std::int64_t> ids;
-    for (const auto& message : page.msgs) ids.push_back(message.msgid);
-    return ids;
+    return test::Ids(page.msgs);
   }
   // All identifiers by pages, in one direction.
   static std::vector<std::int64_t> Walk(const RefPtr<biz::IIMConversation>& chat,
@@ -74,7 +69,7 @@ class RoamTest : public PeersTest {
   RefPtr<biz::IIMConversation> chat_;
 };
 
-TEST_F(RoamTest, PagingBackOnANewDevice) {
+TEST_P(RoamTest, PagingBackOnANewDevice) {
   EXPECT_TRUE(Page(chat_, {}).second.msgs.empty()) << "nothing is asked for unasked";
   const auto all = Range(1, kCount);
   EXPECT_EQ(Walk(chat_, {.count = 37, .gohistory = true, .autoroam = true},
@@ -92,12 +87,12 @@ TEST_F(RoamTest, PagingBackOnANewDevice) {
               all);
   }
   EXPECT_EQ(link_->Asked(Operation::kGetHistory), asked);
-  EXPECT_EQ(chat_->GetUnreadCount(), 0) << "history is not new";
-  const auto list = Accounts()->GetAccount(kHarbor)->GetIMSingleChatMgr()->GetConversations();
+  EXPECT_EQ(Unread(chat_), 0) << "history is not new";
+  const auto list = Unreads(Chats(kHarbor));
   ASSERT_EQ(list.size(), 1U);
 
   // Another device pages towards newer messages from the very beginning, and at the server.
-  Device second(server_);
+  Device second(server_->Link());
   second.Login(kHarbor);
   const auto there = second.Chat(kHarbor, kMariner);
   for (const bool keep : {false, true}) {
@@ -111,13 +106,13 @@ TEST_F(RoamTest, PagingBackOnANewDevice) {
   }
 }
 
-TEST_F(RoamTest, NewerThanAPlaceThatIsNotHere) {
+TEST_P(RoamTest, NewerThanAPlaceThatIsNotHere) {
   const auto page = Page(chat_, {.msgtime = 1001, .msgid = 8, .count = 3, .autoroam = true}).second;
   EXPECT_EQ(Ids(page), Range(9, 11));
 }
 
-TEST_F(RoamTest, SeveralAtOnceAndLiveOnesBetween) {
-  Device second(server_);
+TEST_P(RoamTest, SeveralAtOnceAndLiveOnesBetween) {
+  Device second(server_->Link());
   second.Login(kHarbor);
   const auto there = second.Chat(kHarbor, kMariner);
   Witness witness(kHarbor, second.accounts());
@@ -135,7 +130,7 @@ TEST_F(RoamTest, SeveralAtOnceAndLiveOnesBetween) {
                            .count = count,
                            .gohistory = true,
                            .autoroam = true},
-                          [answer](const auto&, auto page) { answer->set_value(page); });
+                          [answer](const auto&, const auto& page) { answer->set_value(page); });
     Send(kMariner, kHarbor, L"more");
   }
   const auto first = pages[0].get();
@@ -148,16 +143,16 @@ TEST_F(RoamTest, SeveralAtOnceAndLiveOnesBetween) {
   EXPECT_EQ(last, Range(1, kCount));
   EXPECT_LE(link_->Asked(Operation::kGetHistory), 3);
   ASSERT_TRUE(witness.AwaitReceived(5)) << "what came live is told as new";
-  EXPECT_EQ(there->GetUnreadCount(), 5);
+  EXPECT_EQ(Unread(there), 5);
 }
 
-TEST_F(RoamTest, BoundariesRangesAndDeletions) {
+TEST_P(RoamTest, BoundariesRangesAndDeletions) {
   const auto newest = Roam({.count = 50});
   EXPECT_EQ(newest.roamedcount, 50);
   EXPECT_EQ(newest.affectcount, 50);
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), Range(401, kCount));
   // A range that does not reach what is here lies beyond the boundary.
-  const auto range = Roam({.btime = 1010, .etime = 1019, .count = 7, .autoroam = true});
+  const auto range = Roam({.btime = 2060, .etime = 2119, .count = 7, .autoroam = true});
   EXPECT_EQ(range.roamedcount, 60);
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), Range(401, kCount));
   auto ids = Range(60, 119);
@@ -165,17 +160,17 @@ TEST_F(RoamTest, BoundariesRangesAndDeletions) {
   ids.insert(ids.end(), upper.begin(), upper.end());
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000, .ignoreboundary = true}).second), ids);
   // One that does moves it.
-  const auto overlap = Roam({.etime = 1068, .count = 100});
+  const auto overlap = Roam({.etime = 2413, .count = 100});
   EXPECT_EQ(overlap.roamedcount, 100);
   EXPECT_EQ(overlap.affectcount, 87) << "401 to 413 were here";
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), Range(314, kCount));
 
-  EXPECT_EQ(Answer<std::int32_t>([&](auto done) {
-              chat_->DeleteLocalMsg({420, 7}, done);
-            }).second,
+  EXPECT_EQ(Answer<biz::IMCount>([&](auto done) {
+              chat_->DeleteLocalMsg({{420, 7}}, done);
+            }).second.count,
             1);
   const auto by_id = [&](std::int64_t msgid) {
-    return Answer<biz::IMMessagePage>([&](auto done) { chat_->SearchMsgByID(msgid, done); });
+    return Answer<biz::IMMessagePage>([&](auto done) { chat_->SearchMsgByID({msgid}, done); });
   };
   EXPECT_EQ(by_id(420).first.code, biz::kEngineNotFound);
   EXPECT_EQ(Ids(by_id(421).second), Range(421, 421));
@@ -183,10 +178,10 @@ TEST_F(RoamTest, BoundariesRangesAndDeletions) {
   words.keywords = {L"42"};
   const auto found = Answer<biz::IMSearchPage>([&](auto done) { chat_->SearchMsg(words, done); });
   EXPECT_EQ(found.second.msgs.size(), 9U) << "421 to 429";
-  const auto chats = Accounts()->GetAccount(kHarbor)->GetIMSingleChatMgr();
-  const auto who = Answer<std::vector<biz::IMUserID>>(
-      [&](auto done) { chats->SearchConversations(words, done); });
-  EXPECT_EQ(who.second, std::vector<biz::IMUserID>{kMariner});
+  const auto chats = Chats(kHarbor);
+  const auto who =
+      Answer<biz::IMConversations>([&](auto done) { chats->SearchConversations(words, done); });
+  EXPECT_EQ(who.second.cids, std::vector{biz::IMConversationID(kMariner)});
   for (const bool kinds : {false, true}) {
     biz::IMSearchRequest much;
     kinds ? much.msgtypes.resize(100'000) : much.keywords.resize(100'000, L"42");
@@ -195,26 +190,29 @@ TEST_F(RoamTest, BoundariesRangesAndDeletions) {
     };
     EXPECT_EQ(asked(*chat_), biz::kEngineTooLarge);
     EXPECT_EQ(asked(*chats), biz::kEngineTooLarge);
-    EXPECT_EQ(Answer<std::vector<biz::IMUserID>>([&](auto done) {
+    EXPECT_EQ(Answer<biz::IMConversations>([&](auto done) {
                 chats->SearchConversations(much, done);
               }).first.code,
               biz::kEngineTooLarge);
   }
-  EXPECT_TRUE(Done([&](auto done) { chat_->ClearRoamedTime(done); }).ok());
+  EXPECT_TRUE(Done([&](auto done) { chat_->ClearRoamedTime({}, done); }).ok());
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), Range(kCount, kCount));
   EXPECT_EQ(Roam({.count = 50}).affectcount, 0);
   auto left = Range(401, kCount);
   std::erase(left, 420);
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), left) << "a deleted message stays away";
 
-  EXPECT_EQ(Answer<std::int32_t>([&](auto done) { chat_->DeleteAllLocalMsg(done); }).second, 196);
+  EXPECT_EQ(Answer<biz::IMCount>([&](auto done) {
+              chat_->DeleteLocalMsg({.all = true}, done);
+            }).second.count,
+            196);
   const int asked = link_->Asked(Operation::kGetHistory);
   const auto page = Page(chat_, {.count = 5, .autoroam = true}).second;
   EXPECT_TRUE(page.msgs.empty());
   EXPECT_EQ(link_->Asked(Operation::kGetHistory), asked) << "there is nothing left to bring";
 }
 
-TEST_F(RoamTest, AFailureInTheMiddleLeavesWhatIsRight) {
+TEST_P(RoamTest, AFailureInTheMiddleLeavesWhatIsRight) {
   link_->FailNext(Operation::kGetHistory, Fault::kBreak, 1);
   EXPECT_EQ(Roam({.autoroam = true}, biz::kEngineNoLink).roamedcount, 200);
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), Range(251, kCount));
@@ -234,13 +232,13 @@ TEST_F(RoamTest, AFailureInTheMiddleLeavesWhatIsRight) {
             Range(1, kCount));
 }
 
-TEST_F(RoamTest, SwitchedOffAndOn) {
-  const auto chats = Accounts()->GetAccount(kHarbor)->GetIMSingleChatMgr();
+TEST_P(RoamTest, SwitchedOffAndOn) {
+  const auto chats = Chats(kHarbor);
   const auto status = [&] {
-    return Answer<biz::IMRoamStatus>([&](auto done) { chats->GetRoamStatus(done); }).second;
+    return Answer<biz::IMRoamStatus>([&](auto done) { chats->GetRoamStatus({}, done); }).second;
   };
   const auto set = [&](std::int32_t to) {
-    return Done([&](auto done) { chats->SetRoamStatus(to, done); }).code;
+    return Done([&](auto done) { chats->SetRoamStatus({to}, done); }).code;
   };
   EXPECT_EQ(status().roamstatus, biz::kRoamingOn);
   EXPECT_EQ(status().opentime, 0);
@@ -271,6 +269,10 @@ TEST_F(RoamTest, SwitchedOffAndOn) {
       [&](auto done) { Chat(kMariner, kHarbor)->GetRemoteHisMsg({.count = 1000}, done); });
   EXPECT_EQ(other.second.msgs.size(), std::size_t{kCount} + 2) << "each account's own setting";
 }
+
+// Its history is made up, so its server is, too.
+INSTANTIATE_TEST_SUITE_P(Servers, RoamTest,
+                         testing::Values(ServerKinds().at(1), ServerKinds().at(2)), NameOf);
 
 }  // namespace
 }  // namespace imsdk::test

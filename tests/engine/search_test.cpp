@@ -98,18 +98,25 @@ TEST_F(SearchTest, ScriptsTokensAndSyntax) {
 
 TEST_F(SearchTest, PagesByPositionAndByNumber) {
   const auto other = User(L"other");
-  const account::ChatKey system(User(L"system"), account::kSystemChat);
+  const biz::IMConversationID system(User(L"system"), biz::kCIDSystem);
+  const biz::IMConversationID tribe(biz::IMTribeID{7});
   // In both conversations the same identifiers; 2 to 6 have one time. Stored out of order.
   for (const std::int64_t id : {6, 3, 9, 1, 5, 2, 8, 4, 7}) {
     auto message = Received(kPeer, id == 1 ? 100 : id <= 6 ? 200 : 300, id);
     message.msgtype = id % 4 == 0 ? biz::kMsgFile : biz::kMsgText;
     store_.AddIncoming(message);
-    message.cid = message.fromid = other;
+    message.fromid = other;
+    message.cid = With(other);
     store_.AddIncoming(message);
-    message.cid = message.fromid = system.cid;
-    store_.AddIncoming(message, account::kSystemChat);
+    message.cid = tribe;
+    store_.AddIncoming(message);
+    message.cid = system;
+    store_.AddIncoming(message);
   }
-  store_.conversations().SetComplete(kPeer, {200, 3}, false);
+  // The two oldest ones lie outside of what is complete.
+  store_.database().Execute(
+      "UPDATE messages SET part=0 WHERE msgid<3 AND conversation=1;"
+      "UPDATE conversations SET floor_time=200, floor_id=3 WHERE id=1");
   using Request = biz::IMSearchRequest;
   const struct {
     const char* what;
@@ -157,7 +164,7 @@ TEST_F(SearchTest, PagesByPositionAndByNumber) {
     one.ask(request);
     for (const auto& keywords : {std::vector<std::wstring>{}, {L"text"}}) {
       request.keywords = keywords;
-      const auto page = store_.search().Search(kPeer, request);
+      const auto page = store_.search().Search(kChat, request);
       EXPECT_EQ(Ids(page.msgs), one.ids);
       EXPECT_EQ(page.totalpage, one.pages);
       EXPECT_EQ(page.totalcount, one.total);
@@ -167,14 +174,17 @@ TEST_F(SearchTest, PagesByPositionAndByNumber) {
   all.keywords = {L"text"};
   all.needpage = true;
   all.count = 100;
-  EXPECT_EQ(store_.search().SearchAll(all).totalcount, 18) << "no virtual conversation";
+  EXPECT_EQ(store_.search().SearchAll({biz::kCIDUser}, all).totalcount, 18);
+  EXPECT_EQ(store_.search().SearchAll({biz::kCIDTribe}, all).totalcount, 9);
+  EXPECT_EQ(store_.search().SearchAll({biz::kCIDSystem, biz::kCIDSubscribe}, all).totalcount, 9);
   EXPECT_EQ(store_.search().Search(system, all).totalcount, 9);
-  EXPECT_TRUE(store_.search().Search(User(L"unknown"), all).msgs.empty());
+  EXPECT_TRUE(store_.search().Search(With(User(L"unknown")), all).msgs.empty());
   store_.AddIncoming(Received(kPeer, 400, 10, L"text of a lantern"));
-  EXPECT_EQ(store_.search().Conversations(all), (std::vector{kPeer, other}));
+  EXPECT_EQ(store_.search().Conversations({biz::kCIDUser}, all), (std::vector{kChat, With(other)}));
   all.btime = 400;
   all.keywords = {L"lant"};
-  EXPECT_EQ(store_.search().Conversations(all), std::vector{kPeer});
+  EXPECT_EQ(store_.search().Conversations({biz::kCIDUser, biz::kCIDTribe}, all),
+            std::vector{kChat});
 }
 
 TEST_F(SearchTest, ThePicturesOfAConversation) {
@@ -192,7 +202,7 @@ TEST_F(SearchTest, ThePicturesOfAConversation) {
   store_.AddIncoming(Received(User(L"other"), 200, 4, token(L"g")));
   const auto pictures = [this](const biz::IMPictureRequest& request) {
     std::wstring ids;
-    for (const auto& picture : store_.search().Pictures(kPeer, request)) {
+    for (const auto& picture : store_.search().Pictures(kChat, request)) {
       ids += picture.pictureid + L' ';
     }
     return ids;
@@ -226,7 +236,7 @@ TEST_F(SearchTest, ThePicturesOfAConversation) {
   request.btime = 150;
   request.count = 1;
   EXPECT_EQ(pictures(request), L"4_1 ");
-  const auto last = store_.search().Pictures(kPeer, request).at(0);
+  const auto last = store_.search().Pictures(kChat, request).at(0);
   EXPECT_EQ(last.url, L"files%2Ff.png");
   EXPECT_EQ(last.fromid, kPeer);
   EXPECT_EQ(last.mgstime, 200);

@@ -1,9 +1,10 @@
 // Data folders that cannot be used, and numbers that must never repeat.
 #include <fstream>
 
-#include "account/data_folder.h"
-#include "account/message_ids.h"
+#include "account/files/data_folder.h"
+#include "account/sending/message_ids.h"
 #include "engine_fixture.h"
+#include "far_server.h"
 #include "kexbase/thread.h"
 #include "sqlite/database.h"
 
@@ -15,6 +16,17 @@ void Write(const std::filesystem::path& file, const std::string& content) {
   std::ofstream(file, std::ios::binary) << content;
 }
 
+FarServer& Server() {
+  static FarServer server;
+  return server;
+}
+
+EngineSetup FarSetup(const std::filesystem::path& data) {
+  EngineSetup setup = QuickSetup(data);
+  setup.options.link = [] { return Server().Link(); };
+  return setup;
+}
+
 TEST(StartEngine, SaysWhyAFolderCannotBeUsed) {
   const std::string garbage(8192, '#');
   const struct {
@@ -22,15 +34,11 @@ TEST(StartEngine, SaysWhyAFolderCannotBeUsed) {
     std::function<void(const account::DataFolder&)> spoil;
   } cases[] = {
       {"the folder is a file", [](const auto& data) { Write(data.root(), "not a folder"); }},
-      {"the server's store is garbage",
-       [&](const auto& data) { Write(data.ServerStore(), garbage); }},
-      {"the server's store is a folder",
-       [](const auto& data) { std::filesystem::create_directories(data.ServerStore()); }},
       {"the numbers are garbage", [&](const auto& data) { Write(data.MessageIds(), garbage); }},
       {"a later version made it",
        [](const auto& data) {
-         std::filesystem::create_directories(data.ServerStore().parent_path());
-         sqlite::Database(data.ServerStore()).Execute("PRAGMA user_version=1000");
+         std::filesystem::create_directories(data.MessageIds().parent_path());
+         sqlite::Database(data.MessageIds()).Execute("PRAGMA user_version=1000");
        }},
   };
   for (const auto& one : cases) {
@@ -39,7 +47,24 @@ TEST(StartEngine, SaysWhyAFolderCannotBeUsed) {
     const auto root = folder.path() / "data";
     one.spoil(account::DataFolder(root));
     std::string error;
-    EXPECT_FALSE(StartEngine(QuickSetup(root), &error));
+    EXPECT_FALSE(StartEngine(FarSetup(root), &error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_FALSE(Accounts());
+  }
+}
+
+TEST(StartEngine, SaysWhyThereIsNoLink) {
+  const std::function<std::shared_ptr<link::ServerLink>()> links[] = {
+      nullptr,
+      [] { return nullptr; },
+      []() -> std::shared_ptr<link::ServerLink> { throw std::runtime_error("unplugged"); },
+  };
+  for (const auto& link : links) {
+    TempFolder folder;
+    EngineSetup setup = QuickSetup(folder.path());
+    setup.options.link = link;
+    std::string error;
+    EXPECT_FALSE(StartEngine(setup, &error));
     EXPECT_FALSE(error.empty());
     EXPECT_FALSE(Accounts());
   }
@@ -47,17 +72,17 @@ TEST(StartEngine, SaysWhyAFolderCannotBeUsed) {
 
 TEST(StartEngine, OneEngineAtATimeHasTheFolder) {
   TempFolder folder;
-  const auto engine = Start(QuickSetup(folder.path()));
+  const auto engine = Start(FarSetup(folder.path()));
   std::string error;
-  EXPECT_FALSE(StartEngine(QuickSetup(folder.path()), &error));
+  EXPECT_FALSE(StartEngine(FarSetup(folder.path()), &error));
   EXPECT_TRUE(Accounts()) << "the first one goes on";
 }
 
 TEST(StartEngine, AnAccountWithASpoiltStoreFailsAlone) {
   TempFolder folder;
   const account::DataFolder data(folder.path());
-  const auto engine = Start(QuickSetup(folder.path()));
-  for (const auto* nick : {L"harbor", L"mariner"}) engine->CreateAccount(User(nick), L"pass");
+  const auto engine = Start(FarSetup(folder.path()));
+  for (const auto* nick : {L"harbor", L"mariner"}) Server().CreateAccount(User(nick), L"pass");
   Write(data.MessageStore(User(L"harbor")), std::string(8192, '#'));
   EXPECT_EQ(Login(User(L"harbor")).result.code, biz::kEngineStorage);
   EXPECT_TRUE(Login(User(L"mariner")).result.ok());

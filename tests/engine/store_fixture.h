@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "account/message_store.h"
+#include "account/store/message_store.h"
 #include "engine_fixture.h"
 
 namespace imsdk::test {
@@ -12,10 +12,14 @@ namespace imsdk::test {
 inline const biz::IMUserID kSelf = User(L"harbor");
 inline const biz::IMUserID kPeer = User(L"mariner");
 
+inline biz::IMConversationID With(const biz::IMUserID& peer) { return biz::IMConversationID(peer); }
+inline const biz::IMConversationID kChat = With(kPeer);
+
 inline biz::IMMessage Received(const biz::IMUserID& from, std::int64_t time, std::int64_t id,
                                const std::wstring& body = L"text") {
   biz::IMMessage message;
-  message.cid = message.fromid = from;
+  message.cid = With(from);
+  message.fromid = from;
   message.toid = kSelf;
   message.msgtime = time;
   message.msgid = id;
@@ -32,22 +36,29 @@ inline biz::IMMessage Sent(const biz::IMUserID& to, std::int64_t time, std::int6
   return message;
 }
 
-inline std::vector<std::int64_t> Ids(const std::vector<biz::IMMessage>& messages) {
-  std::vector<std::int64_t> ids;
-  for (const auto& message : messages) ids.push_back(message.msgid);
-  return ids;
-}
-
 class StoreTest : public testing::Test {
  protected:
   // What one-word searches of a conversation find, oldest first.
   std::vector<std::int64_t> Find(const std::vector<std::wstring>& keywords,
-                                 const account::ChatKey& key = kPeer) {
+                                 const biz::IMConversationID& cid = kChat) {
     biz::IMSearchRequest request;
     request.keywords = keywords;
     request.ignoreboundary = true;
     request.count = 1000;
-    return Ids(store_.search().Search(key, request).msgs);
+    return Ids(store_.search().Search(cid, request).msgs);
+  }
+
+  // Adds what a fetch from the newest end brought, as it is on the server.
+  account::KeptHistory Fetched(const std::vector<biz::IMMessage>& messages,
+                               const std::string& next) {
+    std::vector<account::Incoming> incoming;
+    for (const auto& message : messages) {
+      incoming.push_back({message, "p" + std::to_string(message.msgid)});
+    }
+    account::Walk walk;
+    link::GetHistory request;
+    request.cid = messages.empty() ? kChat : messages.front().cid;
+    return store_.AddHistory(walk, request, next, incoming);
   }
 
   TempFolder folder_;

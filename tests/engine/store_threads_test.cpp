@@ -3,6 +3,7 @@
 #include <mutex>
 #include <thread>
 
+#include "account/conversations/chat_state.h"
 #include "store_fixture.h"
 
 namespace imsdk::test {
@@ -17,8 +18,8 @@ TEST_F(StoreTest, WithdrawingWhatIsBeingRead) {
   std::vector<std::int64_t> marked;  // on their way to the store
   std::thread page([&] {
     while (!stop) {
-      const std::int64_t arrival = chat.MarkRead(kPeer);
-      least = std::min(least.load(), chat.Unread(kPeer));
+      const std::int64_t arrival = chat.MarkRead(kChat);
+      least = std::min(least.load(), chat.Unread(kChat));
       std::lock_guard hold(lock);
       if (arrival != 0) marked.push_back(arrival);
     }
@@ -29,7 +30,7 @@ TEST_F(StoreTest, WithdrawingWhatIsBeingRead) {
       std::lock_guard hold(lock);
       taken.swap(marked);
     }
-    for (const std::int64_t arrival : taken) store_.MarkRead(kPeer, arrival);
+    for (const std::int64_t arrival : taken) store_.MarkRead(kChat, arrival);
   };
   sqlite::Transaction transaction(store_.database());
   for (std::int64_t id = 1; id <= kMessagesEach; ++id) {
@@ -40,19 +41,19 @@ TEST_F(StoreTest, WithdrawingWhatIsBeingRead) {
     const auto message = Received(kPeer, 1000 + id, id);
     chat.AddIncoming({{message, *store_.AddIncoming(message)}});
     if (id % 3 == 0) store_marks();
-    if (id % 2 == 0) chat.Forget(kPeer, store_.Withdraw(kPeer, kPeer, id - 1)->unread);
+    if (id % 2 == 0) chat.Forget(kChat, store_.Withdraw(kChat, kPeer, id - 1)->unread);
     if (id % 7 == 0) {
-      const auto removed = store_.Delete(kPeer, {id - 2});
-      chat.Remove(kPeer, removed.unread, removed.newest);
+      const auto removed = store_.Delete(kChat, {id - 2});
+      chat.Remove(kChat, removed.unread, removed.newest);
     }
-    least = std::min(least.load(), chat.Unread(kPeer));
+    least = std::min(least.load(), chat.Unread(kChat));
   }
   store_marks();
   transaction.Commit();
   EXPECT_EQ(least, 0);
-  EXPECT_GT(chat.Unread(kPeer), 0);
-  EXPECT_EQ(chat.Unread(kPeer), store_.Conversations().at(0).unread);
-  EXPECT_EQ(chat.NewMessages(kPeer, {}).msgs.size(), static_cast<std::size_t>(chat.Unread(kPeer)));
+  EXPECT_GT(chat.Unread(kChat), 0);
+  EXPECT_EQ(chat.Unread(kChat), store_.Conversations().at(0).unread);
+  EXPECT_EQ(chat.NewMessages(kChat, {}).msgs.size(), static_cast<std::size_t>(chat.Unread(kChat)));
 }
 
 }  // namespace

@@ -12,20 +12,16 @@ namespace {
 const biz::IMUserID kHarbor = User(L"harbor");
 const biz::IMUserID kMariner = User(L"mariner");
 
-class ThreadsTest : public testing::Test {
+class ThreadsTest : public ServerTest {
  protected:
   void SetUp() override {
     setup_.timeouts.send = std::chrono::seconds(60);
-    engine_ = Start(setup_);
-    for (const auto& user : {kHarbor, kMariner}) engine_->CreateAccount(user, L"pass");
+    ServerTest::SetUp();
+    for (const auto& user : {kHarbor, kMariner}) CreateAccount(user);
   }
-
-  TempFolder folder_;
-  EngineSetup setup_ = QuickSetup(folder_.path());
-  std::unique_ptr<Engine> engine_;
 };
 
-TEST_F(ThreadsTest, SendersKeepOrderAndLoseNothing) {
+TEST_P(ThreadsTest, SendersKeepOrderAndLoseNothing) {
   constexpr int kThreads = 4;
   constexpr int kEach = 150;
   Login(kHarbor);
@@ -36,10 +32,10 @@ TEST_F(ThreadsTest, SendersKeepOrderAndLoseNothing) {
   std::thread reader([&] {
     while (!stop) {
       const auto chat = Chat(kMariner, kHarbor);
-      chat->GetNewMsg({});
-      chat->GetUnreadCount();
-      chat->SetNewMsgReaded([](const auto&) {});
-      Accounts()->GetAccount(kMariner)->GetIMSingleChatMgr()->GetConversations();
+      NewMessages(chat);
+      Unread(chat);
+      chat->SetMsgRead({}, [](const auto&) {});
+      Unreads(Chats(kMariner));
       std::this_thread::yield();
     }
   });
@@ -69,7 +65,7 @@ TEST_F(ThreadsTest, SendersKeepOrderAndLoseNothing) {
 }
 
 // The server's word that a message is gone meets a page that reads it.
-TEST_F(ThreadsTest, WithdrawalsMeetReads) {
+TEST_P(ThreadsTest, WithdrawalsMeetReads) {
   constexpr std::size_t kMessages = 60;
   Login(kHarbor);
   Login(kMariner);
@@ -80,8 +76,8 @@ TEST_F(ThreadsTest, WithdrawalsMeetReads) {
   std::thread reader([&] {
     const auto chat = Chat(kMariner, kHarbor);
     while (!stop) {
-      chat->SetNewMsgReaded([](const auto&) {});
-      if (chat->GetUnreadCount() < 0) negative = true;
+      chat->SetMsgRead({}, [](const auto&) {});
+      if (Unread(chat) < 0) negative = true;
       chat->GetLocalHisMsg({.autoroam = true}, [](const auto&, auto) {});
       std::this_thread::yield();
     }
@@ -90,7 +86,7 @@ TEST_F(ThreadsTest, WithdrawalsMeetReads) {
     Send(kHarbor, kMariner, std::to_wstring(i));
     ASSERT_TRUE(harbor.AwaitStatuses(i));
     const std::int64_t msgid = harbor.statuses[i - 1].msgid;
-    EXPECT_TRUE(Done([&](auto done) { Chat(kHarbor, kMariner)->WithdrawMsg(msgid, done); }).ok());
+    EXPECT_TRUE(Done([&](auto done) { Chat(kHarbor, kMariner)->WithdrawMsg({msgid}, done); }).ok());
     if (i == kMessages / 2) {  // the rest without reads: what is withdrawn is not unread
       stop = true;
       reader.join();
@@ -102,21 +98,21 @@ TEST_F(ThreadsTest, WithdrawalsMeetReads) {
   });
   EXPECT_FALSE(negative);
   const auto chat = Chat(kMariner, kHarbor);
-  EXPECT_EQ(chat->GetUnreadCount(), 1);
-  EXPECT_EQ(Bodies(chat->GetNewMsg({}).msgs), std::vector<std::wstring>{L"last"});
+  EXPECT_EQ(Unread(chat), 1);
+  EXPECT_EQ(Bodies(NewMessages(chat).msgs), std::vector<std::wstring>{L"last"});
   Logout(kMariner);
   Login(kMariner);
-  EXPECT_EQ(Chat(kMariner, kHarbor)->GetUnreadCount(), 1) << "the store says the same";
+  EXPECT_EQ(Unread(Chat(kMariner, kHarbor)), 1) << "the store says the same";
 }
 
-TEST_F(ThreadsTest, LoginsLogoutsAndSendsAtOnce) {
+TEST_P(ThreadsTest, LoginsLogoutsAndSendsAtOnce) {
   std::atomic<bool> stop{false};
   std::vector<std::thread> threads;
   for (const auto& user : {kHarbor, kMariner}) {
     threads.emplace_back([&stop, user] {
       for (int i = 0; i < 15; ++i) {
         Login(user);
-        Wait<biz::ResultCode>([&](auto done) { Accounts()->NetReConnect(user, done); });
+        Wait<biz::ResultCode>([&](auto done) { Accounts()->NetReConnect({user}, done); });
         Logout(user);
       }
       stop = true;
@@ -126,7 +122,7 @@ TEST_F(ThreadsTest, LoginsLogoutsAndSendsAtOnce) {
   threads.emplace_back([&] {
     while (!stop) {
       const auto chat = Chat(kHarbor, kMariner);
-      if (chat && chat->SendMsg({Text(L"text")}, {}) == 0) ++taken;
+      if (chat && SendItems(chat, {Text(L"text")}, {}) == 0) ++taken;
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   });
@@ -148,7 +144,7 @@ TEST_F(ThreadsTest, LoginsLogoutsAndSendsAtOnce) {
   EXPECT_EQ(Bodies(History(kMariner, kHarbor, request).msgs), Bodies(sent.msgs));
 }
 
-TEST_F(ThreadsTest, StoppingInTheMiddle) {
+TEST_P(ThreadsTest, StoppingInTheMiddle) {
   Login(kHarbor);
   Login(kMariner);
   const auto chat = Chat(kHarbor, kMariner);
@@ -156,10 +152,10 @@ TEST_F(ThreadsTest, StoppingInTheMiddle) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 3; ++i) {
     threads.emplace_back([&] {
-      while (chat->SendMsg({Text(L"text")}, {}) == 0) {
+      while (SendItems(chat, {Text(L"text")}, {}) == 0) {
         ++taken;
         chat->GetLocalHisMsg({}, [](const auto&, auto) {});
-        chat->SetNewMsgReaded([](const auto&) {});
+        chat->SetMsgRead({}, [](const auto&) {});
         std::this_thread::yield();
       }
     });
@@ -168,7 +164,7 @@ TEST_F(ThreadsTest, StoppingInTheMiddle) {
   engine_.reset();
   for (auto& thread : threads) thread.join();
 
-  engine_ = Start(setup_);
+  Begin();
   Login(kHarbor);
   std::size_t stored = 0;
   biz::IMPageRequest request{.count = 1000, .gohistory = true};
@@ -181,6 +177,8 @@ TEST_F(ThreadsTest, StoppingInTheMiddle) {
   }
   EXPECT_EQ(stored, static_cast<std::size_t>(taken)) << "what was taken is in the store";
 }
+
+INSTANTIATE_TEST_SUITE_P(Servers, ThreadsTest, testing::ValuesIn(ServerKinds()), NameOf);
 
 }  // namespace
 }  // namespace imsdk::test

@@ -1,9 +1,5 @@
 // Messages that are taken back.
-#include <fstream>
-
 #include "device.h"
-#include "embedded/post_desk.h"
-#include "kexbase/time.h"
 
 namespace imsdk::test {
 namespace {
@@ -11,7 +7,7 @@ namespace {
 class WithdrawTest : public PeersTest {
  protected:
   std::int32_t Withdraw(const biz::IMUserID& self, const biz::IMUserID& peer, std::int64_t msgid) {
-    return Done([&](auto done) { Chat(self, peer)->WithdrawMsg(msgid, done); }).code;
+    return Done([&](auto done) { Chat(self, peer)->WithdrawMsg({msgid}, done); }).code;
   }
   static void ExpectGone(const biz::IMMessagePage& page) {
     ASSERT_EQ(page.msgs.size(), 1U);
@@ -20,10 +16,10 @@ class WithdrawTest : public PeersTest {
   }
 };
 
-TEST_F(WithdrawTest, EverybodyHearsOnceAndTheTextIsGone) {
-  Device second(server_);
+TEST_P(WithdrawTest, EverybodyHearsOnceAndTheTextIsGone) {
+  Device second(server_->Link());
   second.Login(kHarbor);
-  Device away(server_);
+  Device away(server_->Link());
   away.Login(kMariner);
   away.Logout(kMariner);
   Witness harbor(kHarbor);
@@ -38,18 +34,18 @@ TEST_F(WithdrawTest, EverybodyHearsOnceAndTheTextIsGone) {
   EXPECT_EQ(Withdraw(kMariner, kHarbor, msgid), biz::kEngineNotFound) << "a stranger's";
   EXPECT_EQ(Withdraw(kHarbor, kHarbor, msgid), biz::kEngineNotFound) << "another conversation's";
   EXPECT_EQ(Withdraw(kHarbor, kMariner, msgid + 1), biz::kEngineNotFound);
-  EXPECT_EQ(Chat(kMariner, kHarbor)->GetUnreadCount(), 1);
+  EXPECT_EQ(Unread(Chat(kMariner, kHarbor)), 1);
   EXPECT_EQ(Withdraw(kHarbor, kMariner, msgid), 0);
   ExpectGone(History(kHarbor, kMariner));
   for (Witness* witness : {&harbor, &there, &mariner}) {
     witness->Await([](const Witness& seen) { return !seen.withdrawn.empty(); });
     EXPECT_EQ(witness->withdrawn[0].msgid, msgid);
     EXPECT_EQ(witness->withdrawn[0].fromid, kHarbor);
-    EXPECT_EQ(witness->withdrawn[0].cid, witness == &mariner ? kHarbor : kMariner);
+    EXPECT_EQ(witness->withdrawn[0].cid.user, witness == &mariner ? kHarbor : kMariner);
   }
   EXPECT_EQ(Withdraw(kHarbor, kMariner, msgid), 0) << "again";
-  EXPECT_EQ(Chat(kMariner, kHarbor)->GetUnreadCount(), 0);
-  EXPECT_TRUE(Chat(kMariner, kHarbor)->GetNewMsg({}).msgs.empty());
+  EXPECT_EQ(Unread(Chat(kMariner, kHarbor)), 0);
+  EXPECT_TRUE(NewMessages(Chat(kMariner, kHarbor)).msgs.empty());
   ExpectGone(History(kMariner, kHarbor));
 
   // Who was away gets no text and nothing unread.
@@ -57,22 +53,16 @@ TEST_F(WithdrawTest, EverybodyHearsOnceAndTheTextIsGone) {
   Send(kHarbor, kMariner, L"after");
   ASSERT_TRUE(late.AwaitReceived(1));
   EXPECT_EQ(Bodies(late.received), std::vector<std::wstring>{L"after"});
-  EXPECT_EQ(away.Chat(kMariner, kHarbor)->GetUnreadCount(), 1);
+  EXPECT_EQ(Unread(away.Chat(kMariner, kHarbor)), 1);
   const auto remote = Answer<biz::IMMessagePage>([&](auto done) {
                         Chat(kMariner, kHarbor)->GetRemoteHisMsg({}, done);
                       }).second;
   EXPECT_EQ(Bodies(remote.msgs), (std::vector<std::wstring>{L"", L"after"}));
   for (Witness* witness : {&harbor, &there, &mariner}) EXPECT_EQ(witness->withdrawn.size(), 1U);
   EXPECT_TRUE(late.withdrawn.empty());
-
-  engine_.reset();
-  std::ifstream store(folder_.path() / "server" / "server.db", std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(store), {}};
-  EXPECT_NE(bytes.find("after"), std::string::npos);
-  EXPECT_EQ(bytes.find("unmistakable"), std::string::npos);
 }
 
-TEST_F(WithdrawTest, ToOneselfAndOfAFailedDelivery) {
+TEST_P(WithdrawTest, ToOneselfAndOfAFailedDelivery) {
   Witness harbor(kHarbor);
   Send(kHarbor, kHarbor, L"note");
   ASSERT_TRUE(harbor.AwaitStatuses(1));
@@ -98,41 +88,7 @@ TEST_F(WithdrawTest, ToOneselfAndOfAFailedDelivery) {
   harbor.Await([](const Witness& seen) { return seen.withdrawn.size() == 3; });
 }
 
-TEST(PostDesk, TheLimitIsByTheServersClock) {
-  TempFolder folder;
-  embedded::ServerStore store(folder.path() / "server.db");
-  for (const auto* nick : {L"harbor", L"mariner"}) store.AddAccount(User(nick), "");
-  const embedded::Caller harbor{User(L"harbor"), store.FindAccount(User(L"harbor"))->id, 1};
-  const std::int64_t receiver = store.FindAccount(User(L"mariner"))->id;
-  const std::int64_t now = base::Time::Now().ToMilliseconds();
-  const struct {
-    std::int64_t age;
-    std::chrono::milliseconds limit;
-    const wchar_t* refused;
-  } cases[] = {
-      {110'000, std::chrono::minutes(2), nullptr},
-      {121'000, std::chrono::minutes(2), L"within 2 minutes"},
-      {61'000, std::chrono::minutes(1), L"within 1 minute "},
-      {0, std::chrono::milliseconds(-1), L"within 0 seconds"},
-  };
-  std::int64_t msgid = 0;
-  for (const auto& one : cases) {
-    SCOPED_TRACE(one.age);
-    link::Message message;
-    message.msgid = ++msgid;
-    message.svrtime = now - one.age;
-    message.msgtime = now + 3'600'000;  // the sender's clock says nothing
-    store.mail().Add(harbor.account, receiver, message);
-    embedded::PostDesk desk(store, one.limit);
-    const auto outcome = desk.Withdraw(harbor, User(L"mariner"), msgid);
-    EXPECT_EQ(outcome.result.code, one.refused ? biz::kEngineRefused : 0);
-    EXPECT_EQ(outcome.push.size(), one.refused ? 0U : 2U);
-    const std::wstring reason = one.refused ? one.refused : L"";
-    EXPECT_NE(outcome.result.text.find(reason), std::wstring::npos);
-  }
-  embedded::PostDesk desk(store, std::chrono::minutes(2));
-  EXPECT_TRUE(desk.Withdraw(harbor, User(L"mariner"), 1).push.empty()) << "again";
-}
+INSTANTIATE_TEST_SUITE_P(Servers, WithdrawTest, testing::ValuesIn(ServerKinds()), NameOf);
 
 }  // namespace
 }  // namespace imsdk::test

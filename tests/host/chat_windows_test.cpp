@@ -1,4 +1,4 @@
-#include "chat_windows.h"
+#include "client/chat_windows.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@ namespace {
 
 const biz::IMUserID kHarbor{L"cnbazaro", L"harbor"};
 const biz::IMUserID kMariner{L"cnbazaro", L"mariner"};
-const biz::IMUserID kPeer{L"cnbazaro", L"lighthouse"};
+const biz::IMConversationID kPeer{biz::IMUserID{L"cnbazaro", L"lighthouse"}};
 
 std::string State(int visible, int activated, const std::string& more = "") {
   return R"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},"visible":)" +
@@ -21,7 +21,10 @@ TEST(ChatWindowsTest, AWindowCountsForItsAccountUntilItIsHiddenOrItsViewEnds) {
   EXPECT_TRUE(windows->IsVisible(kHarbor, kPeer));
   EXPECT_FALSE(windows->IsActivated(kHarbor, kPeer));
   EXPECT_FALSE(windows->IsVisible(kMariner, kPeer));
-  EXPECT_FALSE(windows->IsVisible(kHarbor, kMariner));
+  EXPECT_FALSE(windows->IsVisible(kHarbor, biz::IMConversationID(kMariner)));
+  // A page names a virtual user as any other; a tribe has no name that it could mean.
+  EXPECT_TRUE(windows->IsVisible(kHarbor, biz::IMConversationID(kPeer.user, biz::kCIDSystem)));
+  EXPECT_FALSE(windows->IsVisible(kHarbor, biz::IMConversationID(biz::IMTribeID{1})));
 
   // A second view on the same conversation, and the first hidden.
   ASSERT_TRUE(windows->Report(&views[1], kHarbor, State(1, 1)));
@@ -57,7 +60,7 @@ TEST(ChatWindowsTest, RefusesOtherTextsAndForgetsWhatAViewPilesUp) {
                     R"({"visible":1,"cid":{"appkey":"a","nick":")" + std::to_string(i) + "\"}}");
   }
   EXPECT_FALSE(windows->IsVisible(kHarbor, kPeer));
-  EXPECT_TRUE(windows->IsVisible(kHarbor, {L"a", L"99"}));
+  EXPECT_TRUE(windows->IsVisible(kHarbor, biz::IMConversationID(biz::IMUserID{L"a", L"99"})));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "frames.h"
+#include "page/frames.h"
 
 #include <gtest/gtest.h>
 
@@ -74,13 +74,13 @@ TEST(FramesTest, WritesTextsThatReadBackUnchanged) {
   EXPECT_EQ(HelloFrame(L"A-1"), R"({"kind":"hello","browserId":"A-1"})");
   EXPECT_EQ(AnswerFrame(L"A-1", L"s", false, L""),
             R"({"kind":"answer","browserId":"A-1","seq":"s","failed":false,"payload":""})");
-  EXPECT_EQ(NotifyFrame(L"onX", L"{\"a\":1}"),
+  EXPECT_EQ(NotifyFrame(L"onX", L"{\"a\":1}", L""),
             R"({"kind":"notify","event":"onX","payload":"{\"a\":1}"})");
   EXPECT_EQ(RefusedFrame("no \"x\""), R"({"kind":"refused","reason":"no \"x\""})");
   // A lone surrogate is not text; what surrounds it is kept.
-  EXPECT_EQ(NotifyFrame(L"e", std::wstring{L'a', wchar_t(0xD83D), L'b'}),
+  EXPECT_EQ(NotifyFrame(L"e", std::wstring{L'a', wchar_t(0xD83D), L'b'}, L"im.x"),
             "{\"kind\":\"notify\",\"event\":\"e\",\"payload\":\"a\xEF\xBF\xBD"
-            "b\"}");
+            "b\",\"path\":\"im.x\"}");
 }
 
 }  // namespace

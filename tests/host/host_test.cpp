@@ -5,6 +5,7 @@
 #include <malloc.h>
 
 #include <fstream>
+#include <regex>
 
 #include "temp_folder.h"
 #include "test_client.h"
@@ -102,6 +103,23 @@ TEST_F(HostTest, TwoPagesChat) {
                        text + "'}]}"));
   Await(harbor, "onSendMsgStatus");
   EXPECT_NE(Await(lighthouse, R"("event":"onReceiveNewMsg")").find(text), std::string::npos);
+}
+
+TEST_F(HostTest, APageGetsAFileThatAnotherAccountSent) {
+  TestPage harbor = Page("harbor");
+  TestPage lighthouse = Page("lighthouse");
+  lighthouse.Send(Call("event_register", "r", "register_all", ""));
+  Await(lighthouse, R"("seq":"r")");
+  harbor.Send(Call("singlemsg.invoke", "send", "SendNormalChatMsg",
+                   "{'cid':{'appkey':'cnbazaro','nick':'lighthouse'},'autosend':0,"
+                   "'msgbody':[{'type':3,'filepath':'light.txt','filecontent':'bGlnaHQ='}]}"));
+  const std::string received = Await(lighthouse, "file:light.txt|");
+  std::smatch path;
+  ASSERT_TRUE(std::regex_search(received, path, std::regex("filepath=([-\\w.%]+)"))) << received;
+  const HttpResult file =
+      Request(host_->port(), "/file?token=" + host_->token() + "&path=" + path[1].str());
+  EXPECT_EQ(file.status, 200) << file.body;
+  EXPECT_EQ(file.body, "light");
 }
 
 TEST_F(HostTest, APageLogsInByItselfAndStrangersAreUnknown) {

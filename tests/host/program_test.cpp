@@ -8,6 +8,7 @@
 #include <chrono>
 #include <vector>
 
+#include "kexbase/json_reader.h"
 #include "program_files.h"
 #include "temp_folder.h"
 #include "test_client.h"
@@ -108,6 +109,19 @@ TEST(ProgramTest, AKilledHostComesBackForOpenPagesAndACleanEndForgetsThem) {
   }
   EXPECT_EQ(Request(last.port, "/health?token=my-own").status, 200);
   EXPECT_EQ(third.End(SIGTERM), 0);
+}
+
+TEST(ProgramTest, DescribesTheProtocolAndOpensNothing) {
+  Program program({"--describe"});
+  std::string document;
+  for (std::string line = program.Line(); !line.empty(); line = program.Line()) document += line;
+  EXPECT_EQ(program.End(0), 0);
+  const auto described = base::JSONReader::Read(document);
+  ASSERT_TRUE(described && described->is_dict());
+  for (const char* key : {"openrpc", "methods", "x-notifications", "x-page-events", "x-frames"}) {
+    EXPECT_TRUE(described->GetIfDict()->Find(key)) << key;
+  }
+  EXPECT_EQ(Program({"--describe", "--demo"}).End(0), 2);
 }
 
 TEST(ProgramTest, BadStartsEndWithAStatus) {

@@ -1,4 +1,4 @@
-#include "run_token.h"
+#include "server/run_token.h"
 
 #include <gtest/gtest.h>
 

@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
+#include "log/trace_log.h"
 #include "server/server.h"
 #include "stub_backend.h"
 #include "temp_folder.h"
 #include "test_client.h"
-#include "trace_log.h"
 
 namespace imsdk::host {
 

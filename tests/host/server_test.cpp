@@ -1,4 +1,7 @@
 // Requests, refusals and frames, over real sockets.
+#include <future>
+#include <map>
+
 #include "server_fixture.h"
 
 namespace imsdk::host {
@@ -20,6 +23,44 @@ TEST_F(ServerTest, ServesFilesAndRefusesMethods) {
   EXPECT_EQ(Request(port(), "/", {}, "POST").status, 405);
   EXPECT_EQ(Request(port(), "/", {{"Content-Length", "3"}}, "DELETE").status, 405);
   EXPECT_EQ(Request(port(), "/" + std::string(20000, 'a')).status, 400);
+}
+
+TEST_F(ServerTest, AMissingFileIsFetchedFirstAndHoldsUpNobodyElse) {
+  ServerOptions options;
+  options.longest_fetch = std::chrono::milliseconds(300);
+  Start(options);
+  folder_.Write("data/files/here/a.txt", "a");
+  const auto get = [this](const std::string& path) {
+    return std::async(std::launch::async,
+                      [this, path] { return Request(port(), "/file?token=secret&path=" + path); });
+  };
+  for (const char* never : {"server/server.db", "files/../a", "files/here", "files/here/a.txt"}) {
+    get(never).get();
+  }
+  EXPECT_EQ(Request(port(), "/file?token=wrong&path=files/a.txt").status, 401);
+  EXPECT_TRUE(backend_.TakeFetches().empty());
+
+  // More of them than the server has threads, asked by one name or another.
+  std::map<std::string, std::future<HttpResult>> asked;
+  for (const char* path : {"files/u/comes.txt", "files/u/./late.txt", "files/u//fails.txt"}) {
+    asked[path] = get(path);
+  }
+  std::map<std::string, std::function<void()>> fetches;
+  EXPECT_TRUE(Eventually([&] {
+    for (auto& [path, done] : backend_.TakeFetches()) fetches[path] = std::move(done);
+    return fetches.size() == asked.size();
+  }));
+  EXPECT_EQ(Request(port(), "/health?token=secret").status, 200);
+  folder_.Write("data/files/u/comes.txt", "it came");
+  fetches.at("files/u/comes.txt")();
+  fetches.at("files/u/fails.txt")();
+  const HttpResult came = asked["files/u/comes.txt"].get();
+  EXPECT_EQ(came.status, 200);
+  EXPECT_EQ(came.body, "it came");
+  EXPECT_EQ(asked["files/u//fails.txt"].get().status, 404);
+  EXPECT_EQ(asked["files/u/./late.txt"].get().status, 404);
+  fetches.at("files/u/late.txt")();
+  EXPECT_EQ(Request(port(), "/health?token=secret").status, 200);
 }
 
 TEST_F(ServerTest, RefusedChannelsSayWhyAndAreTraced) {
@@ -62,7 +103,8 @@ TEST_F(ServerTest, CallsGoInAndAnswersComeOut) {
   page.Send(R"({"kind":"invoke","browserId":"foreign","method":"echo","args":["s2"]})");
   EXPECT_NE(page.Receive()->find("foreign|s2"), std::string::npos);
   page.Send(Call("notify", R"(["s3","onX","{\"n\":1}"])"));
-  EXPECT_EQ(page.Receive(), R"({"kind":"notify","event":"onX","payload":"{\"n\":1}"})");
+  EXPECT_EQ(page.Receive(),
+            R"({"kind":"notify","event":"onX","payload":"{\"n\":1}","path":"im.stub"})");
 
   const std::string large(3 << 20, 'y');
   page.Send(Call("echo", "[\"s4\",\"" + large + "\"]"));
@@ -99,7 +141,7 @@ TEST_F(ServerTest, BadFramesAreRefusedAndThePageStays) {
 
 TEST_F(ServerTest, WindowStatesStayWithTheHost) {
   const biz::IMUserID harbor{L"cnbazaro", L"harbor"};
-  const biz::IMUserID peer{L"cnbazaro", L"lighthouse"};
+  const biz::IMConversationID peer{biz::IMUserID{L"cnbazaro", L"lighthouse"}};
   TestPage page = Page("&account=harbor");
   page.Send(Call("notify", R"(["s","chatWindowState","{\"cid\":{\"appkey\":\"cnbazaro\",)"
                            R"(\"nick\":\"lighthouse\"},\"visible\":1,\"activated\":0}"])"));

@@ -55,6 +55,8 @@ class StubBackend::Bridge final : public bridge::IIMSDKBridge {
     }
   }
 
+  const wchar_t* NotifyingPath() const override { return L"im.stub"; }
+
   void UnbindPage() override {
     if (!handler_) return;
     handler_ = nullptr;
@@ -84,6 +86,16 @@ void StubBackend::LogIn(const std::string& nick, std::function<void(LoginOutcome
   if (nick != "slow") return done({404, "unknown account", {}});
   const std::lock_guard hold(lock_);
   slow_.push_back(std::move(done));
+}
+
+void StubBackend::Fetch(const std::string& path, std::function<void()> done) {
+  const std::lock_guard hold(lock_);
+  fetches_.emplace_back(path, std::move(done));
+}
+
+std::vector<std::pair<std::string, std::function<void()>>> StubBackend::TakeFetches() {
+  const std::lock_guard hold(lock_);
+  return std::exchange(fetches_, {});
 }
 
 std::size_t StubBackend::KeptCount() {

@@ -5,9 +5,10 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "backend.h"
+#include "page/backend.h"
 
 namespace imsdk::host {
 
@@ -26,12 +27,15 @@ class StubBackend final : public Backend {
   RefPtr<bridge::IIMSDKBridge> NewBridge() override;
   // "harbor" is known, "absent" is not, "slow" is never answered.
   void LogIn(const std::string& nick, std::function<void(LoginOutcome)> done) override;
+  void Fetch(const std::string& path, std::function<void()> done) override;
 
   // Answers every kept call from a thread that is not the view's.
   void AnswerKept();
   std::size_t KeptCount();
   std::size_t SlowLogins();
   void DropSlowLogins();
+  // The fetches that were asked for so far: their paths and what answers them.
+  std::vector<std::pair<std::string, std::function<void()>>> TakeFetches();
   int bridges() const { return bridges_; }
   int bound() const { return bound_; }
 
@@ -43,6 +47,7 @@ class StubBackend final : public Backend {
   std::mutex lock_;
   std::vector<Kept> kept_;
   std::vector<std::function<void(LoginOutcome)>> slow_;
+  std::vector<std::pair<std::string, std::function<void()>>> fetches_;
 };
 
 }  // namespace imsdk::host

@@ -1,12 +1,12 @@
-#include "trace_log.h"
+#include "log/trace_log.h"
 
 #include <gtest/gtest.h>
 
 #include <thread>
 
-#include "host_trace.h"
 #include "kexbase/json_reader.h"
 #include "kexbase/time.h"
+#include "log/host_trace.h"
 #include "temp_folder.h"
 
 namespace imsdk::host {

@@ -1,4 +1,4 @@
-#include "web_routes.h"
+#include "server/web_routes.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,9 @@
 #include <string>
 
 #include "kexbase/json_reader.h"
+#include "kexbase/json_string.h"
 #include "kexbase/json_writer.h"
+#include "kexbase/strings.h"
 #include "kexbase/time.h"
 
 namespace {
@@ -42,7 +44,7 @@ TEST(JSON, WhatIsReadIsWrittenAgain) {
       {"1.7976931348623157e308", "1.7976931348623157e308"},
       // Strings.
       {R"("\"\\\/\b\f\n\r\t")", R"("\"\\/\b\f\n\r\t")"},
-      {R"("\u0000\u001F\u007f")", "\"\\u0000\\u001F\x7f\""},
+      {R"("\u0000\u001F\u007f")", "\"\\u0000\\u001f\x7f\""},
       {R"("\u00e9\u4e2d\uD83D\uDE00")", "\"\u00e9\u4e2d\U0001F600\""},
       {"\"\u00e9\u2028\U0010FFFF<\"", "\"\u00e9\u2028\U0010FFFF<\""},
       // A surrogate without its partner, and a backslash that only looks like the start of one.
@@ -194,6 +196,43 @@ TEST(JSON, WriterReplacesIllFormedText) {
   base::DictionaryValue object;
   object.Set("k\xFF", "a\xE4\xB8");
   EXPECT_EQ(Written(std::move(object)), "{\"k\uFFFD\":\"a\uFFFD\"}");
+}
+
+// Wide and narrow texts give the same string, at every place of the pieces in which long ones are
+// written; a wide writer's escapes are the same again.
+TEST(JSON, StringsOfWideAndNarrowTextAreTheSame) {
+  std::string text = "\"\\/\x7f \u00e9\u4e2d\U0001F600";
+  for (char c = 0; c < 0x20; ++c) text += c;
+  const std::string escaped =
+      "\\\"\\\\/\x7f \u00e9\u4e2d\U0001F600"
+      R"(\u0000\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e\u000f)"
+      R"(\u0010\u0011\u0012\u0013\u0014\u0015\u0016\u0017\u0018\u0019\u001a\u001b\u001c\u001d)"
+      R"(\u001e\u001f)";
+  for (size_t before = 980; before < 1030; ++before) {
+    const std::string plain(before, 'x');
+    std::string narrow = "<";
+    base::AppendJSONString(plain + text, &narrow);
+    EXPECT_EQ(narrow, "<\"" + plain + escaped + "\"");
+    std::string wide = "<";
+    base::AppendJSONString(base::UTF8ToWide(plain + text), &wide);
+    EXPECT_EQ(wide, narrow);
+  }
+  std::wstring by_unit;
+  for (const wchar_t c : base::UTF8ToWide(text)) {
+    wchar_t escape[base::kLongestJSONEscape];
+    if (base::IsPlainInJSON(c)) {
+      by_unit += c;
+    } else {
+      by_unit.append(escape, base::PutJSONEscape(c, escape));
+    }
+  }
+  EXPECT_EQ(base::WideToUTF8(by_unit), escaped);
+  std::string broken;
+  base::AppendJSONString(std::wstring{L'a', wchar_t(0xD83D), L'b'}, &broken);
+  base::AppendJSONString(std::string_view("\xE4\xB8"
+                                          "c"),
+                         &broken);
+  EXPECT_EQ(broken, "\"a\uFFFDb\"\"\uFFFDc\"");
 }
 
 TEST(JSON, PrettyPrint) {

@@ -1,7 +1,9 @@
 // An engine that answers from memory at once, for tests and benchmarks of the bridge.
 #pragma once
 
+#include <functional>
 #include <map>
+#include <mutex>
 #include <vector>
 
 #include "imsdk/biz/account.h"
@@ -16,47 +18,99 @@ inline const biz::IMUserID kLighthouse{L"cnbazaro", L"lighthouse"};
 biz::IMMessage MakeMessage(std::int64_t msgid, const biz::IMUserID& from, const biz::IMUserID& to,
                            std::wstring body);
 
+using Done = biz::IMCallback<>;
+using PageDone = biz::IMCallback<biz::IMMessagePage>;
+
 // A conversation whose answers a test sets and which keeps what it was asked.
 class MemoryConversation final : public RefPtrCounted<biz::IIMConversation> {
  public:
-  explicit MemoryConversation(biz::IMUserID cid) : cid_(std::move(cid)) {}
+  explicit MemoryConversation(biz::IMConversationID cid) : cid_(std::move(cid)) {}
 
-  const biz::IMUserID& GetCID() const override { return cid_; }
-  biz::IMMessagePage GetNewMsg(const biz::IMPageRequest& request) override;
-  void GetOfflineMsg(biz::IMPageCallback done) override { done(result, page); }
-  void SetNewMsgReaded(biz::IMDoneCallback done) override;
-  std::int32_t GetUnreadCount() const override { return unread; }
-  void GetReadedBoundary(biz::IMPositionCallback done) override { done(result, position); }
-  void GetLocalHisMsg(const biz::IMPageRequest& request, biz::IMPageCallback done) override;
-  void GetRemoteHisMsg(const biz::IMPageRequest& request, biz::IMPageCallback done) override;
-  void RoamMsg(const biz::IMRoamRequest& request, biz::IMRoamCallback done) override;
-  void ClearRoamedTime(biz::IMDoneCallback done) override { done(result); }
-  void SearchMsgByID(std::int64_t msgid, biz::IMPageCallback done) override;
-  void SearchMsg(const biz::IMSearchRequest& request, biz::IMSearchCallback done) override;
-  void GetMsgPicture(const biz::IMPictureRequest& request, biz::IMPicturesCallback done) override;
-  void DeleteLocalMsg(const std::vector<std::int64_t>& msgids, biz::IMCountCallback done) override;
-  void DeleteAllLocalMsg(biz::IMCountCallback done) override { done(result, 100); }
-  std::int32_t SendMsg(std::vector<biz::IMBodyItem> body,
-                       const biz::IMSendOptions& options) override;
-  std::int32_t ReSendMsg(std::int64_t msgid, bool at_once) override;
-  void WithdrawMsg(std::int64_t msgid, biz::IMDoneCallback done) override;
-  void GetFlagsMyMsgReaded(const std::vector<std::int64_t>& msgids,
-                           biz::IMFlagsCallback done) override;
-  void SetFlagsPeerMsgReaded(const std::vector<std::int64_t>& msgids,
-                             biz::IMDoneCallback done) override;
-  void ShieldAutoReply(bool ignore, biz::IMDoneCallback done) override;
-  void AddSysMsg(const std::wstring& text, biz::IMDoneCallback done) override;
+  const biz::IMConversationID& GetCID() const override { return cid_; }
+  void GetNewMsg(const biz::IMPageRequest& request, PageDone done) override {
+    last_request = request;
+    done(result, page);
+  }
+  void GetOfflineMsg(const biz::IMNothing&, PageDone done) override { done(result, page); }
+  void SetMsgRead(const biz::IMNothing&, Done done) override {
+    unread = 0;
+    done({});
+  }
+  void GetUnreadCount(const biz::IMNothing&, biz::IMCallback<biz::IMCount> done) override {
+    done(result, {unread});
+  }
+  void GetReadedBoundary(const biz::IMNothing&, biz::IMCallback<biz::IMMsgPosition> done) override {
+    done(result, position);
+  }
+  void GetLocalHisMsg(const biz::IMPageRequest& request, PageDone done) override {
+    last_request = request;
+    if (on_history) return on_history(std::move(done));
+    done(result, page);
+  }
+  void GetRemoteHisMsg(const biz::IMPageRequest& request, PageDone done) override {
+    last_request = request;
+    done(result, page);
+  }
+  void RoamMsg(const biz::IMRoamRequest& request, biz::IMCallback<biz::IMRoamed> done) override {
+    last_roam = request;
+    done(result, {9, 7});
+  }
+  void ClearRoamedTime(const biz::IMNothing&, Done done) override { done(result); }
+  void SearchMsgByID(const biz::IMMsgRequest& request, PageDone done) override {
+    msgids = {request.msgid};
+    done(result, page);
+  }
+  void SearchMsg(const biz::IMSearchRequest& request,
+                 biz::IMCallback<biz::IMSearchPage> done) override {
+    last_search = request;
+    done(result, found);
+  }
+  void GetMsgPicture(const biz::IMPictureRequest& request,
+                     biz::IMCallback<biz::IMPictures> done) override {
+    last_pictures = request;
+    done(result, pictures);
+  }
+  void DeleteLocalMsg(const biz::IMDeleteRequest& request,
+                      biz::IMCallback<biz::IMCount> done) override {
+    msgids = request.msgids;
+    done(result, {request.all ? 100 : static_cast<std::int32_t>(msgids.size())});
+  }
+  void SendMsg(const biz::IMSendRequest& request, Done done) override;
+  void ReSendMsg(const biz::IMResendRequest& request, Done done) override {
+    msgids = {request.msgid};
+    at_once = request.at_once;
+    done({send_status, 0, {}});
+  }
+  void WithdrawMsg(const biz::IMWithdrawRequest& request, Done done) override {
+    msgids = {request.msgid};
+    done(result);
+  }
+  void GetFlagsMyMsgReaded(const biz::IMMsgsRequest& request,
+                           biz::IMCallback<biz::IMReadFlags> done) override;
+  void SetFlagsPeerMsgReaded(const biz::IMMsgsRequest& request, Done done) override {
+    msgids = request.msgids;
+    done(result);
+  }
+  void ShieldAutoReply(const biz::IMShieldRequest& request, Done done) override {
+    ignored = request.setignore;
+    done(result);
+  }
+  void AddSysMsg(const biz::IMNote& request, Done done) override {
+    note = request.text;
+    done(result);
+  }
 
   // Answers.
-  biz::ResultCode result;   // of every operation with a callback
+  biz::ResultCode result;   // of every operation but sending
   biz::IMMessagePage page;  // what every request for messages gets
   biz::IMMsgPosition position;
   biz::IMSearchPage found;
-  std::vector<biz::IMMsgPicture> pictures;
+  biz::IMPictures pictures;
   std::int32_t unread = 0;
   std::int32_t send_status = 0;
-  // When set, GetLocalHisMsg hands its callback over instead of calling it.
-  std::function<void(biz::IMPageCallback)> on_history;
+  // When set, GetLocalHisMsg and SendMsg hand their callbacks over instead of calling them.
+  std::function<void(PageDone)> on_history;
+  std::function<void(Done)> on_send;
 
   // What was asked.
   biz::IMPageRequest last_request;
@@ -64,47 +118,96 @@ class MemoryConversation final : public RefPtrCounted<biz::IIMConversation> {
   biz::IMSearchRequest last_search;
   biz::IMPictureRequest last_pictures;
   std::vector<biz::IMBodyItem> sent;
-  biz::IMSendOptions sent_options;
+  biz::IMSendRequest sent_request;
   std::vector<std::int64_t> msgids;  // of the last operation on messages
   bool at_once = false;
   bool ignored = false;
   std::wstring note;
 
  private:
-  const biz::IMUserID cid_;
+  const biz::IMConversationID cid_;
 };
 
-class MemoryChats final : public RefPtrCounted<biz::IIMSingleChatMgr> {
+// The conversations of one kind: `I` is the manager's contract, `Raised` its events. Those of users
+// are made when they are asked for, others by the test.
+template <class I, class Raised, biz::IMCIDType kKind>
+class MemoryChatMgr final : public RefPtrCounted<I> {
  public:
-  RefPtr<biz::IIMConversation> GetConversation(const biz::IMUserID& cid) override;
-  std::vector<biz::IMUnreadCount> GetConversations() override;
-  void SearchMsg(const biz::IMSearchRequest& request, biz::IMSearchCallback done) override;
-  void SearchConversations(const biz::IMSearchRequest& request, biz::IMUsersCallback done) override;
-  void SetNewMsgMaxCache(std::int32_t count) override { max_cache = count; }
-  void GetRoamStatus(biz::IMRoamStatusCallback done) override { done({}, roaming); }
-  void SetRoamStatus(std::int32_t status, biz::IMDoneCallback done) override;
-  biz::IMSingleChatEvents& Events() override { return events; }
+  RefPtr<biz::IIMConversation> GetConversation(const biz::IMConversationID& cid) override {
+    if (cid.type != kKind) return nullptr;
+    const auto found = chats_.find(cid);
+    if (found != chats_.end()) return RefPtr<biz::IIMConversation>(found->second);
+    if (kKind != biz::kCIDUser || !cid.user.valid()) return nullptr;
+    return RefPtr<biz::IIMConversation>(&Chat(cid));
+  }
+  void GetUnreadCounts(const biz::IMConversations& request,
+                       biz::IMCallback<biz::IMUnreads> done) override {
+    biz::IMUnreads answer;
+    for (const auto& cid : request.cids) {
+      const auto found = chats_.find(cid);
+      answer.unreads.push_back({cid, found == chats_.end() ? 0 : found->second->unread});
+    }
+    if (request.cids.empty()) {
+      for (const auto& [cid, chat] : chats_) answer.unreads.push_back({cid, chat->unread});
+    }
+    done({}, answer);
+  }
+  void SearchMsg(const biz::IMSearchRequest& request,
+                 biz::IMCallback<biz::IMSearchPage> done) override {
+    last_search = request;
+    done({}, {});
+  }
+  void SearchConversations(const biz::IMSearchRequest& request,
+                           biz::IMCallback<biz::IMConversations> done) override {
+    last_search = request;
+    done({}, {{biz::IMConversationID(kLighthouse)}});
+  }
+  void SetNewMsgMaxCache(const biz::IMMaxCacheRequest& request, biz::IMCallback<> done) override {
+    max_cache = request.maxmsgcount;
+    done({});
+  }
+  void GetRoamStatus(const biz::IMNothing&, biz::IMCallback<biz::IMRoamStatus> done) override {
+    done({}, roaming);
+  }
+  void SetRoamStatus(const biz::IMSetRoamRequest& request, biz::IMCallback<> done) override {
+    roaming = {77, request.roamstatus};
+    done({});
+  }
+  Raised& Events() override { return events; }
 
-  MemoryConversation& Chat(const biz::IMUserID& cid);
+  // The conversation, made when it is new.
+  MemoryConversation& Chat(const biz::IMConversationID& cid) {
+    auto& chat = chats_[cid];
+    if (!chat) chat = RefPtr<MemoryConversation>(new MemoryConversation(cid));
+    return *chat;
+  }
+  MemoryConversation& Chat(const biz::IMUserID& user) {
+    return Chat(biz::IMConversationID(user, kKind));
+  }
 
-  biz::IMSingleChatEvents events;
+  Raised events;
   biz::IMSearchRequest last_search;
   std::int32_t max_cache = 0;
   biz::IMRoamStatus roaming;
 
  private:
-  std::map<biz::IMUserID, RefPtr<MemoryConversation>> chats_;
+  std::map<biz::IMConversationID, RefPtr<MemoryConversation>> chats_;
 };
 
-// Knows one virtual conversation.
-class MemoryVirtualChats final : public RefPtrCounted<biz::IIMVirtualChatMgr> {
- public:
-  RefPtr<biz::IIMConversation> GetConversation(const biz::IMUserID& cid) override;
-  std::vector<biz::IMUnreadCount> GetConversations() override;
-  biz::IMVirtualChatEvents& Events() override { return events; }
+using MemoryChats = MemoryChatMgr<biz::IIMSingleChatMgr, biz::IMSingleChatEvents, biz::kCIDUser>;
+using MemoryTribeChats =
+    MemoryChatMgr<biz::IIMTribeChatMgr, biz::IMTribeChatEvents, biz::kCIDTribe>;
+using MemoryVirtualChats =
+    MemoryChatMgr<biz::IIMVirtualChatMgr, biz::IMVirtualChatEvents, biz::kCIDSystem>;
 
-  biz::IMVirtualChatEvents events;
-  const RefPtr<MemoryConversation> chat{new MemoryConversation({L"cnbazaro", L"system"})};
+class MemoryTribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {
+ public:
+  void GetAllClass(const biz::IMNothing&, biz::IMCallback<biz::IMTribeClasses> done) override {
+    done({}, {{{3, L"Work"}}});
+  }
+  void SetTribeName(const biz::IMTribeText& request, biz::IMCallback<> done) override {
+    done({request.tribeid.id == 7 ? 0 : biz::kEngineRefused, 0, request.str});
+  }
 };
 
 class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
@@ -114,32 +217,42 @@ class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
   biz::IMAccountType GetAccountType() const override { return type; }
   bool IsOnline() const override { return true; }
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats; }
+  RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats; }
+  RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes; }
 
   biz::IMAccountType type = biz::kMainAccount;
   const RefPtr<MemoryChats> chats{new MemoryChats};
+  const RefPtr<MemoryTribeChats> tribe_chats{new MemoryTribeChats};
   const RefPtr<MemoryVirtualChats> virtual_chats{new MemoryVirtualChats};
+  const RefPtr<MemoryTribeMgr> tribes{new MemoryTribeMgr};
 
  private:
   const biz::IMUserID self_;
 };
 
-// Every user's password and token are "demo".
+// Every user's password and token are "demo". Any thread.
 class MemoryAccounts final : public RefPtrCounted<biz::IIMAccountMgr> {
  public:
-  void LoginByPassword(const biz::IMUserID& user, const std::wstring& password,
-                       biz::IMLoginCallback done) override;
-  void LoginByToken(const biz::IMUserID& user, const std::wstring& token,
-                    biz::IMLoginCallback done) override;
-  void Logout(const biz::IMUserID& user, biz::IMResultCallback done) override;
-  void NetReConnect(const biz::IMUserID& user, biz::IMResultCallback done) override;
+  using LoginDone = biz::IMCallback<biz::IMLoginGrant>;
+
+  void LoginByPassword(const biz::IMPasswordLogin& request, LoginDone done) override {
+    LoginByToken({request.userid, request.password}, std::move(done));
+  }
+  void LoginByToken(const biz::IMTokenLogin& request, LoginDone done) override;
+  void Logout(const biz::IMUserRequest& request, biz::IMCallback<> done) override;
+  void NetReConnect(const biz::IMUserRequest& request, biz::IMCallback<> done) override;
   RefPtr<biz::IIMAccount> GetAccount(const biz::IMUserID& user) override;
   biz::IMAccountEvents& Events() override { return events; }
 
   biz::IMAccountEvents events;
+  // When set, a good login is finished by calling what this is given, which a test may do on a
+  // thread of its own.
+  std::function<void(std::function<void()>)> on_login;
 
  private:
-  std::map<biz::IMUserID, RefPtr<MemoryAccount>> accounts_;
+  std::mutex mutex_;
+  std::map<biz::IMUserID, RefPtr<MemoryAccount>> accounts_;  // under mutex_
 };
 
 // The engine, registered for as long as this lives, with `kHarbor` logged in.

@@ -34,14 +34,14 @@ void KeepingLogger::Clear() {
   lines_.clear();
 }
 
-TestHost::TestHost(std::wstring empty_path)
+TestHost::TestHost(ChangeModules change)
     : log(new KeepingLogger),
       page(loop.task_runner()),
       bridge(new component::CKexCOMObject<OpenBridge>),
       manager_(new component::CKexCOMObject<bridge::CIMBridgeMgr>) {
   const RefPtr<LogService> service(new LogService(log));
   GetKexCOM()->RegisterService(ns_log::ILogService::kServiceId, service.get());
-  bridge->empty_path = std::move(empty_path);
+  bridge->change = std::move(change);
   manager_->Init();
 }
 
@@ -53,6 +53,7 @@ TestHost::~TestHost() {
 }
 
 void TestHost::Bind(const biz::IMUserID& account) {
+  page.bridge = bridge.get();
   bridge->BindPage({L"view-1", &page, loop.task_runner(), account});
 }
 

@@ -1,6 +1,7 @@
 // The smallest host: a logger that keeps lines, a page that keeps answers, and a bridge on a loop.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -67,6 +68,7 @@ struct Delivery {
 struct Notification {
   std::wstring event;
   std::wstring json;
+  std::wstring path;
 };
 
 // Keeps what reaches the page. View's thread, except for the count of references.
@@ -82,28 +84,33 @@ class KeepingPage final : public bridge::IPageHandler {
   }
   void Reserved() override {}
   void Notify(const std::wstring& event, const std::wstring& json) override {
-    notifications.push_back({event, json});
+    notifications.push_back({event, json, bridge ? bridge->NotifyingPath() : L""});
   }
 
   std::atomic<int> refs{0};
   std::vector<Delivery> answers;
   std::vector<Notification> notifications;
+  const bridge::IIMSDKBridge* bridge = nullptr;  // who is asked for the path of a notification
 
  private:
   const std::shared_ptr<base::TaskRunner> runner_;
 };
 
+// What a test puts into a bridge's module table, or takes out of it.
+using ChangeModules =
+    std::function<void(bridge::ModuleTable& modules, const bridge::ModuleContext& context)>;
+
 // A bridge whose clock and module table a test may set.
 class OpenBridge : public bridge::CIMSDKBridge {
  public:
-  std::int64_t now = -1;    // the clock in milliseconds; negative: the real one
-  std::wstring empty_path;  // the module of this path is left out of its entry
+  std::int64_t now = -1;  // the clock in milliseconds; negative: the real one
+  ChangeModules change;
 
  protected:
   std::int64_t NowMs() const override { return now < 0 ? CIMSDKBridge::NowMs() : now; }
   bridge::ModuleTable MakeModules(const bridge::ModuleContext& context) const override {
     auto modules = CIMSDKBridge::MakeModules(context);
-    if (!empty_path.empty()) modules[empty_path] = nullptr;
+    if (change) change(modules, context);
     return modules;
   }
 };
@@ -111,7 +118,7 @@ class OpenBridge : public bridge::CIMSDKBridge {
 // Logger, started business layer, a loop that is the view's thread, a page and its bridge.
 class TestHost {
  public:
-  explicit TestHost(std::wstring empty_path = {});
+  explicit TestHost(ChangeModules change = nullptr);
   ~TestHost();
 
   // Binds the bridge for `account` (none: nobody is logged in).

@@ -1,10 +1,6 @@
 import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
-import type {
-  MessagesNotification,
-  SendRequest,
-  SendStatusNotification,
-} from "@imsdkbridge/client";
+import type { MsgsNotify, SendMsgRequest, SendMsgStatusNotify } from "@imsdkbridge/client";
 import type { Browser } from "playwright-core";
 import { Host } from "./host.ts";
 import { ChatPage, eventually, launch } from "./pages.ts";
@@ -26,7 +22,7 @@ function receivedMessage(chat: ChatPage, body: string) {
   return eventually(
     () =>
       chat
-        .notified<MessagesNotification>("onReceiveNewMsg")
+        .notified<MsgsNotify>("onReceiveNewMsg")
         .flatMap(({ msgs }) => msgs)
         .find(({ msgbody }) => msgbody === body),
     `message ${body.slice(0, 40)}`,
@@ -48,7 +44,7 @@ test("any text arrives unchanged in the other window and is shown as text", asyn
   for (const text of texts) {
     await harbor.send("lighthouse", text);
     const { msgid } = await receivedMessage(lighthouse, text);
-    const sent = harbor.requests<SendRequest>("SendNormalChatMsg").at(-1)!;
+    const sent = harbor.requests<SendMsgRequest>("SendNormalChatMsg").at(-1)!;
     assert.equal(sent.msgbody![0]!.value, text);
     for (const chat of [harbor, lighthouse]) {
       const bubble = chat.message(msgid);
@@ -128,7 +124,7 @@ test("after SIGKILL and a restart the pages come back with everything reported s
   await lighthouse.openConversation("harbor");
   const reported = () =>
     harbor
-      .notified<SendStatusNotification>("onSendMsgStatus")
+      .notified<SendMsgStatusNotify>("onSendMsgStatus")
       .filter(({ code }) => code === 0)
       .map(({ msgid }) => msgid);
 

@@ -210,7 +210,7 @@ test("a translation stands under its message, once translation is switched on", 
   await line.getByText("Translation is off").waitFor();
   await page.getByRole("button", { name: "Settings" }).click();
   await page.getByRole("switch", { name: "Translate messages" }).click();
-  await page.locator(".switch:checked").waitFor();
+  await page.getByRole("switch", { name: "Translate messages", checked: true }).waitFor();
   await page.keyboard.press("Escape");
   await lighthouse.choose("how deep is it", "Translate");
   await line.getByText("HOW DEEP IS IT").waitFor();

@@ -1,22 +1,6 @@
 import { chromium, type Browser, type Locator, type Page } from "playwright-core";
-
-/** What a page and its host said to each other, one connection after the other. */
-export interface Connection {
-  sent: Frame[];
-  received: Frame[];
-}
-
-/** A frame of the script channel; which fields it has depends on its kind. */
-export interface Frame {
-  kind: string;
-  method?: string;
-  args?: string[];
-  seq?: string;
-  failed?: boolean;
-  event?: string;
-  payload?: string;
-  reason?: string;
-}
+import type { Connection, Frame } from "./frames.ts";
+import { record } from "./record.ts";
 
 /** Starts the browser. */
 export function launch(): Promise<Browser> {
@@ -37,7 +21,8 @@ export function launch(): Promise<Browser> {
 // A test may send what is no frame at all.
 function readFrame(text: string): Frame {
   try {
-    return JSON.parse(text) as Frame;
+    const frame = JSON.parse(text) as Frame | null;
+    return frame && typeof frame === "object" ? frame : { kind: "unreadable" };
   } catch {
     return { kind: "unreadable" };
   }
@@ -46,6 +31,8 @@ function readFrame(text: string): Frame {
 /** One browser window with the chat, and all that crosses its script channel. */
 export class ChatPage {
   readonly connections: Connection[] = [];
+  /** Connections from now on are for sending what is wrong: what they send is not checked. */
+  wild = false;
   /** Errors that the page did not catch, and dialogs it opened; a sound page has none. */
   readonly troubles: string[] = [];
 
@@ -56,8 +43,9 @@ export class ChatPage {
       void dialog.dismiss();
     });
     page.on("websocket", (socket) => {
-      const connection: Connection = { sent: [], received: [] };
+      const connection: Connection = { sent: [], received: [], wild: this.wild };
       this.connections.push(connection);
+      record(connection);
       const parse = ({ payload }: { payload: string | Buffer }) => readFrame(String(payload));
       socket.on("framesent", (frame) => connection.sent.push(parse(frame)));
       socket.on("framereceived", (frame) => connection.received.push(parse(frame)));

@@ -1,7 +1,7 @@
 import { readFile } from "node:fs/promises";
 import { createServer, type Server } from "node:http";
 import { extname, join } from "node:path";
-import type { HistoryRequest, Message } from "@imsdkbridge/client";
+import type { IMPageRequest, IMMessage } from "@imsdkbridge/client";
 import type { Page } from "playwright-core";
 
 const types: Record<string, string> = {
@@ -15,7 +15,7 @@ const types: Record<string, string> = {
 export const user = (nick: string) => ({ appkey: "cnbazaro", nick });
 
 /** A received message in the conversation with "peer". */
-export function entry(id: number, fields: Partial<Message> = {}): Message {
+export function entry(id: number, fields: Partial<IMMessage> = {}): IMMessage {
   return {
     msgid: String(1_000_000 + id),
     msgtime: String(1_700_000_000_000 + id * 30_000),
@@ -114,9 +114,9 @@ const defaults: Answers = {
 };
 
 /** Answers GetLocalHisMsg from `messages`, oldest first, with pages of `most`. */
-export function history(messages: readonly Message[], most: number) {
+export function history(messages: readonly IMMessage[], most: number) {
   const places = new Map(messages.map(({ msgid }, index) => [msgid, index]));
-  return ({ msgid, gohistory, count }: HistoryRequest) => {
+  return ({ msgid, gohistory, count }: IMPageRequest) => {
     const size = count === 1 ? 1 : most;
     const at = msgid ? places.get(msgid)! : messages.length;
     const start = gohistory ? Math.max(0, at - size) : at + 1;

@@ -24,7 +24,7 @@ await build({
   platform: "node",
   format: "esm",
   target: "node18",
-  external: ["playwright-core"],
+  external: ["playwright-core", "ajv", "@open-rpc/*", "@json-schema-tools/*"],
   conditions: ["imsdkbridge-source"],
   jsx: "automatic",
   jsxImportSource: "preact",

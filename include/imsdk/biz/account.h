@@ -2,28 +2,38 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
-#include "imsdk/biz/single_chat.h"
+#include "imsdk/biz/callback.h"
+#include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/tribe_mgr.h"
 #include "imsdk/biz/user_id.h"
-#include "imsdk/biz/virtual_chat.h"
 #include "kexbase/event.h"
 #include "kexcom/ref_counted.h"
 
 namespace imsdk::biz {
 
-// The outcome of a login.
-struct IMLoginResult {
-  ResultCode result;
-  IMUserID user;
+struct IMPasswordLogin {
+  IMUserID userid;
+  std::wstring password;
+};
+
+struct IMTokenLogin {
+  IMUserID userid;
+  std::wstring token;
+};
+
+// What a login gives.
+struct IMLoginGrant {
+  IMUserID userid;
   std::wstring token;        // logs the account in again without its password
   std::int64_t expires = 0;  // end of the token's life, milliseconds since the Unix epoch, UTC
 };
 
-// Called once, on an engine thread or before the operation returns.
-using IMLoginCallback = std::function<void(const IMLoginResult&)>;
-using IMResultCallback = std::function<void(const ResultCode&)>;
+// A request that names an account.
+struct IMUserRequest {
+  IMUserID userid;
+};
 
 // What kind of account is logged in.
 enum IMAccountType : std::int32_t {
@@ -40,10 +50,12 @@ class IIMAccount : public IKexCOMRefCounted {
   virtual IMAccountType GetAccountType() const = 0;
   // Whether the account has a link to its server now.
   virtual bool IsOnline() const = 0;
-  // The account's one-to-one chats. Never null; counted.
+  // The account's conversations by kind. Never null; counted.
   virtual RefPtr<IIMSingleChatMgr> GetIMSingleChatMgr() = 0;
-  // The account's system and subscription messages. Never null; counted.
+  virtual RefPtr<IIMTribeChatMgr> GetIMTribeChatMgr() = 0;
   virtual RefPtr<IIMVirtualChatMgr> GetIMVirtualChatMgr() = 0;
+  // The account's tribes. Never null; counted.
+  virtual RefPtr<IIMTribeMgr> GetIMTribeMgr() = 0;
 
  protected:
   ~IIMAccount() = default;
@@ -64,14 +76,15 @@ class IIMAccountMgr : public IKexCOMRefCounted {
  public:
   static constexpr char kServiceId[] = "imsdk.biz.IIMAccountMgr";
 
-  virtual void LoginByPassword(const IMUserID& user, const std::wstring& password,
-                               IMLoginCallback done) = 0;
-  virtual void LoginByToken(const IMUserID& user, const std::wstring& token,
-                            IMLoginCallback done) = 0;
+  // A login's callback comes first, its event after that. The login that opens the account is
+  // answered before any event of the account is raised: who subscribes inside the callback misses
+  // none.
+  virtual void LoginByPassword(const IMPasswordLogin& request, IMCallback<IMLoginGrant> done) = 0;
+  virtual void LoginByToken(const IMTokenLogin& request, IMCallback<IMLoginGrant> done) = 0;
   // Ends the account's session; its token stays good until it expires.
-  virtual void Logout(const IMUserID& user, IMResultCallback done) = 0;
+  virtual void Logout(const IMUserRequest& request, IMCallback<> done) = 0;
   // Drops and renews the account's link to its server.
-  virtual void NetReConnect(const IMUserID& user, IMResultCallback done) = 0;
+  virtual void NetReConnect(const IMUserRequest& request, IMCallback<> done) = 0;
   // The account, or null when it is not logged in. Cheap.
   virtual RefPtr<IIMAccount> GetAccount(const IMUserID& user) = 0;
   // Lives as long as the manager.

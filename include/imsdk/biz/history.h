@@ -1,29 +1,73 @@
-// Requests and answers of a conversation's history: search, pictures, roaming.
+// Requests and answers of a conversation's history: pages, read state, search, pictures, roaming.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "imsdk/biz/conversation_id.h"
 #include "imsdk/biz/message.h"
 #include "imsdk/biz/user_id.h"
 
 namespace imsdk::biz {
 
-// Callbacks are called once, on an engine thread or before the operation returns. An engine that
-// stops calls what is open with `kEngineNotLoggedIn` or drops it uncalled.
-using IMDoneCallback = std::function<void(const ResultCode&)>;
-using IMPageCallback = std::function<void(const ResultCode&, IMMessagePage)>;
-using IMCountCallback = std::function<void(const ResultCode&, std::int32_t count)>;
-using IMFlagsCallback = std::function<void(const ResultCode&, std::vector<IMFlagMsgReaded>)>;
+// Where a page of messages starts and how it goes on. The position is (msgtime, msgid), both 0
+// for the newest end of the conversation; the message at the position is not part of the page.
+struct IMPageRequest {
+  std::int64_t msgtime = 0;
+  std::int64_t msgid = 0;
+  std::int32_t count = 0;       // at most this many; 0 or less lets the engine choose
+  bool gohistory = false;       // towards older messages
+  bool ignoreboundary = false;  // do not stop at the boundary of what was roamed
+  bool autoroam = false;        // fetch from the server what the store lacks
+};
+
+// A page of messages, oldest first.
+struct IMMessagePage {
+  // The cache or store holds nothing further in the direction that was asked for, or dropped
+  // messages that the request wanted.
+  bool outofcache = false;
+  std::vector<IMMessage> msgs;
+};
+
+// A number of messages.
+struct IMCount {
+  std::int32_t count = 0;
+};
 
 // A place in a conversation's order, (msgtime, msgid). Both 0: none.
 struct IMMsgPosition {
   std::int64_t msgtime = 0;
   std::int64_t msgid = 0;
 };
-using IMPositionCallback = std::function<void(const ResultCode&, const IMMsgPosition&)>;
+
+// One message of a conversation.
+struct IMMsgRequest {
+  std::int64_t msgid = 0;
+};
+
+// Several messages of a conversation. What none means, the operation says.
+struct IMMsgsRequest {
+  std::vector<std::int64_t> msgids{};
+};
+
+// What to delete: the messages named, or all there are now.
+struct IMDeleteRequest {
+  std::vector<std::int64_t> msgids{};
+  bool all = false;
+};
+
+// A message to take back. The times are those that the page knows it by; the identifier counts.
+struct IMWithdrawRequest {
+  std::int64_t msgid = 0;
+  std::int64_t msgtime = 0;
+  std::int64_t svrtime = 0;
+};
+
+// Flags of messages.
+struct IMReadFlags {
+  std::vector<IMFlagMsgReaded> items;
+};
 
 // What to search for. A message fits when it contains every keyword: words by their beginning,
 // letters of scripts without spaces and emoji anywhere; case and accents make no difference.
@@ -34,15 +78,15 @@ struct IMSearchRequest {
   std::vector<std::int32_t> msgtypes{};  // empty: all
   std::int64_t btime = 0;                // msgtime from here on; 0: from the beginning
   std::int64_t etime = 0;                // msgtime up to and with this; 0: to the end
-  // By number: page `page`, counted from 1, the newest messages on the first one, with totals.
-  bool needpage = false;
-  std::int32_t page = 0;
-  // Otherwise by position, as in `IMPageRequest`.
+  // By position, as in `IMPageRequest`.
   std::int64_t msgtime = 0;
   std::int64_t msgid = 0;
   bool gohistory = false;
   bool ignoreboundary = false;
   std::int32_t count = 0;  // messages on a page; 0 or less lets the engine choose
+  // Or by number: page `page`, counted from 1, the newest messages on the first one, with totals.
+  bool needpage = false;
+  std::int32_t page = 0;
 };
 
 // A page of what was found, oldest first. The numbers are 0 unless they were asked for.
@@ -52,8 +96,11 @@ struct IMSearchPage {
   std::int32_t totalcount = 0;
   std::vector<IMMessage> msgs;
 };
-using IMSearchCallback = std::function<void(const ResultCode&, IMSearchPage)>;
-using IMUsersCallback = std::function<void(const ResultCode&, std::vector<IMUserID>)>;
+
+// Several conversations.
+struct IMConversations {
+  std::vector<IMConversationID> cids;
+};
 
 // Which pictures of a conversation. The position is (msgtime, pictureid), both empty for the newest
 // end; the picture at the position is not part of the answer.
@@ -66,22 +113,25 @@ struct IMPictureRequest {
   bool gohistory = false;
   std::int32_t count = 0;
 };
+
 // Oldest first.
-using IMPicturesCallback = std::function<void(const ResultCode&, std::vector<IMMsgPicture>)>;
+struct IMPictures {
+  std::vector<IMMsgPicture> pictures;
+};
 
 // Which messages to fetch from the server into the account's store: those of [btime, etime], the
-// newest `count` of them. Times as in `IMSearchRequest`.
+// newest `count` of them. Times as in `IMSearchRequest`; a server may go by its own clock.
 struct IMRoamRequest {
   std::int64_t btime = 0;
   std::int64_t etime = 0;
   std::int32_t count = 0;  // 0 or less lets the engine choose
   bool autoroam = false;   // go on until the range is fetched, whatever `count` says
 };
+
 struct IMRoamed {
   std::int32_t roamedcount = 0;  // messages that came
   std::int32_t affectcount = 0;  // of them those that the store did not have
 };
-using IMRoamCallback = std::function<void(const ResultCode&, const IMRoamed&)>;
 
 enum IMRoaming : std::int32_t { kRoamingOff = 0, kRoamingOn = 1 };
 
@@ -91,6 +141,9 @@ struct IMRoamStatus {
   std::int64_t opentime = 0;
   std::int32_t roamstatus = kRoamingOff;
 };
-using IMRoamStatusCallback = std::function<void(const ResultCode&, const IMRoamStatus&)>;
+
+struct IMSetRoamRequest {
+  std::int32_t roamstatus = kRoamingOff;  // an `IMRoaming`
+};
 
 }  // namespace imsdk::biz

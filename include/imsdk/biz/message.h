@@ -1,10 +1,11 @@
-// Single-chat messages.
+// Messages of conversations of every kind.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "imsdk/biz/conversation_id.h"
 #include "imsdk/biz/user_id.h"
 #include "kexbase/file_path.h"
 
@@ -18,23 +19,23 @@ enum IMMsgType : std::int32_t {
   kMsgFile = 3,
   kMsgEmotion = 4,
   kMsgShake = 5,  // a window shake; without text
-  // The sender's typing state: the value of the only item is an `IMInputStatus` in decimal. Goes to
+  // The sender's typing state: the value of the only item is an `InputStatus` in decimal. Goes to
   // the peer's devices that are there now; never stored, and no send event tells of it.
   kMsgInputStatus = 6,
 };
 
 // Typing state of a peer.
-enum IMInputStatus : std::int32_t { kInputStopped = 0, kInputTyping = 1 };
+enum InputStatus : std::int32_t { kInputStopped = 0, kInputTyping = 1 };
 
 enum IMMsgStatus : std::int32_t {
   kMsgSending = 0,
-  kMsgSent = 1,       // the server has it on its disk
+  kMsgSent = 1,       // it is in the server's archive
   kMsgFailed = 2,     // may be sent again
-  kMsgReceived = 3,   // a message from the peer
+  kMsgReceived = 3,   // a message from somebody else
   kMsgWithdrawn = 4,  // its sender took it back; the body is empty
 };
 
-// For a message from the peer: whether this account has read it. For one of the account's own:
+// For a message from somebody else: whether this account has read it. For one of the account's own:
 // whether the peer has reported it read.
 enum IMReadFlag : std::int32_t { kMsgUnread = 0, kMsgRead = 1 };
 
@@ -46,21 +47,23 @@ struct IMMessageExt {
   std::int32_t syschatmsg = 0;   // a system chat message
 };
 
-// One message of a one-to-one conversation as one account sees it. Times are milliseconds since
-// the Unix epoch, UTC.
+// One message of a conversation as one account sees it. Times are milliseconds since the Unix
+// epoch, UTC.
 struct IMMessage {
-  std::int64_t msgid = 0;    // unique; a later message has a greater one
+  std::int64_t msgid = 0;    // unique for its sender; a later message of it has a greater one
   std::int64_t msgtime = 0;  // by the sender's clock
-  IMUserID cid;              // the conversation: the peer of the account that sees the message
+  IMConversationID cid;
   IMUserID fromid;
-  IMUserID toid;
+  IMUserID toid;  // empty in a tribe
   std::int32_t msgtype = kMsgText;
   std::int32_t msgstatus = kMsgSending;
   std::wstring msgbody;      // text, with pictures and emotions as tokens
-  std::int64_t svrtime = 0;  // by the server's clock; 0 until the server has the message
+  std::int64_t svrtime = 0;  // by the server's clock; 0 until it is known
   std::int32_t readflag = kMsgUnread;
   IMMessageExt extinfo;
 };
+using TMMessage = IMMessage;  // of a tribe
+using TMMsgType = IMMsgType;
 
 // One element of a message to send.
 struct IMBodyItem {
@@ -73,7 +76,7 @@ struct IMBodyItem {
 
 // Which of the account's own messages the peer has reported read, or not.
 struct IMFlagMsgReaded {
-  IMUserID cid;
+  IMConversationID cid;
   std::int64_t msgid = 0;
   std::int64_t msgtime = 0;
   std::int32_t readflag = kMsgUnread;
@@ -81,42 +84,24 @@ struct IMFlagMsgReaded {
 
 // A message that was taken back.
 struct IMMsgWithdraw {
-  IMUserID cid;
+  IMConversationID cid;
   IMUserID fromid;
   std::int64_t msgid = 0;
   std::int64_t msgtime = 0;
   std::int64_t svrtime = 0;
 };
+using TMMsgWithdraw = IMMsgWithdraw;  // in a tribe
 
 // A picture inside a message.
 struct IMMsgPicture {
-  std::wstring pictureid;  // unique in the account: msgid, "_", index
+  std::wstring pictureid;  // unique in its conversation: msgid, "_", index
   std::wstring url;        // the file's path as in the message's token
   std::int64_t msgid = 0;
   std::int32_t index = 0;  // among the pictures of the message, from 0
   std::int64_t mgstime = 0;
   IMUserID fromid;
-  IMUserID toid;
+  IMUserID toid;         // empty in a tribe
   std::wstring extInfo;  // the message's "others"
-};
-
-// Where a page of messages starts and how it goes on. The position is (msgtime, msgid), both 0
-// for the newest end of the conversation; the message at the position is not part of the page.
-struct IMPageRequest {
-  std::int64_t msgtime = 0;
-  std::int64_t msgid = 0;
-  std::int32_t count = 0;       // at most this many; 0 or less lets the engine choose
-  bool gohistory = false;       // towards older messages
-  bool ignoreboundary = false;  // do not stop at the boundary of what was roamed
-  bool autoroam = false;        // fetch from the server what the store lacks
-};
-
-// A page of messages, oldest first.
-struct IMMessagePage {
-  std::vector<IMMessage> msgs;
-  // The cache or store holds nothing further in the direction that was asked for, or dropped
-  // messages that the request wanted.
-  bool outofcache = false;
 };
 
 }  // namespace imsdk::biz

@@ -45,14 +45,16 @@ enum EngineCode : std::int32_t {
   kEngineUnknownUser = -2,
   kEngineWrongPassword = -3,
   kEngineTokenExpired = -4,
-  kEngineNoLink = -5,    // the server could not be reached
-  kEngineTimeout = -6,   // the server did not answer in time
-  kEngineTooLarge = -7,  // the message or request is over the engine's size limit
-  kEngineEmpty = -8,     // nothing to send
-  kEngineNotFound = -9,  // no such message or conversation
-  kEngineStorage = -10,  // the local or the server's store failed
-  kEngineRefused = -11,  // the server refuses: not allowed now
-  kEngineBusy = -12,     // too many operations of this account are open
+  kEngineNoLink = -5,         // the server could not be reached
+  kEngineTimeout = -6,        // the server did not answer in time
+  kEngineTooLarge = -7,       // the message or request is over the engine's size limit
+  kEngineEmpty = -8,          // nothing to send
+  kEngineNotFound = -9,       // no such message or conversation
+  kEngineStorage = -10,       // the local or the server's store failed
+  kEngineRefused = -11,       // the server refuses: not allowed now
+  kEngineBusy = -12,          // too many operations of this account are open
+  kEngineUnsupported = -13,   // the account's server cannot do this
+  kEnginePositionLost = -14,  // the server does not know any more how far the account had read
 };
 
 }  // namespace imsdk::biz

@@ -1,7 +1,7 @@
 // The client's chat windows, implemented by the host.
 #pragma once
 
-#include "imsdk/biz/user_id.h"
+#include "imsdk/biz/conversation_id.h"
 #include "kexcom/ref_counted.h"
 
 namespace imsdk::client {
@@ -13,9 +13,9 @@ class IChatWindowService : public IKexCOMRefCounted {
   static constexpr char kServiceId[] = "imsdk.client.IChatWindowService";
 
   // Whether a chat window of `account` shows the conversation `cid` on the screen.
-  virtual bool IsVisible(const biz::IMUserID& account, const biz::IMUserID& cid) = 0;
+  virtual bool IsVisible(const biz::IMUserID& account, const biz::IMConversationID& cid) = 0;
   // Whether such a window has the input focus.
-  virtual bool IsActivated(const biz::IMUserID& account, const biz::IMUserID& cid) = 0;
+  virtual bool IsActivated(const biz::IMUserID& account, const biz::IMConversationID& cid) = 0;
 
  protected:
   ~IChatWindowService() = default;

@@ -1,10 +1,7 @@
 // JSON forms of what the client's own services do with messages: translation, dynamic content.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
-#include "source/bridge/jsparams/record.h"
+#include "source/bridge/jsparams/idrecords.h"
 
 namespace imsdk::bridge {
 
@@ -12,37 +9,33 @@ namespace imsdk::bridge {
 struct TranslateMsg {
   std::wstring msgid;
   std::wstring msgcontent;
-};
-template <>
-struct Record<TranslateMsg> {
-  static constexpr auto kFields = FieldList(Field("msgid", &TranslateMsg::msgid),
-                                            Field("msgcontent", &TranslateMsg::msgcontent));
+
+  static constexpr auto kFields = FieldList(Field("msgid", &TranslateMsg::msgid, "The message."),
+                                            Field("msgcontent", &TranslateMsg::msgcontent,
+                                                  "Its text; in the answer the translated one."));
 };
 
 struct TranslateSetting {
   std::int32_t enable = 0;
-};
-template <>
-struct Record<TranslateSetting> {
-  static constexpr auto kFields = FieldList(Field("enable", &TranslateSetting::enable));
+
+  static constexpr auto kFields =
+      FieldList(Field("enable", &TranslateSetting::enable, "1: messages are translated."));
 };
 
 struct DynamicMsgRequest {
   std::wstring bizType;
   std::wstring bizUuid;
-};
-template <>
-struct Record<DynamicMsgRequest> {
-  static constexpr auto kFields = FieldList(Field("bizType", &DynamicMsgRequest::bizType),
-                                            Field("bizUuid", &DynamicMsgRequest::bizUuid));
+
+  static constexpr auto kFields = FieldList(
+      Field("bizType", &DynamicMsgRequest::bizType, "The business that the content belongs to."),
+      Field("bizUuid", &DynamicMsgRequest::bizUuid, "The content's identifier there."));
 };
 
 struct DynamicMsgAnswer {
   std::wstring content;
-};
-template <>
-struct Record<DynamicMsgAnswer> {
-  static constexpr auto kFields = FieldList(Field("content", &DynamicMsgAnswer::content));
+
+  static constexpr auto kFields =
+      FieldList(Field("content", &DynamicMsgAnswer::content, "The present content, a JSON text."));
 };
 
 }  // namespace imsdk::bridge

@@ -1,196 +1,200 @@
 // JSON forms of history: read state, withdrawal, search, pictures, roaming.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include "imsdk/biz/history.h"
 #include "source/bridge/jsparams/messagerecords.h"
 
 namespace imsdk::bridge {
 
+inline constexpr NamedValue kRoamingValues[] = {
+    {biz::kRoamingOff, "kRoamingOff", "The server does not hand out history."},
+    {biz::kRoamingOn, "kRoamingOn", "The server hands out history."},
+};
+inline constexpr ValueSet kRoaming{"IMRoaming", kRoamingValues};
+
+inline constexpr char kMsgIdsSays[] = "Identifiers of messages.";
+inline constexpr char kBTimeSays[] = "From this time on, milliseconds; empty: from the beginning.";
+inline constexpr char kETimeSays[] = "Up to and with this time, milliseconds; empty: to the end.";
+inline constexpr char kKeywordsSays[] = "A message fits when it contains every one of these.";
+inline constexpr char kMsgTypesSays[] = "Kinds of message that fit; all when empty.";
+inline constexpr char kRoamStatusSays[] = "Whether history is roamed.";
+
 template <>
 struct Record<biz::IMMsgPosition> {
-  static constexpr auto kFields = FieldList(Field("msgtime", &biz::IMMsgPosition::msgtime),
-                                            Field("msgid", &biz::IMMsgPosition::msgid));
+  using R = biz::IMMsgPosition;
+  static constexpr auto kFields =
+      FieldList(Field("msgtime", &R::msgtime, kMsgTimeSays), Field("msgid", &R::msgid, kMsgIdSays));
 };
 
-// Several messages of a conversation.
-struct MsgsRequest {
-  biz::IMUserID cid;
-  std::vector<std::int64_t> msgids;
-};
 template <>
-struct Record<MsgsRequest> {
+struct Record<biz::IMMsgsRequest> {
   static constexpr auto kFields =
-      FieldList(Field("cid", &MsgsRequest::cid), Field("msgids", &MsgsRequest::msgids));
+      FieldList(Field("msgids", &biz::IMMsgsRequest::msgids, kMsgIdsSays));
 };
 
-struct DeleteMsgRequest : MsgsRequest {
-  bool all = false;
-};
 template <>
-struct Record<DeleteMsgRequest> {
+struct Record<biz::IMDeleteRequest> {
+  using R = biz::IMDeleteRequest;
   static constexpr auto kFields =
-      FieldList(Field("cid", &DeleteMsgRequest::cid), Field("msgids", &DeleteMsgRequest::msgids),
-                Field("all", &DeleteMsgRequest::all));
+      FieldList(Field("msgids", &R::msgids, kMsgIdsSays),
+                Field("all", &R::all, "1: all messages of the conversation."));
 };
 
 template <>
 struct Record<biz::IMFlagMsgReaded> {
-  static constexpr auto kFields = FieldList(Field("cid", &biz::IMFlagMsgReaded::cid),
-                                            Field("msgid", &biz::IMFlagMsgReaded::msgid),
-                                            Field("msgtime", &biz::IMFlagMsgReaded::msgtime),
-                                            Field("readflag", &biz::IMFlagMsgReaded::readflag));
+  using R = biz::IMFlagMsgReaded;
+  static constexpr auto kFields =
+      FieldList(Field("cid", &R::cid, kCidSays), Field("msgid", &R::msgid, kMsgIdSays),
+                Field("msgtime", &R::msgtime, kMsgTimeSays),
+                Field("readflag", &R::readflag, "Whether the peer has read it.", &kReadFlag));
 };
 
 // Flags of messages, as an answer and as a notification.
-struct ReadFlags {
-  std::vector<biz::IMFlagMsgReaded> items;
-};
 template <>
-struct Record<ReadFlags> {
-  static constexpr auto kFields = FieldList(Field("items", &ReadFlags::items));
+struct Record<biz::IMReadFlags> {
+  static constexpr auto kFields =
+      FieldList(Field("items", &biz::IMReadFlags::items, "Messages and their flags."));
 };
 
-struct WithdrawRequest : MsgRequest {
-  std::int64_t msgtime = 0;
-  std::int64_t svrtime = 0;
-};
 template <>
-struct Record<WithdrawRequest> {
-  static constexpr auto kFields = FieldList(
-      Field("cid", &WithdrawRequest::cid), Field("msgid", &WithdrawRequest::msgid),
-      Field("msgtime", &WithdrawRequest::msgtime), Field("svrtime", &WithdrawRequest::svrtime));
+struct Record<biz::IMWithdrawRequest> {
+  using R = biz::IMWithdrawRequest;
+  static constexpr auto kFields =
+      FieldList(Field("msgid", &R::msgid, kMsgIdSays), Field("msgtime", &R::msgtime, kMsgTimeSays),
+                Field("svrtime", &R::svrtime, kSvrTimeSays));
 };
 
 template <>
 struct Record<biz::IMMsgWithdraw> {
-  static constexpr auto kFields = FieldList(
-      Field("cid", &biz::IMMsgWithdraw::cid), Field("fromid", &biz::IMMsgWithdraw::fromid),
-      Field("msgid", &biz::IMMsgWithdraw::msgid), Field("msgtime", &biz::IMMsgWithdraw::msgtime),
-      Field("svrtime", &biz::IMMsgWithdraw::svrtime));
+  using R = biz::IMMsgWithdraw;
+  static constexpr auto kFields =
+      FieldList(Field("cid", &R::cid, kCidSays), Field("fromid", &R::fromid, kFromIdSays),
+                Field("msgid", &R::msgid, kMsgIdSays), Field("msgtime", &R::msgtime, kMsgTimeSays),
+                Field("svrtime", &R::svrtime, kSvrTimeSays));
 };
 
 struct WithdrawNotify : biz::ResultCode {
   std::vector<biz::IMMsgWithdraw> withdraws;
-};
-template <>
-struct Record<WithdrawNotify> {
-  static constexpr auto kFields = FieldList(
-      Field("code", &WithdrawNotify::code), Field("subcode", &WithdrawNotify::subcode),
-      Field("result", &WithdrawNotify::text), Field("withdraws", &WithdrawNotify::withdraws));
+
+  static constexpr auto kFields = std::tuple_cat(
+      Record<biz::ResultCode>::kFields,
+      FieldList(Field("withdraws", &WithdrawNotify::withdraws, "The messages taken back.")));
 };
 
-// SearchDBMsg, SearchDBMsg2; SearchDBMsgCid uses those keys of it that do not page.
-struct SearchRequest : biz::IMSearchRequest {
-  biz::IMUserID cid;
-};
 template <>
-struct Record<SearchRequest> {
+struct Record<biz::IMSearchRequest> {
+  using R = biz::IMSearchRequest;
   static constexpr auto kFields = FieldList(
-      Field("cid", &SearchRequest::cid), Field("keywords", &SearchRequest::keywords),
-      Field("msgtypes", &SearchRequest::msgtypes), Field("btime", &SearchRequest::btime),
-      Field("etime", &SearchRequest::etime), Field("msgtime", &SearchRequest::msgtime),
-      Field("msgid", &SearchRequest::msgid), Field("gohistory", &SearchRequest::gohistory),
-      Field("ignoreboundary", &SearchRequest::ignoreboundary),
-      Field("count", &SearchRequest::count), Field("needpage", &SearchRequest::needpage),
-      Field("page", &SearchRequest::page));
+      Field("keywords", &R::keywords, kKeywordsSays),
+      Field("msgtypes", &R::msgtypes, kMsgTypesSays, &kMsgType),
+      Field("btime", &R::btime, kBTimeSays), Field("etime", &R::etime, kETimeSays),
+      Field("msgtime", &R::msgtime, kFromTimeSays), Field("msgid", &R::msgid, kFromMsgSays),
+      Field("gohistory", &R::gohistory, kGoHistorySays),
+      Field("ignoreboundary", &R::ignoreboundary, kIgnoreBoundarySays),
+      Field("count", &R::count, kCountSays),
+      Field("needpage", &R::needpage, "1: by page number, with totals, not by position."),
+      Field("page", &R::page, "Number of the page from 1, the newest messages on the first."));
 };
 
-struct SearchAnswer : biz::IMSearchPage {
-  biz::IMUserID cid;
+struct SearchAnswer : InConversation, biz::IMSearchPage {
   std::vector<std::wstring> keywords;
   std::vector<std::int32_t> msgtypes;
 };
-template <>
-struct Record<SearchAnswer> {
-  static constexpr auto kFields = FieldList(
-      Field("cid", &SearchAnswer::cid), Field("keywords", &SearchAnswer::keywords),
-      Field("msgtypes", &SearchAnswer::msgtypes), Field("currentpage", &SearchAnswer::currentpage),
-      Field("totalpage", &SearchAnswer::totalpage), Field("totalcount", &SearchAnswer::totalcount),
-      Field("msgs", &SearchAnswer::msgs));
+template <class Form>
+requires IsConversationForm<Form>
+struct FormRecord<SearchAnswer, Form> {
+  using R = SearchAnswer;
+  static constexpr auto kFields = std::tuple_cat(
+      Form::kIdFields,
+      FieldList(Field("keywords", &R::keywords, kKeywordsSays),
+                Field("msgtypes", &R::msgtypes, kMsgTypesSays, &kMsgType),
+                Field("currentpage", &R::currentpage, "Number of this page; 0 by position."),
+                Field("totalpage", &R::totalpage, "Number of pages; 0 by position."),
+                Field("totalcount", &R::totalcount, "Number of messages that fit; 0 by position."),
+                Field("msgs", &R::msgs, kMsgsSays)));
 };
 
-struct SearchCidAnswer {
+// A search for conversations does not page.
+struct SearchCidRequest : biz::IMSearchRequest {};
+template <>
+struct Record<SearchCidRequest> {
+  using R = biz::IMSearchRequest;
+  static constexpr auto kFields =
+      FieldList(Field("keywords", &R::keywords, kKeywordsSays),
+                Field("msgtypes", &R::msgtypes, kMsgTypesSays, &kMsgType),
+                Field("btime", &R::btime, kBTimeSays), Field("etime", &R::etime, kETimeSays));
+};
+
+struct SearchCidAnswer : biz::IMConversations {
   std::vector<std::int32_t> msgtypes;
-  std::vector<biz::IMUserID> cids;
 };
-template <>
-struct Record<SearchCidAnswer> {
-  static constexpr auto kFields = FieldList(Field("msgtypes", &SearchCidAnswer::msgtypes),
-                                            Field("cids", &SearchCidAnswer::cids));
+template <class Form>
+struct FormRecord<SearchCidAnswer, Form> {
+  static constexpr auto kFields = std::tuple_cat(
+      FieldList(Field("msgtypes", &SearchCidAnswer::msgtypes, kMsgTypesSays, &kMsgType)),
+      RecordIn<biz::IMConversations, Form>::kFields);
 };
 
-struct PictureRequest : biz::IMPictureRequest {
-  biz::IMUserID cid;
-};
 template <>
-struct Record<PictureRequest> {
+struct Record<biz::IMPictureRequest> {
+  using R = biz::IMPictureRequest;
   static constexpr auto kFields = FieldList(
-      Field("cid", &PictureRequest::cid), Field("btime", &PictureRequest::btime),
-      Field("etime", &PictureRequest::etime), Field("msgtime", &PictureRequest::msgtime),
-      Field("pictureid", &PictureRequest::pictureid),
-      Field("ignoreboundary", &PictureRequest::ignoreboundary),
-      Field("gohistory", &PictureRequest::gohistory), Field("count", &PictureRequest::count));
+      Field("btime", &R::btime, kBTimeSays), Field("etime", &R::etime, kETimeSays),
+      Field("msgtime", &R::msgtime, kFromTimeSays),
+      Field("pictureid", &R::pictureid, "Position where the page starts: picture."),
+      Field("ignoreboundary", &R::ignoreboundary, kIgnoreBoundarySays),
+      Field("gohistory", &R::gohistory, kGoHistorySays), Field("count", &R::count, kCountSays));
 };
 
 // The time is "mgstime" and the extra data "extInfo": so pages know them.
 template <>
 struct Record<biz::IMMsgPicture> {
-  static constexpr auto kFields = FieldList(
-      Field("pictureid", &biz::IMMsgPicture::pictureid), Field("url", &biz::IMMsgPicture::url),
-      Field("msgid", &biz::IMMsgPicture::msgid), Field("index", &biz::IMMsgPicture::index),
-      Field("mgstime", &biz::IMMsgPicture::mgstime), Field("fromid", &biz::IMMsgPicture::fromid),
-      Field("toid", &biz::IMMsgPicture::toid), Field("extInfo", &biz::IMMsgPicture::extInfo));
-};
-
-struct PicturesAnswer {
-  std::vector<biz::IMMsgPicture> pictures;
-};
-template <>
-struct Record<PicturesAnswer> {
-  static constexpr auto kFields = FieldList(Field("pictures", &PicturesAnswer::pictures));
-};
-
-struct RoamRequest : biz::IMRoamRequest {
-  biz::IMUserID cid;
-};
-template <>
-struct Record<RoamRequest> {
+  using R = biz::IMMsgPicture;
   static constexpr auto kFields =
-      FieldList(Field("cid", &RoamRequest::cid), Field("btime", &RoamRequest::btime),
-                Field("etime", &RoamRequest::etime), Field("count", &RoamRequest::count),
-                Field("autoroam", &RoamRequest::autoroam));
+      FieldList(Field("pictureid", &R::pictureid, "Identifier of the picture in its conversation."),
+                Field("url", &R::url, "The file's path as in the message's token."),
+                Field("msgid", &R::msgid, kMsgIdSays),
+                Field("index", &R::index, "Place among the pictures of the message, from 0."),
+                Field("mgstime", &R::mgstime, kMsgTimeSays),
+                Field("fromid", &R::fromid, kFromIdSays), Field("toid", &R::toid, kToIdSays),
+                Field("extInfo", &R::extInfo, "Free data carried with the message."));
+};
+
+template <>
+struct Record<biz::IMPictures> {
+  static constexpr auto kFields =
+      FieldList(Field("pictures", &biz::IMPictures::pictures, "The pictures, oldest first."));
+};
+
+template <>
+struct Record<biz::IMRoamRequest> {
+  using R = biz::IMRoamRequest;
+  static constexpr auto kFields =
+      FieldList(Field("btime", &R::btime, kBTimeSays), Field("etime", &R::etime, kETimeSays),
+                Field("count", &R::count, kCountSays),
+                Field("autoroam", &R::autoroam,
+                      "1: goes on until the range is fetched, whatever \"count\"."));
 };
 
 template <>
 struct Record<biz::IMRoamed> {
-  static constexpr auto kFields = FieldList(Field("roamedcount", &biz::IMRoamed::roamedcount),
-                                            Field("affectcount", &biz::IMRoamed::affectcount));
+  using R = biz::IMRoamed;
+  static constexpr auto kFields = FieldList(
+      Field("roamedcount", &R::roamedcount, "The number of messages that came."),
+      Field("affectcount", &R::affectcount, "Of them those that the store did not have."));
 };
 
 template <>
 struct Record<biz::IMRoamStatus> {
-  static constexpr auto kFields = FieldList(Field("opentime", &biz::IMRoamStatus::opentime),
-                                            Field("roamstatus", &biz::IMRoamStatus::roamstatus));
+  using R = biz::IMRoamStatus;
+  static constexpr auto kFields =
+      FieldList(Field("opentime", &R::opentime, "No history from before this time, milliseconds."),
+                Field("roamstatus", &R::roamstatus, kRoamStatusSays, &kRoaming));
 };
 
-struct SetRoamRequest {
-  std::int32_t roamstatus = biz::kRoamingOff;
-};
 template <>
-struct Record<SetRoamRequest> {
-  static constexpr auto kFields = FieldList(Field("roamstatus", &SetRoamRequest::roamstatus));
-};
-
-struct MaxCacheRequest {
-  std::int32_t maxmsgcount = 0;
-};
-template <>
-struct Record<MaxCacheRequest> {
-  static constexpr auto kFields = FieldList(Field("maxmsgcount", &MaxCacheRequest::maxmsgcount));
+struct Record<biz::IMSetRoamRequest> {
+  static constexpr auto kFields = FieldList(
+      Field("roamstatus", &biz::IMSetRoamRequest::roamstatus, kRoamStatusSays, &kRoaming));
 };
 
 }  // namespace imsdk::bridge

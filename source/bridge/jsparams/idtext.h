@@ -4,12 +4,18 @@
 #include <string>
 #include <vector>
 
-#include "imsdk/biz/user_id.h"
+#include "imsdk/biz/conversation_id.h"
+#include "kexbase/strings.h"
 
 namespace imsdk::bridge {
 
 // The long user identifier: application key, then nick.
 inline std::wstring IdText(const biz::IMUserID& id) { return id.appkey + id.nick; }
+
+// What the conversation is held with: a user, or the number of a tribe.
+inline std::wstring ConversationText(const biz::IMConversationID& id) {
+  return id.is_tribe() ? base::NumberToWide(id.tribe.id) : IdText(id.user);
+}
 
 // The texts of several, parted by commas.
 template <class Item, class TextOf>

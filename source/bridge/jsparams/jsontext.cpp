@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "kexbase/json_string.h"
+
 namespace imsdk::bridge {
 namespace {
 
@@ -15,34 +17,13 @@ constexpr std::size_t kMostDigits = 20;     // of a 64-bit value, the sign inclu
 
 bool IsPlain(wchar_t c) {
   const auto u = static_cast<std::uint32_t>(c);
-  return u - 0x20 < 0xD800 - 0x20 && c != L'"' && c != L'\\';
+  return u < 0xD800 && base::IsPlainInJSON(c);
 }
 
 // Writes the value's digits and returns their end.
 wchar_t* PutDigits(wchar_t* out, std::int64_t value) {
   char digits[kMostDigits];
   return std::copy(digits, std::to_chars(digits, digits + sizeof digits, value).ptr, out);
-}
-
-// The letter behind the backslash of a short escape, or 0.
-wchar_t ShortEscape(wchar_t c) {
-  switch (c) {
-    case L'"':
-    case L'\\':
-      return c;
-    case L'\n':
-      return L'n';
-    case L'\r':
-      return L'r';
-    case L'\t':
-      return L't';
-    case L'\b':
-      return L'b';
-    case L'\f':
-      return L'f';
-    default:
-      return 0;
-  }
 }
 
 }  // namespace
@@ -92,14 +73,14 @@ void JsonText::String(std::wstring_view text) {
   if (comma_) Put(L',');
   comma_ = true;
   Put(L'"');
-  std::size_t index = 0;
-  while (index < text.size()) {
+  for (std::size_t index = 0; index < text.size();) {
     // Most texts are plain to their end. What is not used of the room goes back.
-    const std::size_t room = text.size() - index;
-    wchar_t* out = Room(room);
-    const std::size_t start = index;
-    while (index < text.size() && IsPlain(text[index])) *out++ = text[index++];
-    size_ -= room - (index - start);
+    const std::wstring_view rest = text.substr(index);
+    wchar_t* const room = Room(rest.size());
+    std::size_t plain = 0;
+    for (; plain < rest.size() && IsPlain(rest[plain]); ++plain) room[plain] = rest[plain];
+    size_ -= rest.size() - plain;
+    index += plain;
     if (index < text.size()) PutSpecial(text, &index);
   }
   Put(L'"');
@@ -108,12 +89,10 @@ void JsonText::String(std::wstring_view text) {
 void JsonText::PutSpecial(std::wstring_view text, std::size_t* index) {
   const wchar_t c = text[(*index)++];
   const auto u = static_cast<std::uint32_t>(c);
-  if (const wchar_t letter = ShortEscape(c)) {
-    Put(L'\\');
-    Put(letter);
-  } else if (u < 0x20) {
-    constexpr wchar_t kHex[] = L"0123456789abcdef";
-    for (const wchar_t part : {L'\\', L'u', L'0', L'0', kHex[u >> 4], kHex[u & 15]}) Put(part);
+  if (!base::IsPlainInJSON(c)) {
+    wchar_t* const room = Room(base::kLongestJSONEscape);
+    const wchar_t* const end = base::PutJSONEscape(c, room);
+    size_ -= static_cast<std::size_t>(room + base::kLongestJSONEscape - end);
   } else if (u >= 0xE000 && u <= 0x10FFFF) {
     Put(c);
   } else if (kUtf16 && u < 0xDC00 && *index < text.size() && (text[*index] & 0xFC00) == 0xDC00) {
@@ -131,6 +110,12 @@ void JsonText::Integer(std::int64_t value) {
   comma_ = true;
   out = PutDigits(out, value);
   size_ -= static_cast<std::size_t>(start + kMostDigits + 1 - out);
+}
+
+void JsonText::Boolean(bool value) {
+  if (comma_) Put(L',');
+  comma_ = true;
+  for (const char c : std::string_view(value ? "true" : "false")) Put(static_cast<wchar_t>(c));
 }
 
 void JsonText::DecimalString(std::int64_t value) {

@@ -26,6 +26,7 @@ class JsonText {
   void Key(std::string_view key);
   void String(std::wstring_view text);
   void Integer(std::int64_t value);
+  void Boolean(bool value);
   // A 64-bit value as its decimal text.
   void DecimalString(std::int64_t value);
 

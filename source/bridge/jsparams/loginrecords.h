@@ -1,53 +1,39 @@
 // JSON forms of the login requests, answers and notifications.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "imsdk/biz/account.h"
 #include "source/bridge/jsparams/idrecords.h"
 
 namespace imsdk::bridge {
 
-struct PasswordLoginRequest {
-  biz::IMUserID userid;
-  std::wstring password;
-};
 template <>
-struct Record<PasswordLoginRequest> {
-  static constexpr auto kFields = FieldList(Field("userid", &PasswordLoginRequest::userid),
-                                            Field("password", &PasswordLoginRequest::password));
+struct Record<biz::IMPasswordLogin> {
+  using R = biz::IMPasswordLogin;
+  static constexpr auto kFields = FieldList(Field("userid", &R::userid, "Who logs in."),
+                                            Field("password", &R::password, "The password."));
 };
 
-struct TokenLoginRequest {
-  biz::IMUserID userid;
-  std::wstring token;
-};
 template <>
-struct Record<TokenLoginRequest> {
-  static constexpr auto kFields = FieldList(Field("userid", &TokenLoginRequest::userid),
-                                            Field("token", &TokenLoginRequest::token));
+struct Record<biz::IMTokenLogin> {
+  using R = biz::IMTokenLogin;
+  static constexpr auto kFields = FieldList(Field("userid", &R::userid, "Who logs in."),
+                                            Field("token", &R::token, "A token of a login."));
+};
+
+template <>
+struct Record<biz::IMLoginGrant> {
+  using R = biz::IMLoginGrant;
+  static constexpr auto kFields =
+      FieldList(Field("userid", &R::userid, "Who is logged in."),
+                Field("token", &R::token, "Logs in again without the password."),
+                Field("expires", &R::expires, "End of the token's life, milliseconds."));
 };
 
 // Who logged in or out.
-struct UserRecord {
-  biz::IMUserID userid;
-};
 template <>
-struct Record<UserRecord> {
-  static constexpr auto kFields = FieldList(Field("userid", &UserRecord::userid));
-};
-
-struct LoginAnswer {
-  biz::IMUserID userid;
-  std::wstring token;
-  std::int64_t expires = 0;  // milliseconds since the Unix epoch, UTC
-};
-template <>
-struct Record<LoginAnswer> {
+struct Record<biz::IMUserRequest> {
   static constexpr auto kFields =
-      FieldList(Field("userid", &LoginAnswer::userid), Field("token", &LoginAnswer::token),
-                Field("expires", &LoginAnswer::expires));
+      FieldList(Field("userid", &biz::IMUserRequest::userid, "The account."));
 };
 
 }  // namespace imsdk::bridge

@@ -1,113 +1,146 @@
-// JSON forms of single-chat messages, requests and answers.
+// JSON forms of messages, of requests for them and of their answers.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include "imsdk/biz/message.h"
-#include "imsdk/biz/single_chat.h"
-#include "source/bridge/jsparams/idrecords.h"
+#include "imsdk/biz/chat_mgr.h"
+#include "source/bridge/jsparams/form.h"
 
 namespace imsdk::bridge {
 
+inline constexpr NamedValue kMsgTypeValues[] = {
+    {biz::kMsgText, "kMsgText", "Text, with pictures and emotions as tokens."},
+    {biz::kMsgPicture, "kMsgPicture", "A picture."},
+    {biz::kMsgAudio, "kMsgAudio", "An audio recording."},
+    {biz::kMsgFile, "kMsgFile", "A file."},
+    {biz::kMsgEmotion, "kMsgEmotion", "An emotion."},
+    {biz::kMsgShake, "kMsgShake", "A window shake, without text."},
+    {biz::kMsgInputStatus, "kMsgInputStatus", "The sender's typing state; never stored."},
+};
+inline constexpr ValueSet kMsgType{"IMMsgType", kMsgTypeValues};
+
+inline constexpr NamedValue kMsgStatusValues[] = {
+    {biz::kMsgSending, "kMsgSending", "On its way."},
+    {biz::kMsgSent, "kMsgSent", "It is in the server's archive."},
+    {biz::kMsgFailed, "kMsgFailed", "It was not sent and may be sent again."},
+    {biz::kMsgReceived, "kMsgReceived", "A message from somebody else."},
+    {biz::kMsgWithdrawn, "kMsgWithdrawn", "Its sender took it back; the body is empty."},
+};
+inline constexpr ValueSet kMsgStatus{"IMMsgStatus", kMsgStatusValues};
+
+inline constexpr NamedValue kReadFlagValues[] = {
+    {biz::kMsgUnread, "kMsgUnread", "Not read yet."},
+    {biz::kMsgRead, "kMsgRead", "Read; of an own message, that the peer reported so."},
+};
+inline constexpr ValueSet kReadFlag{"IMReadFlag", kReadFlagValues};
+
+inline constexpr NamedValue kInputStatusValues[] = {
+    {biz::kInputStopped, "kInputStopped", "The peer does not type."},
+    {biz::kInputTyping, "kInputTyping", "The peer types."},
+};
+inline constexpr ValueSet kInputStatus{"InputStatus", kInputStatusValues};
+
+// Sentences of keys that many records have.
+inline constexpr char kMsgIdSays[] = "Identifier of the message, unique for its sender.";
+inline constexpr char kMsgTimeSays[] = "Time of the message by its sender's clock, milliseconds.";
+inline constexpr char kSvrTimeSays[] = "Time of the message by the server's clock, 0 if not known.";
+inline constexpr char kCidSays[] = "The conversation.";
+inline constexpr char kFromIdSays[] = "The sender.";
+inline constexpr char kToIdSays[] = "The receiver.";
+inline constexpr char kMsgsSays[] = "The messages, oldest first.";
+inline constexpr char kMsgTypeSays[] = "Kind of the message.";
+inline constexpr char kFromTimeSays[] =
+    "Position where the page starts: time; empty for the newest.";
+inline constexpr char kFromMsgSays[] =
+    "Position where the page starts: message; empty for the newest.";
+inline constexpr char kCountSays[] = "At most this many; 0 lets the engine choose.";
+inline constexpr char kGoHistorySays[] = "1: towards older messages.";
+inline constexpr char kIgnoreBoundarySays[] =
+    "1: goes on behind the point from which on the store is complete.";
+
 template <>
 struct Record<biz::IMMessageExt> {
-  static constexpr auto kFields = FieldList(Field("others", &biz::IMMessageExt::others),
-                                            Field("fixmsgread", &biz::IMMessageExt::fixmsgread),
-                                            Field("autochatmsg", &biz::IMMessageExt::autochatmsg),
-                                            Field("syschatmsg", &biz::IMMessageExt::syschatmsg));
+  using R = biz::IMMessageExt;
+  static constexpr auto kFields = FieldList(
+      Field("others", &R::others, "Free data carried with the message."),
+      Field("fixmsgread", &R::fixmsgread, "1: the read state is fixed, it is not reported again."),
+      Field("autochatmsg", &R::autochatmsg, "1: an automatic reply."),
+      Field("syschatmsg", &R::syschatmsg, "1: a note of the client."));
 };
 
 template <>
 struct Record<biz::IMMessage> {
+  using R = biz::IMMessage;
   static constexpr auto kFields = FieldList(
-      Field("msgid", &biz::IMMessage::msgid), Field("msgtime", &biz::IMMessage::msgtime),
-      Field("cid", &biz::IMMessage::cid), Field("fromid", &biz::IMMessage::fromid),
-      Field("toid", &biz::IMMessage::toid), Field("msgtype", &biz::IMMessage::msgtype),
-      Field("msgstatus", &biz::IMMessage::msgstatus), Field("msgbody", &biz::IMMessage::msgbody),
-      Field("svrtime", &biz::IMMessage::svrtime), Field("readflag", &biz::IMMessage::readflag),
-      Field("extinfo", &biz::IMMessage::extinfo));
+      Field("msgid", &R::msgid, kMsgIdSays), Field("msgtime", &R::msgtime, kMsgTimeSays),
+      Field("cid", &R::cid, kCidSays), Field("fromid", &R::fromid, kFromIdSays),
+      Field("toid", &R::toid, kToIdSays), Field("msgtype", &R::msgtype, kMsgTypeSays, &kMsgType),
+      Field("msgstatus", &R::msgstatus, "State of the message.", &kMsgStatus),
+      Field("msgbody", &R::msgbody, "Text, with pictures, files and emotions as tokens."),
+      Field("svrtime", &R::svrtime, kSvrTimeSays),
+      Field("readflag", &R::readflag, "Whether it was read.", &kReadFlag),
+      Field("extinfo", &R::extinfo, "Extra information."));
 };
 
-// A request that names a conversation and nothing else.
-struct CidRequest {
-  biz::IMUserID cid;
-};
 template <>
-struct Record<CidRequest> {
-  static constexpr auto kFields = FieldList(Field("cid", &CidRequest::cid));
-};
-
-struct CidsRequest {
-  std::vector<biz::IMUserID> cids;
-};
-template <>
-struct Record<CidsRequest> {
-  static constexpr auto kFields = FieldList(Field("cids", &CidsRequest::cids));
-};
-
-// History and peek requests.
-struct HisMsgRequest : biz::IMPageRequest {
-  biz::IMUserID cid;
-};
-template <>
-struct Record<HisMsgRequest> {
+struct Record<biz::IMConversations> {
   static constexpr auto kFields =
-      FieldList(Field("cid", &HisMsgRequest::cid), Field("msgtime", &HisMsgRequest::msgtime),
-                Field("msgid", &HisMsgRequest::msgid), Field("count", &HisMsgRequest::count),
-                Field("gohistory", &HisMsgRequest::gohistory),
-                Field("ignoreboundary", &HisMsgRequest::ignoreboundary),
-                Field("autoroam", &HisMsgRequest::autoroam));
+      FieldList(Field("cids", &biz::IMConversations::cids, "The conversations."));
 };
 
-// One message of a conversation.
-struct MsgRequest {
-  biz::IMUserID cid;
-  std::int64_t msgid = 0;
-};
 template <>
-struct Record<MsgRequest> {
-  static constexpr auto kFields =
-      FieldList(Field("cid", &MsgRequest::cid), Field("msgid", &MsgRequest::msgid));
+struct Record<biz::IMPageRequest> {
+  using R = biz::IMPageRequest;
+  static constexpr auto kFields = FieldList(
+      Field("msgtime", &R::msgtime, kFromTimeSays), Field("msgid", &R::msgid, kFromMsgSays),
+      Field("count", &R::count, kCountSays), Field("gohistory", &R::gohistory, kGoHistorySays),
+      Field("ignoreboundary", &R::ignoreboundary, kIgnoreBoundarySays),
+      Field("autoroam", &R::autoroam, "1: fetches from the server what the store lacks."));
 };
 
-// The page is "outofcache" and "msgs"; it is written as the engine made it.
 template <>
 struct Record<biz::IMMessagePage> {
-  static constexpr auto kFields = FieldList(Field("outofcache", &biz::IMMessagePage::outofcache),
-                                            Field("msgs", &biz::IMMessagePage::msgs));
+  using R = biz::IMMessagePage;
+  static constexpr auto kFields = FieldList(
+      Field("outofcache", &R::outofcache, "1: nothing further there, or messages were dropped."),
+      Field("msgs", &R::msgs, kMsgsSays));
 };
 
-struct CountAnswer {
-  std::int32_t count = 0;
-};
 template <>
-struct Record<CountAnswer> {
-  static constexpr auto kFields = FieldList(Field("count", &CountAnswer::count));
+struct Record<biz::IMMsgRequest> {
+  static constexpr auto kFields = FieldList(Field("msgid", &biz::IMMsgRequest::msgid, kMsgIdSays));
+};
+
+template <>
+struct Record<biz::IMCount> {
+  static constexpr auto kFields =
+      FieldList(Field("count", &biz::IMCount::count, "The number of messages."));
 };
 
 template <>
 struct Record<biz::IMUnreadCount> {
+  using R = biz::IMUnreadCount;
   static constexpr auto kFields =
-      FieldList(Field("cid", &biz::IMUnreadCount::cid), Field("count", &biz::IMUnreadCount::count));
+      FieldList(Field("cid", &R::cid, kCidSays),
+                Field("count", &R::count, "The number of its unread messages."));
 };
 
-struct UnreadsAnswer {
-  std::vector<biz::IMUnreadCount> unreads;
-};
 template <>
-struct Record<UnreadsAnswer> {
-  static constexpr auto kFields = FieldList(Field("unreads", &UnreadsAnswer::unreads));
+struct Record<biz::IMUnreads> {
+  static constexpr auto kFields =
+      FieldList(Field("unreads", &biz::IMUnreads::unreads, "Unread counts by conversation."));
+};
+
+template <>
+struct Record<biz::IMMaxCacheRequest> {
+  static constexpr auto kFields =
+      FieldList(Field("maxmsgcount", &biz::IMMaxCacheRequest::maxmsgcount,
+                      "At most this many new messages are kept in memory."));
 };
 
 // Notification with message records. Points to the event's own list.
 struct MsgsNotify {
   const std::vector<biz::IMMessage>* msgs = nullptr;
-};
-template <>
-struct Record<MsgsNotify> {
-  static constexpr auto kFields = FieldList(Field("msgs", &MsgsNotify::msgs));
+
+  static constexpr auto kFields = FieldList(Field("msgs", &MsgsNotify::msgs, kMsgsSays));
 };
 
 // A send status is an envelope with the message's own keys between.
@@ -115,23 +148,24 @@ struct SendMsgStatusNotify : biz::ResultCode {
   std::int32_t msgtype = 0;
   std::int64_t msgid = 0;
   std::int64_t svrtime = 0;
-};
-template <>
-struct Record<SendMsgStatusNotify> {
+
   static constexpr auto kFields = FieldList(
-      Field("code", &SendMsgStatusNotify::code), Field("subcode", &SendMsgStatusNotify::subcode),
-      Field("msgtype", &SendMsgStatusNotify::msgtype), Field("msgid", &SendMsgStatusNotify::msgid),
-      Field("svrtime", &SendMsgStatusNotify::svrtime), Field("result", &SendMsgStatusNotify::text));
+      Field("code", &SendMsgStatusNotify::code, "0 when the message was sent, else why not."),
+      Field("subcode", &SendMsgStatusNotify::subcode, "A code that tells more of a failure."),
+      Field("msgtype", &SendMsgStatusNotify::msgtype, kMsgTypeSays, &kMsgType),
+      Field("msgid", &SendMsgStatusNotify::msgid, kMsgIdSays),
+      Field("svrtime", &SendMsgStatusNotify::svrtime, kSvrTimeSays),
+      Field("result", &SendMsgStatusNotify::text, "\"success\", \"failed\", or why it failed."));
 };
 
 struct PeerInputNotify {
-  std::int32_t value = 0;
+  biz::InputStatus value = biz::kInputStopped;
   biz::IMUserID cid;
-};
-template <>
-struct Record<PeerInputNotify> {
+
   static constexpr auto kFields =
-      FieldList(Field("value", &PeerInputNotify::value), Field("cid", &PeerInputNotify::cid));
+      FieldList(Field("value", &PeerInputNotify::value,
+                      "The typing state; over after some seconds.", &kInputStatus),
+                Field("cid", &PeerInputNotify::cid, "The peer."));
 };
 
 }  // namespace imsdk::bridge

@@ -1,169 +1,160 @@
-// How records and JSON meet. A record is described once, as the ordered list of its keys and
-// members; reader and writer both follow the list.
+// How records and JSON meet. A record is described once, as the ordered list of its keys, members
+// and a sentence for each; reader, writer and description (recordinfo.h) all follow the list.
 //
 //   template <>
 //   struct Record<biz::IMUserID> {
-//     static constexpr auto kFields = FieldList(Field("appkey", &biz::IMUserID::appkey),
-//                                               Field("nick", &biz::IMUserID::nick));
+//     using R = biz::IMUserID;
+//     static constexpr auto kFields =
+//         FieldList(Field("appkey", &R::appkey, "The application that the user belongs to."),
+//                   Field("nick", &R::nick, "The user's name there."));
 //   };
 //
-// The member's type decides its JSON form: wide strings are strings, 32-bit integers and truth
-// values are integers, 64-bit integers are decimal strings, vectors are lists, records are objects.
+// The member's type decides its JSON form: wide strings and file paths are strings, 32-bit
+// integers, enumerations and truth values are integers, 64-bit integers are decimal strings,
+// vectors are lists, maps are lists of "key" and "value", records are objects.
 // Readers never fail: a missing key or a wrong JSON type leaves the member as it is.
+//
+// A record may also say:
+//   `static constexpr auto kItems = &R::items;`  its JSON is the bare list of these items
+//   `static constexpr bool kUnderResult = true;` as an answer it stands under "result"
+//   `static void Complete(R*)`                   what the reader does last
+//
+// Where a form of conversation (form.h) writes a record in its own way, `FormRecord<R, Form>` is
+// its description there.
 #pragma once
 
 #include <cstdint>
 #include <limits>
+#include <map>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "kexbase/file_path.h"
 #include "kexbase/strings.h"
 #include "kexbase/values.h"
 #include "source/bridge/jsparams/jsontext.h"
 
 namespace imsdk::bridge {
 
-template <class R, class M>
-struct FieldOf {
-  const char* key;
-  M R::*member;
+// One value of an enumeration and what it means.
+struct NamedValue {
+  std::int64_t value;
+  const char* name;
+  const char* sentence;
 };
 
-template <class R, class M>
-constexpr FieldOf<R, M> Field(const char* key, M R::*member) {
-  return {key, member};
+// The values that an integer may have.
+struct ValueSet {
+  const char* name;
+  std::span<const NamedValue> values;
+};
+
+// `Access` is a pointer to the member or a path of them. Only records for which `test` holds have
+// the field; without a test (null) all do.
+template <class Access, class Test = std::nullptr_t>
+struct FieldOf {
+  std::string_view key;
+  Access access;
+  const char* sentence;
+  const ValueSet* values;
+  Test test{};
+  const char* kind = nullptr;
+};
+
+template <class Access>
+constexpr auto Field(std::string_view key, Access access, const char* sentence,
+                     const ValueSet* values = nullptr) {
+  return std::tuple(FieldOf<Access>{key, access, sentence, values});
 }
 
-template <class... F>
-constexpr auto FieldList(F... fields) {
-  return std::make_tuple(fields...);
+template <class... Fields>
+constexpr auto FieldList(Fields... fields) {
+  return std::tuple_cat(fields...);
 }
 
+// The fields of one kind of record among several.
+template <class Test, class... Fields>
+constexpr auto OfKind(const char* kind, Test test, Fields... fields) {
+  return std::apply(
+      [&]<class... A>(const FieldOf<A>&... field) {
+        return std::tuple(
+            FieldOf<A, Test>{field.key, field.access, field.sentence, field.values, test, kind}...);
+      },
+      FieldList(fields...));
+}
+
+// The member of a member.
+template <class... Member>
+constexpr std::tuple<Member...> Path(Member... members) {
+  return {members...};
+}
+
+template <class R>
+concept DescribesItself = requires {
+  R::kFields;
+};
 template <class R>
 struct Record;
+template <class R, class Form>
+struct FormRecord;
 
+template <class R, class Form>
+concept HasFormRecord = requires {
+  FormRecord<R, Form>::kFields;
+};
 template <class R>
-concept IsRecord = requires {
-  Record<R>::kFields;
+concept IsBareList = requires {
+  Record<R>::kItems;
 };
 
-// A request without keys. Its JSON text is not even looked at.
-struct NoKeys {};
-template <>
-struct Record<NoKeys> {
-  static constexpr auto kFields = FieldList();
+// The description of `R` under `Form`.
+template <class R, class Form>
+struct DescriptionOf : std::conditional<DescribesItself<R>, R, Record<R>> {};
+template <class R, class Form>
+requires HasFormRecord<R, Form>
+struct DescriptionOf<R, Form> {
+  using type = FormRecord<R, Form>;
+};
+template <class R, class Form>
+using RecordIn = typename DescriptionOf<R, Form>::type;
+
+template <class T>
+inline constexpr bool kIsVector = false;
+template <class T>
+inline constexpr bool kIsVector<std::vector<T>> = true;
+template <class T>
+inline constexpr bool kIsMap = false;
+template <class K, class V>
+inline constexpr bool kIsMap<std::map<K, V>> = true;
+// What JSON has as an integer.
+template <class T>
+inline constexpr bool kIsInteger =
+    std::is_same_v<T, std::int32_t> || std::is_same_v<T, std::uint32_t> || std::is_enum_v<T>;
+
+// A map's item in JSON.
+template <class K, class V>
+struct MapItem {
+  K key;
+  V value;
+
+  static constexpr auto kFields = FieldList(Field("key", &MapItem::key, "What has the value."),
+                                            Field("value", &MapItem::value, "The value."));
 };
 
-inline void ReadValue(const base::Value& json, std::wstring* out) {
-  if (const std::string* text = json.GetIfString()) *out = base::SysUTF8ToWide(*text);
+template <class R, class C, class M>
+constexpr auto& At(R& record, M C::*member) {
+  return record.*member;
 }
-
-// Integers beyond 32 bits are none.
-inline std::optional<std::int32_t> IntOf(const base::Value& json) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  const auto value = json.GetIfInt64();
-  if (!value || *value < Limits::min() || *value > Limits::max()) return std::nullopt;
-  return static_cast<std::int32_t>(*value);
-}
-
-inline void ReadValue(const base::Value& json, std::int32_t* out) {
-  if (const auto value = IntOf(json)) *out = *value;
-}
-
-inline void ReadValue(const base::Value& json, bool* out) {
-  std::int32_t flag = *out;
-  ReadValue(json, &flag);
-  *out = flag != 0;
-}
-
-inline void ReadValue(const base::Value& json, std::int64_t* out) {
-  if (const std::string* text = json.GetIfString()) base::StringToInt64(*text, out);
-}
-
-template <class T>
-void ReadValue(const base::Value& json, std::vector<T>* out);
-
-template <IsRecord R>
-void ReadValue(const base::Value& json, R* out) {
-  const base::DictionaryValue* object = json.GetIfDict();
-  if (!object) return;
-  const auto read = [&](const auto& field) {
-    if (const base::Value* value = object->Find(field.key))
-      ReadValue(*value, &(out->*field.member));
-  };
-  std::apply([&](const auto&... field) { (read(field), ...); }, Record<R>::kFields);
-}
-
-// Whether an element belongs into a list. One that should be an identifier does in any case, as 0:
-// a list without elements may mean all there are.
-template <class T>
-bool HasJsonTypeOf(const base::Value& json) {
-  if constexpr (std::is_same_v<T, std::int64_t>) return true;
-  if constexpr (IsRecord<T>) return json.is_dict();
-  if constexpr (std::is_same_v<T, std::wstring>) return json.is_string();
-  if constexpr (std::is_same_v<T, std::int32_t>) return IntOf(json).has_value();
-}
-
-// Elements of a wrong JSON type are left out.
-template <class T>
-void ReadValue(const base::Value& json, std::vector<T>* out) {
-  const base::ListValue* list = json.GetIfList();
-  if (!list) return;
-  out->reserve(list->size());
-  for (const base::Value& item : *list) {
-    if (HasJsonTypeOf<T>(item)) ReadValue(item, &out->emplace_back());
-  }
-}
-
-inline void WriteValue(JsonText& json, const std::wstring& text) { json.String(text); }
-inline void WriteValue(JsonText& json, std::int32_t value) { json.Integer(value); }
-inline void WriteValue(JsonText& json, bool value) { json.Integer(value); }
-inline void WriteValue(JsonText& json, std::int64_t value) { json.DecimalString(value); }
-
-template <IsRecord R>
-void WriteMembers(JsonText& json, const R& record);
-template <class T>
-void WriteValue(JsonText& json, const std::vector<T>& items);
-
-template <IsRecord R>
-void WriteValue(JsonText& json, const R& record) {
-  json.BeginObject();
-  WriteMembers(json, record);
-  json.EndObject();
-}
-
-template <class T>
-void WriteValue(JsonText& json, const std::vector<T>& items) {
-  json.BeginList();
-  for (const T& item : items) WriteValue(json, item);
-  json.EndList();
-}
-
-// A list that the record only points to.
-template <class T>
-void WriteValue(JsonText& json, const std::vector<T>* items) {
-  WriteValue(json, *items);
-}
-
-// Writes the record's keys into the object that is open.
-template <IsRecord R>
-void WriteMembers(JsonText& json, const R& record) {
-  const auto write = [&](const auto& field) {
-    json.Key(field.key);
-    WriteValue(json, record.*field.member);
-  };
-  std::apply([&](const auto&... field) { (write(field), ...); }, Record<R>::kFields);
-}
-
-// The JSON text of a record, for notifications.
-template <IsRecord R>
-std::wstring RecordText(const R& record) {
-  JsonText json;
-  WriteValue(json, record);
-  return json.Take();
+template <class R, class... Member>
+constexpr auto& At(R& record, const std::tuple<Member...>& path) {
+  return std::apply(
+      [&](const auto... member) -> auto& { return (record.*....*member); }, path);
 }
 
 }  // namespace imsdk::bridge

@@ -1,11 +1,7 @@
-// JSON forms of what is sent in single chat.
+// JSON forms of what is sent.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include "source/bridge/jsparams/idrecords.h"
+#include "source/bridge/jsparams/messagerecords.h"
 
 namespace imsdk::bridge {
 
@@ -14,36 +10,49 @@ struct BodyItem {
   std::wstring jvale;
   std::wstring value;
   std::wstring filecontent;  // Base64
-  std::wstring filepath;
+  base::FilePath filepath;
+
+  static constexpr auto kFields = FieldList(
+      Field("type", &BodyItem::type, "Kind of the item.", &kMsgType),
+      Field("jvale", &BodyItem::jvale, "Extra JSON text, carried as it stands."),
+      Field("value", &BodyItem::value, "The text or token."),
+      Field("filecontent", &BodyItem::filecontent,
+            "The content of a file, Base64, where it comes along."),
+      Field("filepath", &BodyItem::filepath, "The path of a local file, where one is meant."));
 };
-template <>
-struct Record<BodyItem> {
-  static constexpr auto kFields =
-      FieldList(Field("type", &BodyItem::type), Field("jvale", &BodyItem::jvale),
-                Field("value", &BodyItem::value), Field("filecontent", &BodyItem::filecontent),
-                Field("filepath", &BodyItem::filepath));
-};
+
+inline constexpr char kBodySays[] = "What to send, in the order in which it is shown.";
 
 struct SendMsgRequest {
-  biz::IMUserID cid;
-  std::int32_t autosend = 0;
+  bool autosend = false;
   std::vector<BodyItem> msgbody;
-};
-template <>
-struct Record<SendMsgRequest> {
-  static constexpr auto kFields =
-      FieldList(Field("cid", &SendMsgRequest::cid), Field("autosend", &SendMsgRequest::autosend),
-                Field("msgbody", &SendMsgRequest::msgbody));
+
+  static constexpr auto kFields = FieldList(
+      Field("autosend", &SendMsgRequest::autosend, "1: sent by the client, not typed by its user."),
+      Field("msgbody", &SendMsgRequest::msgbody, kBodySays));
 };
 
-struct BroadcastMsgRequest {
-  std::vector<biz::IMUserID> cids;
+struct BroadcastMsgRequest : biz::IMConversations {
   std::vector<BodyItem> msgbody;
 };
-template <>
-struct Record<BroadcastMsgRequest> {
-  static constexpr auto kFields = FieldList(Field("cids", &BroadcastMsgRequest::cids),
-                                            Field("msgbody", &BroadcastMsgRequest::msgbody));
+template <class Form>
+struct FormRecord<BroadcastMsgRequest, Form> {
+  static constexpr auto kFields =
+      std::tuple_cat(RecordIn<biz::IMConversations, Form>::kFields,
+                     FieldList(Field("msgbody", &BroadcastMsgRequest::msgbody, kBodySays)));
+};
+
+struct ForwardMsgRequest : BroadcastMsgRequest {
+  std::int32_t msgtype = 0;
+  std::int64_t msgid = 0;
+};
+template <class Form>
+struct FormRecord<ForwardMsgRequest, Form> {
+  using R = ForwardMsgRequest;
+  static constexpr auto kFields = std::tuple_cat(
+      RecordIn<BroadcastMsgRequest, Form>::kFields,
+      FieldList(Field("msgtype", &R::msgtype, "Kind of the forwarded message.", &kMsgType),
+                Field("msgid", &R::msgid, "The forwarded message.")));
 };
 
 // A text to convert, and the converted text: a body item without its file keys.
@@ -51,47 +60,30 @@ struct EmotionText {
   std::int32_t type = 0;
   std::wstring value;
   std::wstring jvale;
-};
-template <>
-struct Record<EmotionText> {
-  static constexpr auto kFields =
-      FieldList(Field("type", &EmotionText::type), Field("value", &EmotionText::value),
-                Field("jvale", &EmotionText::jvale));
-};
 
-struct ForwardMsgRequest {
-  std::vector<biz::IMUserID> cids;
-  std::vector<BodyItem> msgbody;
-  std::int32_t msgtype = 0;
-  std::int64_t msgid = 0;
-};
-template <>
-struct Record<ForwardMsgRequest> {
   static constexpr auto kFields = FieldList(
-      Field("cids", &ForwardMsgRequest::cids), Field("msgbody", &ForwardMsgRequest::msgbody),
-      Field("msgtype", &ForwardMsgRequest::msgtype), Field("msgid", &ForwardMsgRequest::msgid));
+      Field("type", &EmotionText::type, "Kind of the item.", &kMsgType),
+      Field("value", &EmotionText::value, "The text; in the answer with emotions as tokens."),
+      Field("jvale", &EmotionText::jvale, "Extra JSON text, carried as it stands."));
 };
 
-struct EditPicRequest {
-  std::vector<biz::IMUserID> cids;
+struct EditPicRequest : biz::IMConversations {
   std::wstring fileMD5;
-  std::wstring filepath;
+  base::FilePath filepath;
 };
-template <>
-struct Record<EditPicRequest> {
-  static constexpr auto kFields =
-      FieldList(Field("cids", &EditPicRequest::cids), Field("fileMD5", &EditPicRequest::fileMD5),
-                Field("filepath", &EditPicRequest::filepath));
+template <class Form>
+struct FormRecord<EditPicRequest, Form> {
+  using R = EditPicRequest;
+  static constexpr auto kFields = std::tuple_cat(
+      RecordIn<biz::IMConversations, Form>::kFields,
+      FieldList(Field("fileMD5", &R::fileMD5, "The digest that the page knows the picture by."),
+                Field("filepath", &R::filepath, "The path of the picture.")));
 };
 
-struct ShieldRequest {
-  biz::IMUserID cid;
-  std::int32_t setignore = 0;
-};
 template <>
-struct Record<ShieldRequest> {
-  static constexpr auto kFields =
-      FieldList(Field("cid", &ShieldRequest::cid), Field("setignore", &ShieldRequest::setignore));
+struct Record<biz::IMShieldRequest> {
+  static constexpr auto kFields = FieldList(Field("setignore", &biz::IMShieldRequest::setignore,
+                                                  "1: the peer's automatic replies are ignored."));
 };
 
 }  // namespace imsdk::bridge

@@ -25,7 +25,7 @@ export async function fetchEmotions(): Promise<readonly Emotion[]> {
 export async function saveFile(path: string, name: string): Promise<void> {
   const answer = await fetch(fileUrl(path));
   if (!answer.ok)
-    throw new Error(answer.status === 404 ? "it is not on this machine" : `HTTP ${answer.status}`);
+    throw new Error(answer.status === 404 ? "it could not be fetched" : `HTTP ${answer.status}`);
   const link = document.createElement("a");
   link.href = URL.createObjectURL(await answer.blob());
   link.download = name;

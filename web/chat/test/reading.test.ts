@@ -1,10 +1,10 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import {
-  MessageStatus,
-  type HistoryRequest,
-  type Message,
-  type Picture,
+  IMMsgStatus,
+  type IMPageRequest,
+  type IMMessage,
+  type IMMsgPicture,
 } from "@imsdkbridge/client";
 import { ConversationSearch } from "../src/store/conversation_search.ts";
 import { GlobalSearch } from "../src/store/global_search.ts";
@@ -14,7 +14,7 @@ test("a jump loads the message with its surroundings; what is newer comes withou
   const all = run(1000, 1400);
   let overtaken = false;
   const { store, thread, ids, socket, client } = await shown(all, {
-    GetLocalHisMsg: (request: HistoryRequest) => {
+    GetLocalHisMsg: (request: IMPageRequest) => {
       const page = history(all)(request);
       if (request.gohistory || page.outofcache === 0 || overtaken) return page;
       // One more comes between the reading of the last page and its arrival.
@@ -23,7 +23,7 @@ test("a jump loads the message with its surroundings; what is newer comes withou
       socket().notify("onReceiveNewMsg", { msgs: [all.at(-1)] });
       return page;
     },
-    SearchMsgByID: ({ msgid }: Message) => {
+    SearchMsgByID: ({ msgid }: IMMessage) => {
       const found = all.filter((entry) => entry.msgid === msgid);
       return found.length ? { outofcache: 1, msgs: found } : { code: -9, result: "not found" };
     },
@@ -66,7 +66,7 @@ test("what was seen is reported once and in one request; what the peer reports i
     message({ id: 10 }),
     message({ id: 11, from: "me", msgstatus: 1 }),
     message({ id: 12, extinfo }),
-    message({ id: 13, msgstatus: MessageStatus.withdrawn }),
+    message({ id: 13, msgstatus: IMMsgStatus.kMsgWithdrawn }),
     message({ id: 14 }),
   ];
   const { store, thread, requests, socket, client } = await shown(all, {
@@ -134,7 +134,7 @@ test("search walks over the pages, newest first, and drops what was typed meanwh
   await until(() => everywhere.search.status.value === "ready");
   const asked = socket()
     .named("SearchDBMsg2")
-    .map(({ request }) => (request as Message).cid);
+    .map(({ request }) => (request as IMMessage).cid);
   assert.deepEqual(asked, [undefined, peer]);
   assert.equal(everywhere.cids.value.length, 2, "the choice of conversations stays");
   client.close();
@@ -147,7 +147,7 @@ test("the picture viewer goes over all pictures of the conversation, both ways",
     url: `files%2F${index}.png`,
     msgid: String(index),
     fromid: peer,
-  })) as Picture[];
+  })) as IMMsgPicture[];
   const { store, client } = await chat({
     GetMsgPicture: ({ pictureid, gohistory, count }: never) => {
       const at = all.findIndex((one) => one.pictureid === pictureid);
@@ -194,7 +194,7 @@ test("virtual conversations use their own module", async () => {
   socket().notify("onReceiveSysMsg", { msgs: [other] });
   assert.equal(store.faces.isVirtual(user("port")), true);
   const single = socket().calls.filter(({ method }) => method.includes("singlemsg"));
-  const cids = single.map(({ request }) => (request as Message).cid?.nick);
+  const cids = single.map(({ request }) => (request as IMMessage).cid?.nick);
   assert.equal(cids.includes("news") || cids.includes("port"), false);
   client.close();
 });

@@ -1,4 +1,4 @@
-import type { HistoryRequest, Message } from "@imsdkbridge/client";
+import type { IMPageRequest, IMMessage } from "@imsdkbridge/client";
 import { FakeSocket, rig, until, type SentCall } from "../../client/test/fake_socket.ts";
 import { ChatStore } from "../src/store/chat_store.ts";
 
@@ -9,8 +9,8 @@ export const user = (nick: string) => ({ appkey: "cnbazaro", nick });
 
 /** A message from `from` in the conversation with "peer". */
 export function message(
-  fields: Partial<Message> & { id: number; from?: string; time?: number; body?: string },
-): Message {
+  fields: Partial<IMMessage> & { id: number; from?: string; time?: number; body?: string },
+): IMMessage {
   const { id, from = "peer", time = 1000 + id, body = `text ${id}`, ...more } = fields;
   return {
     msgid: String(id),
@@ -99,8 +99,8 @@ const defaults: Host = {
 };
 
 /** Answers GetLocalHisMsg from `messages`, oldest first, in both directions. */
-export function history(messages: Message[]) {
-  return ({ msgid, count = 0, gohistory }: HistoryRequest) => {
+export function history(messages: IMMessage[]) {
+  return ({ msgid, count = 0, gohistory }: IMPageRequest) => {
     const at = msgid ? messages.findIndex((entry) => entry.msgid === msgid) : messages.length;
     const start = gohistory ? Math.max(0, at - count) : at + 1;
     const msgs = messages.slice(start, gohistory ? at : at + 1 + count);
@@ -116,7 +116,7 @@ export const run = (from: number, to: number) =>
   Array.from({ length: to - from }, (_, index) => message({ id: from + index }));
 
 /** A chat that shows the conversation with "peer". */
-export async function shown(all: Message[], host: Host = {}) {
+export async function shown(all: IMMessage[], host: Host = {}) {
   const rig = await chat({ GetLocalHisMsg: history(all), ...host });
   rig.store.open(peer);
   const thread = rig.store.threads.of(peer);

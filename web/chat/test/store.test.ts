@@ -1,6 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { MessageStatus } from "@imsdkbridge/client";
+import { IMMsgStatus } from "@imsdkbridge/client";
 import { keyOf } from "../src/store/users.ts";
 import { chat, history, message, until, user } from "./rig.ts";
 
@@ -64,24 +64,24 @@ test("what is sent: waiting, stored, settled, failed and sent again", async () =
   socket().notify("onSendNewMsg", { msgs: [own] });
   assert.deepEqual(store.outbox.outgoing.value, []);
   const status = () => store.threads.of(peer).value.messages.at(-1)!.msgstatus;
-  assert.equal(status(), MessageStatus.sending);
+  assert.equal(status(), IMMsgStatus.kMsgSending);
   const event = { code: -4, subcode: 0, msgtype: 0, msgid: "7", svrtime: "", result: "busy" };
   socket().notify("onSendMsgStatus", event);
-  assert.equal(status(), MessageStatus.failed);
+  assert.equal(status(), IMMsgStatus.kMsgFailed);
   assert.equal(store.threads.failures.value.get("7"), "busy");
 
   void store.actions.resend(own);
-  assert.equal(status(), MessageStatus.sending);
+  assert.equal(status(), IMMsgStatus.kMsgSending);
   assert.deepEqual(socket().named("ReSendChatMsg")[0]!.request, { cid: peer, msgid: "7" });
   socket().notify("onSendMsgStatus", { ...event, code: 0, svrtime: "5" });
-  assert.equal(status(), MessageStatus.sent);
-  assert.equal(store.conversations.sorted.value[0]!.last!.msgstatus, MessageStatus.sent);
+  assert.equal(status(), IMMsgStatus.kMsgSent);
+  assert.equal(store.conversations.sorted.value[0]!.last!.msgstatus, IMMsgStatus.kMsgSent);
 
   // A page of history that was read before the report must not undo it.
   all.push(own);
   store.threads.markStale();
   await store.threads.open(peer);
-  assert.equal(status(), MessageStatus.sent);
+  assert.equal(status(), IMMsgStatus.kMsgSent);
   client.close();
 });
 

@@ -1,5 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
+import type { IMMsgStatus, IMMsgType } from "@imsdkbridge/client";
 import { bodyParts, cut, preview } from "../src/text/body.ts";
 import { folded, sizeOf } from "../src/text/fold.ts";
 import { rowAt } from "../src/text/rows.ts";
@@ -10,7 +11,7 @@ test("bodies are taken apart into text, tokens and files", () => {
   const text = (value: string) => ({ kind: "text" as const, text: value });
   const picture = "pic:impicture|D41D?filepath=C%3A%5Ca%20b%26.png&fileMD5=D41D&filetype=png";
   const smile = "pic:imemotion|ID?filepath=%2Fe%2Fsmile.gif&shortcut=%2F%3A%5E_%5E";
-  const cases: [msgtype: number, body: string, parts: object[]][] = [
+  const cases: [msgtype: IMMsgType, body: string, parts: object[]][] = [
     [0, "plain\n<b>text</b>", [text("plain\n<b>text</b>")]],
     [0, "", []],
     [0, "pic:impicture|no token", [text("pic:impicture|no token")]],
@@ -35,7 +36,7 @@ test("bodies are taken apart into text, tokens and files", () => {
   for (const [msgtype, msgbody, parts] of cases) {
     assert.deepEqual(bodyParts({ msgtype, msgbody }), parts, msgbody);
   }
-  const previews: [msgtype: number, msgstatus: number, body: string, words: string][] = [
+  const previews: [msgtype: IMMsgType, msgstatus: IMMsgStatus, body: string, words: string][] = [
     [0, 3, `a\n\n b${smile}`, "a b/:^_^"],
     [1, 3, picture, "[Picture]"],
     [2, 3, "file:v.amr|filepath=x", "[Voice message]"],

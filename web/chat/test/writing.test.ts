@@ -1,6 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { MessageStatus } from "@imsdkbridge/client";
+import { IMMsgStatus } from "@imsdkbridge/client";
 import { Shaking } from "../src/store/shaking.ts";
 import { Typing } from "../src/store/typing.ts";
 import { keyOf } from "../src/store/users.ts";
@@ -40,7 +40,7 @@ test("withdraw, delete, forward and broadcast: requests, outcome, and the reason
   const withdrawn = { cid: peer, fromid: peer, msgid: "3", msgtime: "1003", svrtime: "1" };
   socket().notify("onMsgWithdrawNty", { code: 0, withdraws: [withdrawn] });
   assert.equal(thread.value.messages[2]!.msgbody, "");
-  assert.equal(last()?.msgstatus, MessageStatus.withdrawn);
+  assert.equal(last()?.msgstatus, IMMsgStatus.kMsgWithdrawn);
   assert.equal(await actions.forward([all[0]!, all[1]!], others), true);
   assert.deepEqual(requests("ForwardChatMsg").slice(1), [
     { cids: others, msgbody: [], msgtype: 0, msgid: "1" },
@@ -50,7 +50,7 @@ test("withdraw, delete, forward and broadcast: requests, outcome, and the reason
   const copy = message({ id: 4, from: "me", cid: others[0]! });
   socket().notify("onSendNewMsg", { msgs: [copy] });
   socket().notify("onSendMsgStatus", { code: -4, result: "no such user", msgid: "4", svrtime: "" });
-  assert.equal(last()?.msgstatus, MessageStatus.failed);
+  assert.equal(last()?.msgstatus, IMMsgStatus.kMsgFailed);
   store.conversations.remove(others[0]!);
   assert.equal(await actions.broadcast("all hands", others), true);
   const msgbody = [{ type: 0, value: "all hands" }];

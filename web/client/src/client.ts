@@ -1,9 +1,11 @@
-import { ResultCode } from "./errors.ts";
+import type { Channel, ConnectionState, OpenChannel } from "./channel.ts";
+import { FailureCode } from "./errors.ts";
 import { encodeInvoke } from "./frames.ts";
-import { Link, type ConnectionState, type LinkOptions } from "./link.ts";
+import type { Methods, PageEvents } from "./generated/methods.ts";
+import type { Notifications } from "./generated/notifications.ts";
+import type { ResultCode } from "./generated/records.ts";
 import { moduleFaces, type ModuleFaces, type RoutingPath } from "./modules.ts";
 import { PendingCalls, type CallOptions } from "./pending_calls.ts";
-import type { Envelope, Methods, Notifications, PageEvents } from "./protocol.ts";
 import { Subscriptions } from "./subscriptions.ts";
 
 /** Typed calls; a path or method the types do not know is called with plain names. */
@@ -18,11 +20,12 @@ export interface Calls extends ModuleFaces {
     request: Methods[P][M] extends { request: infer R } ? R : never,
     options?: CallOptions,
   ): Promise<Methods[P][M] extends { answer: infer A } ? A : never>;
-  invoke(path: string, method: string, request: object, options?: CallOptions): Promise<Envelope>;
+  invoke(path: string, method: string, request: object, options?: CallOptions): Promise<ResultCode>;
 }
 
 /** What `connect` has worked out for a client. */
-export interface ClientOptions extends LinkOptions {
+export interface ClientOptions {
+  channel: OpenChannel;
   /** Timeout of calls that name none, in milliseconds. */
   timeout: number;
   /**
@@ -43,7 +46,7 @@ export interface BridgeClient extends ModuleFaces {}
 /** One page's connection to the host; make it with `connect`. */
 export class BridgeClient implements Calls {
   readonly #options: ClientOptions;
-  readonly #link: Link;
+  readonly #channel: Channel;
   readonly #calls = new PendingCalls();
   readonly #subscriptions: Subscriptions;
   readonly #direct: Calls;
@@ -64,18 +67,18 @@ export class BridgeClient implements Calls {
     );
     this.#direct = this.#callsVia(true);
     Object.assign(this, this.#callsVia(false));
-    this.#link = new Link(options, {
-      linkUp: (browserId) => void this.#linkUp(browserId),
-      linkDown: () => this.#linkDown(),
-      linkFrame: (frame) => {
+    this.#channel = options.channel({
+      up: (browserId) => void this.#linkUp(browserId),
+      down: () => this.#linkDown(),
+      frame: (frame) => {
         if (frame.kind === "answer") this.#calls.settle(frame.seq, frame.failed, frame.payload);
-        else if (frame.kind === "notify") this.#subscriptions.dispatch(frame.event, frame.payload);
+        else if (frame.kind === "notify") this.#subscriptions.dispatch(frame);
         else options.onProblem(new Error(`the host refused a frame: ${frame.reason}`));
       },
-      linkGarbage: () => options.onProblem(new Error("the host sent an unknown frame")),
-      linkState: (state, reason) => this.#linkState(state, reason),
+      garbage: () => options.onProblem(new Error("the host sent an unknown frame")),
+      state: (state, reason) => this.#linkState(state, reason),
     });
-    this.#link.start();
+    this.#channel.start();
   }
 
   /** See `Calls.invoke`. */
@@ -98,16 +101,20 @@ export class BridgeClient implements Calls {
 
   /** Bytes of sent calls that the network has not taken yet; for showing progress. */
   get unsentBytes(): number {
-    return this.#link.unsentBytes;
+    return this.#channel.unsentBytes;
   }
 
-  /** Calls `handler` for each such notification; the returned function ends that. */
+  /**
+   * Calls `handler` for each such notification, with its payload and the routing path that it comes
+   * from; the returned function ends that. Where several paths send one name, asking for the path
+   * tells which payload it is.
+   */
   on<E extends keyof Notifications>(
     event: E,
-    handler: (payload: Notifications[E]) => void,
+    handler: (...what: Notifications[E]) => void,
   ): () => void;
-  on(event: string, handler: (payload: Record<string, unknown>) => void): () => void;
-  on(event: string, handler: (payload: never) => void): () => void {
+  on(event: string, handler: (payload: Record<string, unknown>, path: string) => void): () => void;
+  on(event: string, handler: (payload: never, path: never) => void): () => void {
     return this.#subscriptions.add(event, handler);
   }
 
@@ -122,20 +129,20 @@ export class BridgeClient implements Calls {
     event: E,
     payload: PageEvents[E],
     options?: CallOptions,
-  ): Promise<Envelope> {
+  ): Promise<ResultCode> {
     return this.#call("im.event_notify", event, payload, options, false);
   }
 
   /** Connects now instead of at the end of the current wait; also after `refused` and `close`. */
   reconnect(): void {
-    this.#link.start();
+    this.#channel.start();
   }
 
   /** Ends the connection and rejects every open call with kind `closed`. */
   close(): void {
-    this.#link.stop();
+    this.#channel.stop();
     this.#leave("closed", "");
-    this.#calls.rejectAll("closed", ResultCode.connectionLost, "the page closed its connection");
+    this.#calls.rejectAll("closed", FailureCode.connectionLost, "the page closed its connection");
   }
 
   #callsVia(direct: boolean): Calls {
@@ -150,18 +157,18 @@ export class BridgeClient implements Calls {
     request: object,
     options: CallOptions | undefined,
     direct: boolean,
-  ): Promise<Envelope> {
+  ): Promise<ResultCode> {
     const json = JSON.stringify(request);
     const encode = (seq: string) => encodeInvoke(`workbench.${route}`, seq, name, json);
     const timeout = options?.timeout ?? this.#options.timeout;
     const label = `${route.replace(/\.invoke$/, "")} ${name}`;
     const { seq, answer } = this.#calls.open(label, encode, { ...options, timeout });
     if (this.#state === "closed") {
-      this.#calls.rejectAll("closed", ResultCode.connectionLost, "the connection is closed");
+      this.#calls.rejectAll("closed", FailureCode.connectionLost, "the connection is closed");
     } else if (this.#state === "refused") {
-      this.#calls.rejectAll("refused", ResultCode.accessDenied, this.#reason);
+      this.#calls.rejectAll("refused", FailureCode.accessDenied, this.#reason);
     } else if (this.#state === "open" || (direct && this.#up)) {
-      this.#calls.send(seq, (frame) => this.#link.send(frame));
+      this.#calls.send(seq, (frame) => this.#channel.send(frame));
     }
     return answer;
   }
@@ -188,21 +195,21 @@ export class BridgeClient implements Calls {
     }
     if (connection !== this.#connection) return;
     this.#setState("open", "");
-    this.#calls.sendAll((frame) => this.#link.send(frame));
+    this.#calls.sendAll((frame) => this.#channel.send(frame));
   }
 
   #linkDown(): void {
     this.#leave("reconnecting", "");
     this.#calls.rejectSent(
       "disconnected",
-      ResultCode.connectionLost,
+      FailureCode.connectionLost,
       "the connection was lost before the answer",
     );
   }
 
   #linkState(state: ConnectionState, reason: string): void {
     this.#setState(state, reason);
-    if (state === "refused") this.#calls.rejectAll("refused", ResultCode.accessDenied, reason);
+    if (state === "refused") this.#calls.rejectAll("refused", FailureCode.accessDenied, reason);
   }
 
   #leave(state: ConnectionState, reason: string): void {

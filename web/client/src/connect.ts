@@ -1,8 +1,15 @@
 import type { BackoffOptions } from "./backoff.ts";
+import type { OpenChannel } from "./channel.ts";
 import { BridgeClient, type ClientOptions } from "./client.ts";
+import { socketChannel } from "./socket_channel.ts";
 
 /** Options of `connect`; each has a default that fits a page which the host itself serves. */
 export interface ConnectOptions {
+  /**
+   * The way to the host. Default: a WebSocket to the script channel, to which the options `url`,
+   * `token`, `account`, `connectTimeout`, `backoff`, `WebSocket` and `fetch` belong.
+   */
+  channel?: OpenChannel;
   /** Address of the channel (`ws:` or `wss:`). Default: `/channel` on the page's own host. */
   url?: string;
   /** The host's token. Default: `token` of the page's own address. */
@@ -30,6 +37,17 @@ export interface ConnectOptions {
  * the connection is there, within their timeout. When the page is unloaded, every open call rejects.
  */
 export function connect(options: ConnectOptions = {}): BridgeClient {
+  const client = new BridgeClient({
+    channel: options.channel ?? socketChannelOf(options),
+    timeout: options.timeout ?? 15_000,
+    onConnect: options.onConnect,
+    onProblem: options.onProblem ?? ((error) => console.warn(error)),
+  });
+  closeWithPage(client);
+  return client;
+}
+
+function socketChannelOf(options: ConnectOptions): OpenChannel {
   const page = globalThis.location as Location | undefined;
   const token = options.token ?? new URLSearchParams(page?.search).get("token") ?? "";
   const url = new URL(options.url ?? "/channel", page?.href);
@@ -39,20 +57,14 @@ export function connect(options: ConnectOptions = {}): BridgeClient {
   url.searchParams.set("token", token);
   health.searchParams.set("token", token);
   if (options.account) url.searchParams.set("account", options.account);
-
-  const client = new BridgeClient({
+  return socketChannel({
     channelUrl: url.href,
     healthUrl: health.href,
-    timeout: options.timeout ?? 15_000,
     helloTimeout: options.connectTimeout ?? 10_000,
     backoff: { first: 250, longest: 8_000, ...options.backoff },
-    onConnect: options.onConnect,
-    onProblem: options.onProblem ?? ((error) => console.warn(error)),
     WebSocket: options.WebSocket ?? WebSocket,
     fetch: options.fetch ?? fetch.bind(globalThis),
   });
-  closeWithPage(client);
-  return client;
 }
 
 /** A page that is put aside closes its connection, and takes it up again if it is shown again. */

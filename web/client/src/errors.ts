@@ -1,5 +1,5 @@
 /** Result codes that the client itself uses or recognises, as the signed 32-bit numbers on the wire. */
-export const ResultCode = {
+export const FailureCode = {
   /** The module does not have what was asked for. */
   notImplemented: 0x80004001 | 0,
   /** The host failed the call without a word: no such method, or a call that it had to drop. */
@@ -39,7 +39,7 @@ export class BridgeError extends Error {
   constructor(
     /** What happened; the field to branch on. */
     readonly kind: BridgeErrorKind,
-    /** Result code, signed 32-bit; one of `ResultCode` when the client raised the error itself. */
+    /** Result code, signed 32-bit; one of `FailureCode` when the client raised the error itself. */
     readonly code: number,
     /** Sub-code of the host, 0 when the client raised the error itself. */
     readonly subcode: number,

@@ -2,8 +2,16 @@
 export type HostFrame =
   | { kind: "hello"; browserId: string }
   | { kind: "answer"; seq: string; failed: boolean; payload: string }
-  | { kind: "notify"; event: string; payload: string }
+  | NotifyFrame
   | { kind: "refused"; reason: string };
+
+/** An event; `path` is the routing path that it comes from, empty when a page raised it. */
+export interface NotifyFrame {
+  kind: "notify";
+  event: string;
+  payload: string;
+  path: string;
+}
 
 /** Writes one invocation. The view's own browser id is meant, so none is sent. */
 export function encodeInvoke(method: string, seq: string, name: string, json: string): string {
@@ -26,7 +34,7 @@ export function decodeFrame(data: unknown): HostFrame | undefined {
         payload: text("payload"),
       };
     case "notify":
-      return { kind: "notify", event: text("event"), payload: text("payload") };
+      return { kind: "notify", event: text("event"), payload: text("payload"), path: text("path") };
     case "refused":
       return { kind: "refused", reason: text("reason") };
     default:

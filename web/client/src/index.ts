@@ -4,11 +4,13 @@
  */
 export { connect, type ConnectOptions } from "./connect.ts";
 export { BridgeClient, type Calls, type StateHandler } from "./client.ts";
-export { BridgeError, ResultCode, type BridgeErrorKind } from "./errors.ts";
-export type { ConnectionState } from "./link.ts";
+export { BridgeError, FailureCode, type BridgeErrorKind } from "./errors.ts";
+export type { Channel, ChannelListener, ConnectionState, OpenChannel } from "./channel.ts";
+export { objectChannel, type HostObject } from "./object_channel.ts";
 export type { CallOptions } from "./pending_calls.ts";
 export type { ModuleFace, ModuleFaces, RoutingPath } from "./modules.ts";
-export * from "./protocol.ts";
-export * from "./history.ts";
-export * from "./single_chat.ts";
-export * from "./virtual_chat.ts";
+export * from "./generated/methods.ts";
+export * from "./generated/notifications.ts";
+export type * from "./generated/records.ts";
+export type * from "./generated/requests.ts";
+export * from "./generated/values.ts";

@@ -1,5 +1,6 @@
+import { routingPaths, type Methods } from "./generated/methods.ts";
+import type { ResultCode } from "./generated/records.ts";
 import type { CallOptions } from "./pending_calls.ts";
-import { routingPaths, type Envelope, type Methods } from "./protocol.ts";
 
 /** A routing path. */
 export type RoutingPath = keyof Methods;
@@ -22,7 +23,7 @@ export type Invoke = (
   method: string,
   request: object,
   options?: CallOptions,
-) => Promise<Envelope>;
+) => Promise<ResultCode>;
 
 /** Builds the faces of all modules on one way to call. */
 export function moduleFaces(invoke: Invoke): ModuleFaces {

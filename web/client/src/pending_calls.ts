@@ -1,6 +1,6 @@
-import { BridgeError, ResultCode, type BridgeErrorKind } from "./errors.ts";
+import { BridgeError, FailureCode, type BridgeErrorKind } from "./errors.ts";
 import { parseObject } from "./frames.ts";
-import type { Envelope } from "./protocol.ts";
+import type { ResultCode } from "./generated/records.ts";
 
 /** Longest time a timer can wait, in milliseconds. */
 const longestTimer = 2 ** 31 - 1;
@@ -17,7 +17,7 @@ interface Call {
   label: string;
   /** The frame while it still waits for a connection; empty once it was sent. */
   waiting: string;
-  resolve(answer: Envelope): void;
+  resolve(answer: ResultCode): void;
   reject(error: unknown): void;
 }
 
@@ -31,24 +31,19 @@ export class PendingCalls {
   readonly #prefix = randomPrefix();
   #counter = 0;
 
-  /** How many calls are open. */
-  get size(): number {
-    return this.#calls.size;
-  }
-
   /** Opens a call; `encode` makes its frame, which waits until `send` or `sendAll` takes it. */
   open(
     label: string,
     encode: (seq: string) => string,
     options: Required<Pick<CallOptions, "timeout">> & CallOptions,
-  ): { seq: string; answer: Promise<Envelope> } {
+  ): { seq: string; answer: Promise<ResultCode> } {
     const seq = `${this.#prefix}-${(++this.#counter).toString(36)}`;
-    const answer = new Promise<Envelope>((resolve, reject) => {
+    const answer = new Promise<ResultCode>((resolve, reject) => {
       const { timeout, signal } = options;
       const late = () =>
-        this.#fail(seq, "timeout", ResultCode.timeout, `no answer within ${timeout} ms`);
+        this.#fail(seq, "timeout", FailureCode.timeout, `no answer within ${timeout} ms`);
       const timer = setTimeout(late, Math.min(timeout, longestTimer));
-      const abort = () => this.#fail(seq, "aborted", ResultCode.aborted, "given up by the caller");
+      const abort = () => this.#fail(seq, "aborted", FailureCode.aborted, "given up by the caller");
       const done = () => {
         clearTimeout(timer);
         signal?.removeEventListener("abort", abort);
@@ -86,7 +81,7 @@ export class PendingCalls {
     this.#calls.delete(seq);
     const body = parseObject(payload);
     if (failed) call.reject(failure(body, call.label));
-    else if (body) call.resolve(body as unknown as Envelope);
+    else if (body) call.resolve(body as unknown as ResultCode);
     else call.reject(new BridgeError("unreadable", 0, 0, "answer is not JSON", call.label));
   }
 
@@ -113,7 +108,7 @@ export class PendingCalls {
 function failure(body: Record<string, unknown> | undefined, label: string): BridgeError {
   if (!body) {
     const text = "failed without a reason; there may be no such method";
-    return new BridgeError("failed", ResultCode.failed, 0, text, label);
+    return new BridgeError("failed", FailureCode.failed, 0, text, label);
   }
   const number = (key: string) => (typeof body[key] === "number" ? (body[key] as number) : 0);
   const text = typeof body["result"] === "string" && body["result"] ? body["result"] : "failed";

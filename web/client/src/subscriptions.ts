@@ -1,9 +1,9 @@
-import { parseObject } from "./frames.ts";
+import { parseObject, type NotifyFrame } from "./frames.ts";
 
 /** Asks the host to start or stop sending the named events. */
 export type RegisterEvents = (verb: "register" | "unregister", events: string[]) => Promise<void>;
 
-type Handler = (payload: never) => void;
+type Handler = (payload: never, path: never) => void;
 
 /** Milliseconds in which handlers that come and go are gathered into one request. */
 const gatherTime = 20;
@@ -28,7 +28,7 @@ export class Subscriptions {
   /** Adds a handler; the returned function removes it again. */
   add(event: string, handler: Handler): () => void {
     // Each addition is its own entry, so adding one function twice and removing it once keeps one.
-    const entry: Handler = (payload) => handler(payload);
+    const entry: Handler = (payload, path) => handler(payload, path);
     const handlers = this.#handlers.get(event) ?? new Set();
     this.#handlers.set(event, handlers.add(entry));
     this.#plan();
@@ -56,17 +56,17 @@ export class Subscriptions {
   }
 
   /** Hands one event to its handlers; a handler that throws does not keep it from the others. */
-  dispatch(event: string, payloadText: string): void {
+  dispatch({ event, payload: text, path }: NotifyFrame): void {
     const handlers = this.#handlers.get(event);
     if (!handlers) return;
-    const payload = parseObject(payloadText);
+    const payload = parseObject(text);
     if (!payload) {
       this.#problem(new Error(`payload of ${event} is not a JSON object`));
       return;
     }
     for (const handler of [...handlers]) {
       try {
-        handler(payload as never);
+        handler(payload as never, path as never);
       } catch (error) {
         this.#problem(error);
       }

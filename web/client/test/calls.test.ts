@@ -1,6 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { BridgeError, ResultCode, type BridgeErrorKind } from "@imsdkbridge/client";
+import { BridgeError, FailureCode, type BridgeErrorKind } from "@imsdkbridge/client";
 import { rig, until } from "./fake_socket.ts";
 
 const ok = { code: 0, subcode: 0, result: "success" };
@@ -47,7 +47,7 @@ test("failures keep code, sub-code and text; unreadable answers are told apart",
   await until(() => client.state === "open");
   const answers: [object | string, boolean, BridgeErrorKind, number, RegExp][] = [
     [{ code: -5, subcode: 9, result: "wrong password" }, true, "failed", -5, /^wrong password$/],
-    ["", true, "failed", ResultCode.failed, /no such method/],
+    ["", true, "failed", FailureCode.failed, /no such method/],
     ["[1]", false, "unreadable", 0, /not JSON/],
     ["{", false, "unreadable", 0, /not JSON/],
   ];
@@ -56,7 +56,7 @@ test("failures keep code, sub-code and text; unreadable answers are told apart",
     socket().answer(socket().calls.at(-1)!, body, failed);
     await rejects(call, kind, code, text);
   }
-  assert.equal(ResultCode.failed, -2147467259);
+  assert.equal(FailureCode.failed, -2147467259);
   client.close();
 });
 
@@ -66,16 +66,16 @@ test("timeout and abort settle a call at once; its late answer is dropped", asyn
   await until(() => client.state === "open");
 
   const slow = client.login.DoLogout({}, { timeout: 10 });
-  await rejects(slow, "timeout", ResultCode.timeout, /within 10 ms/);
+  await rejects(slow, "timeout", FailureCode.timeout, /within 10 ms/);
   const abort = new AbortController();
   const given = client.login.DoLogout({}, { signal: abort.signal });
   abort.abort();
-  await rejects(given, "aborted", ResultCode.aborted, /given up/);
+  await rejects(given, "aborted", FailureCode.aborted, /given up/);
   for (const call of socket().calls) socket().answer(call, ok);
 
   const sent = socket().calls.length;
   const early = client.login.DoLogout({}, { signal: AbortSignal.abort() });
-  await rejects(early, "aborted", ResultCode.aborted, /given up/);
+  await rejects(early, "aborted", FailureCode.aborted, /given up/);
   assert.equal(socket().calls.length, sent, "a call given up beforehand is not sent");
   assert.deepEqual(problems, []);
   client.close();
@@ -83,7 +83,7 @@ test("timeout and abort settle a call at once; its late answer is dropped", asyn
 
 test("a call that times out while it waits for a connection is never sent", async () => {
   const { client, socket } = rig();
-  await rejects(client.login.DoLogout({}, { timeout: 5 }), "timeout", ResultCode.timeout, /5 ms/);
+  await rejects(client.login.DoLogout({}, { timeout: 5 }), "timeout", FailureCode.timeout, /5 ms/);
   socket().hello();
   await until(() => client.state === "open");
   assert.equal(socket().calls.length, 0);
@@ -96,8 +96,8 @@ test("closing rejects sent and waiting calls, and later ones", async () => {
   await until(() => client.state === "open");
   const sent = client.login.DoLogout({});
   client.close();
-  await rejects(sent, "closed", ResultCode.connectionLost, /closed/);
-  await rejects(client.login.DoLogout({}), "closed", ResultCode.connectionLost, /closed/);
+  await rejects(sent, "closed", FailureCode.connectionLost, /closed/);
+  await rejects(client.login.DoLogout({}), "closed", FailureCode.connectionLost, /closed/);
   assert.equal(client.state, "closed");
   await new Promise((resolve) => setTimeout(resolve, 30));
   assert.equal(sockets.length, 1, "a closed client does not come back by itself");

@@ -1,4 +1,4 @@
-import { MessageType, type BridgeClient, type UserId } from "@imsdkbridge/client";
+import { IMMsgType, type BridgeClient, type IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { refusalOf, typeOfFile } from "../text/attachment.ts";
 import { textOf } from "../text/reasons.ts";
@@ -21,9 +21,9 @@ export type ReadFile<F extends LocalFile = LocalFile> = (
 /** A file that is to be sent, or on its way. */
 export interface Attachment<F extends LocalFile = LocalFile> {
   id: number;
-  cid: UserId;
+  cid: IMUserID;
   file: F;
-  msgtype: number;
+  msgtype: IMMsgType;
   state: "ready" | "reading" | "sending" | "failed";
   /** The part from 0 to 1 of what the state says. */
   progress: number;
@@ -51,12 +51,12 @@ export class Attachments<F extends LocalFile = LocalFile> {
     this.#read = read;
   }
 
-  of(cid: UserId): Attachment<F>[] {
+  of(cid: IMUserID): Attachment<F>[] {
     return this.all.value.filter((entry) => sameUser(entry.cid, cid));
   }
 
   /** Takes files in; those that cannot be sent are refused with the reason. */
-  add(cid: UserId, files: readonly F[]): void {
+  add(cid: IMUserID, files: readonly F[]): void {
     const refused = files.map(refusalOf).filter(Boolean);
     this.refusals.value = new Map(this.refusals.value).set(keyOf(cid), refused);
     const added = files
@@ -68,7 +68,7 @@ export class Attachments<F extends LocalFile = LocalFile> {
     this.all.value = [...this.all.value, ...added];
   }
 
-  forgetRefusal(cid: UserId, refusal: string): void {
+  forgetRefusal(cid: IMUserID, refusal: string): void {
     const rest = this.refusals.value.get(keyOf(cid))?.filter((other) => other !== refusal) ?? [];
     this.refusals.value = new Map(this.refusals.value).set(keyOf(cid), rest);
   }
@@ -86,7 +86,7 @@ export class Attachments<F extends LocalFile = LocalFile> {
   }
 
   /** Sends what is ready, and what failed before, once `text` has gone out; else it waits here. */
-  send(cid: UserId, text: Promise<boolean>): Promise<void> {
+  send(cid: IMUserID, text: Promise<boolean>): Promise<void> {
     this.refusals.value = new Map(this.refusals.value).set(keyOf(cid), []);
     const waiting = this.of(cid).filter(({ state }) => state === "ready" || state === "failed");
     for (const { id } of waiting) this.#change(id, { state: "reading", progress: 0, problem: "" });
@@ -148,5 +148,5 @@ export class Attachments<F extends LocalFile = LocalFile> {
 
 /** Whether a file is shown as a picture before it is sent. */
 export function isPicture({ msgtype }: Pick<Attachment, "msgtype">): boolean {
-  return msgtype === MessageType.picture;
+  return msgtype === IMMsgType.kMsgPicture;
 }

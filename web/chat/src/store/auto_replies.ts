@@ -1,4 +1,4 @@
-import type { BridgeClient, UserId } from "@imsdkbridge/client";
+import type { BridgeClient, IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import type { Toasts } from "./toasts.ts";
@@ -25,12 +25,12 @@ export class AutoReplies {
   }
 
   /** Takes up what this account chose before. */
-  enter(me: UserId): void {
+  enter(me: IMUserID): void {
     this.#owner = `automatic replies ignored ${keyOf(me)}`;
     this.ignored.value = new Set(JSON.parse(this.#memory.getItem(this.#owner) ?? "[]") as string[]);
   }
 
-  async setIgnored(cid: UserId, ignore: boolean): Promise<void> {
+  async setIgnored(cid: IMUserID, ignore: boolean): Promise<void> {
     const owner = this.#owner;
     try {
       await this.#client.singlemsg.ShieldAutoReply({ cid, setignore: Number(ignore) });

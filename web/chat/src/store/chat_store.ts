@@ -1,4 +1,10 @@
-import type { BridgeClient, Calls, ConnectionState, Message, UserId } from "@imsdkbridge/client";
+import type {
+  BridgeClient,
+  Calls,
+  ConnectionState,
+  IMMessage,
+  IMUserID,
+} from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
 import { preview } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
@@ -40,8 +46,8 @@ export interface Surroundings<F extends LocalFile = LocalFile> {
 
 /** A question or a form in front of the page. */
 export type Dialog =
-  | { kind: "forward"; messages: readonly Message[] }
-  | { kind: "delete"; cid: UserId; msgids: readonly string[] | "all" }
+  | { kind: "forward"; messages: readonly IMMessage[] }
+  | { kind: "delete"; cid: IMUserID; msgids: readonly string[] | "all" }
   | { kind: "broadcast" | "search" | "settings" };
 
 /** The chat's whole state, and everything a person can do; views read signals and call methods. */
@@ -51,7 +57,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     reason: "",
   });
   /** The conversation in the message pane. */
-  readonly active = signal<UserId | undefined>(undefined);
+  readonly active = signal<IMUserID | undefined>(undefined);
   /** The message to bring into view; another object for each wish. */
   readonly target = signal<{ msgid: string } | undefined>(undefined);
   /** The newest event in words, for screen readers. */
@@ -139,7 +145,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   }
 
   /** Shows a conversation. */
-  open(cid: UserId): void {
+  open(cid: IMUserID): void {
     if (sameUser(cid, this.active.value)) return;
     this.#leave();
     this.active.value = cid;
@@ -164,7 +170,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   }
 
   /** Shows a message, with its conversation around it. */
-  async jumpTo(cid: UserId, msgid: string): Promise<void> {
+  async jumpTo(cid: IMUserID, msgid: string): Promise<void> {
     this.open(cid);
     const wish = (this.target.value = { msgid });
     try {
@@ -223,7 +229,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     if (this.active.value) void this.threads.open(this.active.value);
   }
 
-  #received(messages: readonly Message[]): void {
+  #received(messages: readonly IMMessage[]): void {
     this.#stored(messages);
     for (const cid of conversationsOf(messages)) {
       this.typing.arrived(cid);
@@ -234,26 +240,26 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     if (last) this.announcement.value = `${last.fromid.nick}: ${preview(last)}`;
   }
 
-  #receivedVirtual(messages: readonly Message[]): void {
+  #receivedVirtual(messages: readonly IMMessage[]): void {
     for (const { cid } of messages) this.faces.addVirtual(cid);
     this.#received(messages);
   }
 
-  #sent(messages: readonly Message[]): void {
+  #sent(messages: readonly IMMessage[]): void {
     batch(() => {
       this.#stored(messages);
       for (const message of messages) this.outbox.landed(message, this.session.me.value);
     });
   }
 
-  #stored(messages: readonly Message[]): void {
+  #stored(messages: readonly IMMessage[]): void {
     batch(() => {
       this.threads.add(messages);
       for (const message of messages) this.conversations.note(message);
     });
   }
 
-  #shaken(cid: UserId): void {
+  #shaken(cid: IMUserID): void {
     const text = `${cid.nick} shook your window`;
     this.announcement.value = text;
     if (this.window.shows(cid)) return;
@@ -261,7 +267,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   }
 
   /** The person sees this conversation: its new messages are taken in, which marks them read. */
-  async #takeIn(cid: UserId): Promise<void> {
+  async #takeIn(cid: IMUserID): Promise<void> {
     const request = { cid, msgtime: "", msgid: "", count: intakeCount, gohistory: 1 };
     try {
       const { msgs } = await this.faces.of(cid).GetNewMsg(request);
@@ -278,6 +284,6 @@ function shownKey(account: string): string {
   return `shown ${account}`;
 }
 
-function conversationsOf(messages: readonly Message[]): UserId[] {
+function conversationsOf(messages: readonly IMMessage[]): IMUserID[] {
   return [...new Map(messages.map(({ cid }) => [keyOf(cid), cid])).values()];
 }

@@ -1,4 +1,4 @@
-import type { BridgeClient, ChatWindowState, UserId } from "@imsdkbridge/client";
+import type { BridgeClient, ChatWindowState, IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { sameUser } from "./users.ts";
 
@@ -30,12 +30,12 @@ export class ChatWindow {
 
   readonly #client: BridgeClient;
   readonly #focus: PageFocus;
-  readonly #shown: (cid: UserId) => void;
+  readonly #shown: (cid: IMUserID) => void;
   #told: ChatWindowState | undefined;
-  #cid: UserId | undefined;
+  #cid: IMUserID | undefined;
 
   /** `shown` is called when a conversation comes in front of the person. */
-  constructor(client: BridgeClient, focus: PageFocus, shown: (cid: UserId) => void) {
+  constructor(client: BridgeClient, focus: PageFocus, shown: (cid: IMUserID) => void) {
     this.#client = client;
     this.#focus = focus;
     this.#shown = shown;
@@ -47,12 +47,12 @@ export class ChatWindow {
   }
 
   /** Whether the person can see this conversation now. */
-  shows(cid: UserId): boolean {
+  shows(cid: IMUserID): boolean {
     return sameUser(cid, this.#cid) && this.#focus.visible();
   }
 
   /** Shows another conversation, or none. */
-  show(cid: UserId | undefined): void {
+  show(cid: IMUserID | undefined): void {
     const told = this.#told;
     if (told && !sameUser(told.cid, cid)) {
       this.#raise({ cid: told.cid, visible: 0, activated: 0 });

@@ -1,4 +1,4 @@
-import { MessageType, type BridgeClient, type Message, type UserId } from "@imsdkbridge/client";
+import { IMMsgType, type BridgeClient, type IMMessage, type IMUserID } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { PagedSearch } from "./paged_search.ts";
 
@@ -8,22 +8,22 @@ const pageSize = 20;
 /** The search in the shown conversation: walks from hit to hit, newest first. */
 export class ConversationSearch {
   /** The conversation that is searched; none while the search is closed. */
-  readonly cid = signal<UserId | undefined>(undefined);
+  readonly cid = signal<IMUserID | undefined>(undefined);
   readonly search: PagedSearch;
   /** The place among the hits, from 0 for the newest; -1 before the first step. */
   readonly at = signal(-1);
   readonly current = computed(() => this.search.hits.value[this.at.value]);
 
-  readonly #jump: (message: Message) => void;
+  readonly #jump: (message: IMMessage) => void;
 
   /** `jump` shows a hit. */
-  constructor(client: BridgeClient, jump: (message: Message) => void, rest?: number) {
+  constructor(client: BridgeClient, jump: (message: IMMessage) => void, rest?: number) {
     this.#jump = jump;
     this.search = new PagedSearch(async (keywords, page, signal) => {
       const request = {
         cid: this.cid.value!,
         keywords,
-        msgtypes: [MessageType.text, MessageType.file],
+        msgtypes: [IMMsgType.kMsgText, IMMsgType.kMsgFile],
         count: pageSize,
         needpage: 1,
         page,
@@ -37,7 +37,7 @@ export class ConversationSearch {
     });
   }
 
-  open(cid: UserId): void {
+  open(cid: IMUserID): void {
     this.cid.value = cid;
   }
 

@@ -1,4 +1,4 @@
-import type { BridgeClient, Message, UserId } from "@imsdkbridge/client";
+import type { BridgeClient, IMMessage, IMUserID } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import type { Faces } from "./faces.ts";
@@ -6,10 +6,10 @@ import { comparePositions, keyOf } from "./users.ts";
 
 /** One line of the conversation list. */
 export interface Conversation {
-  cid: UserId;
+  cid: IMUserID;
   unread: number;
   /** The newest message; none in a conversation that was only just started. */
-  last: Message | undefined;
+  last: IMMessage | undefined;
 }
 
 /** How many conversations are asked for their newest message at the same time. */
@@ -86,38 +86,38 @@ export class Conversations {
   }
 
   /** Puts a conversation into the list, unless it is there. */
-  ensure(cid: UserId): void {
+  ensure(cid: IMUserID): void {
     if (!this.#all.value.has(keyOf(cid))) this.#change(cid, {});
   }
 
   /** Takes a message into account as the possibly newest of its conversation. */
-  note(message: Message): void {
+  note(message: IMMessage): void {
     const last = this.#all.value.get(keyOf(message.cid))?.last;
     if (!last || comparePositions(message, last) >= 0) this.#change(message.cid, { last: message });
   }
 
   /** Changes fields of a message, if it is the newest of its conversation. */
-  patchLast(msgid: string, change: Partial<Message>): void {
+  patchLast(msgid: string, change: Partial<IMMessage>): void {
     for (const { cid, last } of this.#all.value.values()) {
       if (last?.msgid === msgid) this.#change(cid, { last: { ...last, ...change } });
     }
   }
 
   /** Carries a new state of a message over to the list. */
-  update(message: Message): void {
+  update(message: IMMessage): void {
     const last = this.#all.value.get(keyOf(message.cid))?.last;
     if (last?.msgid === message.msgid) this.#change(message.cid, { last: message });
   }
 
   /** Takes a conversation out of the list. */
-  remove(cid: UserId): void {
+  remove(cid: IMUserID): void {
     const all = new Map(this.#all.value);
     all.delete(keyOf(cid));
     this.#all.value = all;
   }
 
   /** Asks the host for the newest message anew, after the one known may have gone. */
-  async refreshLast(cid: UserId): Promise<void> {
+  async refreshLast(cid: IMUserID): Promise<void> {
     try {
       this.#change(cid, { last: await this.#newest(cid) });
     } catch {
@@ -126,7 +126,7 @@ export class Conversations {
   }
 
   /** Asks the host for the unread count; requests that overlap are joined. */
-  async refreshUnread(cid: UserId): Promise<void> {
+  async refreshUnread(cid: IMUserID): Promise<void> {
     const key = keyOf(cid);
     const underWay = this.#asking.has(key);
     this.#asking.set(key, underWay);
@@ -150,13 +150,13 @@ export class Conversations {
     await Promise.all(unread.map(({ cid }) => this.refreshUnread(cid)));
   }
 
-  async #newest(cid: UserId): Promise<Message | undefined> {
+  async #newest(cid: IMUserID): Promise<IMMessage | undefined> {
     const request = { cid, msgtime: "", msgid: "", count: 1, gohistory: 1 };
     const { msgs } = await this.#faces.of(cid).GetLocalHisMsg(request);
     return msgs.at(-1);
   }
 
-  #change(cid: UserId, change: Partial<Conversation>): void {
+  #change(cid: IMUserID, change: Partial<Conversation>): void {
     const key = keyOf(cid);
     const old = this.#all.value.get(key) ?? { cid, unread: 0, last: undefined };
     this.#all.value = new Map(this.#all.value).set(key, { ...old, ...change });

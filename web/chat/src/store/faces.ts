@@ -1,4 +1,4 @@
-import type { BridgeClient, ModuleFace, UserId } from "@imsdkbridge/client";
+import type { BridgeClient, ModuleFace, IMUserID } from "@imsdkbridge/client";
 import { keyOf } from "./users.ts";
 
 /** Knows which conversations are virtual, and thus which module of the host serves one. */
@@ -11,16 +11,16 @@ export class Faces {
   }
 
   /** The module that has this conversation's messages; only what both kinds offer. */
-  of(cid: UserId): ModuleFace<"im.virtualmsg"> {
+  of(cid: IMUserID): ModuleFace<"im.virtualmsg"> {
     return this.isVirtual(cid) ? this.#client.virtualmsg : this.#client.singlemsg;
   }
 
   /** Whether nobody stands behind it: system and subscription messages. */
-  isVirtual(cid: UserId): boolean {
+  isVirtual(cid: IMUserID): boolean {
     return this.#virtual.has(keyOf(cid));
   }
 
-  addVirtual(cid: UserId): void {
+  addVirtual(cid: IMUserID): void {
     this.#virtual.add(keyOf(cid));
   }
 

@@ -1,18 +1,18 @@
-import { MessageType, type BridgeClient, type UserId } from "@imsdkbridge/client";
+import { IMMsgType, type BridgeClient, type IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { PagedSearch } from "./paged_search.ts";
 
 /** Hits per page. */
 const pageSize = 30;
-const msgtypes = [MessageType.text, MessageType.file];
+const msgtypes = [IMMsgType.kMsgText, IMMsgType.kMsgFile];
 
 /** The search over all conversations: which have hits, and the messages themselves. */
 export class GlobalSearch {
   readonly search: PagedSearch;
   /** The conversations with hits. */
-  readonly cids = signal<readonly UserId[]>([]);
+  readonly cids = signal<readonly IMUserID[]>([]);
   /** The conversation that the hits are narrowed to. */
-  readonly only = signal<UserId | undefined>(undefined);
+  readonly only = signal<IMUserID | undefined>(undefined);
 
   constructor(client: BridgeClient, rest?: number) {
     this.search = new PagedSearch(async (keywords, page, signal) => {
@@ -36,7 +36,7 @@ export class GlobalSearch {
   }
 
   /** Shows the hits of one conversation only, or with none those of all. */
-  narrow(cid: UserId | undefined): void {
+  narrow(cid: IMUserID | undefined): void {
     this.only.value = cid;
     this.search.setQuery(this.search.query.value);
   }

@@ -1,10 +1,10 @@
 import {
-  MessageStatus,
-  MessageType,
+  IMMsgStatus,
+  IMMsgType,
   type BridgeClient,
-  type Message,
-  type UserId,
-  type Withdrawn,
+  type IMMessage,
+  type IMUserID,
+  type IMMsgWithdraw,
 } from "@imsdkbridge/client";
 import { textOf } from "../text/reasons.ts";
 import type { Conversations } from "./conversations.ts";
@@ -33,7 +33,7 @@ export class MessageActions {
   }
 
   /** Takes an own message back, on both sides. */
-  async withdraw({ cid, msgid, msgtime, svrtime }: Message): Promise<void> {
+  async withdraw({ cid, msgid, msgtime, svrtime }: IMMessage): Promise<void> {
     const { client, toasts } = this.#parts;
     try {
       await client.singlemsg.DoChatMsgWithdraw({ cid, msgid, msgtime, svrtime });
@@ -43,9 +43,9 @@ export class MessageActions {
   }
 
   /** Sends a failed message again. */
-  async resend({ cid, msgid, msgtype, svrtime }: Message): Promise<void> {
+  async resend({ cid, msgid, msgtype, svrtime }: IMMessage): Promise<void> {
     const { client, threads } = this.#parts;
-    threads.patch(msgid, { msgstatus: MessageStatus.sending });
+    threads.patch(msgid, { msgstatus: IMMsgStatus.kMsgSending });
     try {
       await client.singlemsg.ReSendChatMsg({ cid, msgid });
     } catch (error) {
@@ -55,7 +55,7 @@ export class MessageActions {
   }
 
   /** Deletes messages, or all of a conversation, from this device. Tells whether it was done. */
-  async remove(cid: UserId, msgids: readonly string[] | "all"): Promise<boolean> {
+  async remove(cid: IMUserID, msgids: readonly string[] | "all"): Promise<boolean> {
     const { faces, threads, conversations, toasts } = this.#parts;
     const which = msgids === "all" ? { all: 1 } : { msgids: [...msgids] };
     try {
@@ -71,7 +71,7 @@ export class MessageActions {
   }
 
   /** Sends messages on to other conversations, in their order. */
-  async forward(messages: readonly Message[], cids: readonly UserId[]): Promise<boolean> {
+  async forward(messages: readonly IMMessage[], cids: readonly IMUserID[]): Promise<boolean> {
     const { client } = this.#parts;
     return this.#toMany("Forwarded to", cids, async () => {
       for (const { msgid, msgtype } of messages) {
@@ -82,18 +82,18 @@ export class MessageActions {
   }
 
   /** Sends one text to several people, each in a conversation of its own. */
-  async broadcast(text: string, cids: readonly UserId[]): Promise<boolean> {
+  async broadcast(text: string, cids: readonly IMUserID[]): Promise<boolean> {
     const { client } = this.#parts;
     return this.#toMany("Sent to", cids, async () => {
       const value = await withEmotions(client, text);
-      const msgbody = [{ type: MessageType.text, value }];
+      const msgbody = [{ type: IMMsgType.kMsgText, value }];
       await client.singlemsg.SendBroadcastMsg({ cids: [...cids], msgbody });
     });
   }
 
   async #toMany(
     done: string,
-    cids: readonly UserId[],
+    cids: readonly IMUserID[],
     send: () => Promise<void>,
   ): Promise<boolean> {
     const { toasts } = this.#parts;
@@ -108,9 +108,9 @@ export class MessageActions {
     return true;
   }
 
-  #withdrawn({ cid, msgid }: Withdrawn): void {
+  #withdrawn({ cid, msgid }: IMMsgWithdraw): void {
     const { threads, conversations } = this.#parts;
-    const change = { msgstatus: MessageStatus.withdrawn, msgbody: "" };
+    const change = { msgstatus: IMMsgStatus.kMsgWithdrawn, msgbody: "" };
     const message = threads.patch(msgid, change);
     if (message) conversations.update(message);
     else void conversations.refreshLast(cid);

@@ -1,8 +1,11 @@
-import { MessageStatus, type Message } from "@imsdkbridge/client";
+import { IMMsgStatus, type IMMessage } from "@imsdkbridge/client";
 import { comparePositions } from "./users.ts";
 
 /** Joins two sorted runs of messages; of a message in both, the incoming one counts. */
-export function merge(known: readonly Message[], incoming: readonly Message[]): readonly Message[] {
+export function merge(
+  known: readonly IMMessage[],
+  incoming: readonly IMMessage[],
+): readonly IMMessage[] {
   const [first, last] = [incoming[0], incoming.at(-1)];
   if (!first || !last) return known;
   // Long runs are only joined at their ends, as live messages and pages of history come.
@@ -17,7 +20,10 @@ export function merge(known: readonly Message[], incoming: readonly Message[]): 
   return [...byId.values()].sort(comparePositions);
 }
 
-function distinct(joined: readonly Message[], incoming: readonly Message[]): readonly Message[] {
+function distinct(
+  joined: readonly IMMessage[],
+  incoming: readonly IMMessage[],
+): readonly IMMessage[] {
   const sound = incoming.every(
     (message, at) => at === 0 || comparePositions(incoming[at - 1]!, message) < 0,
   );
@@ -28,14 +34,14 @@ function distinct(joined: readonly Message[], incoming: readonly Message[]): rea
 }
 
 // A page that was read before an event must not undo what the event told.
-function newest(known: Message | undefined, incoming: Message): Message {
+function newest(known: IMMessage | undefined, incoming: IMMessage): IMMessage {
   if (!known) return incoming;
   const settled =
-    incoming.msgstatus === MessageStatus.sending || known.msgstatus === MessageStatus.withdrawn;
+    incoming.msgstatus === IMMsgStatus.kMsgSending || known.msgstatus === IMMsgStatus.kMsgWithdrawn;
   return {
     ...incoming,
     msgstatus: settled ? known.msgstatus : incoming.msgstatus,
-    msgbody: known.msgstatus === MessageStatus.withdrawn ? "" : incoming.msgbody,
-    readflag: Math.max(known.readflag, incoming.readflag),
+    msgbody: known.msgstatus === IMMsgStatus.kMsgWithdrawn ? "" : incoming.msgbody,
+    readflag: known.readflag || incoming.readflag,
   };
 }

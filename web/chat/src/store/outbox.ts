@@ -1,4 +1,10 @@
-import { BridgeError, type BridgeClient, type Message, type UserId } from "@imsdkbridge/client";
+import {
+  BridgeError,
+  type BridgeClient,
+  type IMMessage,
+  type IMUserID,
+  IMMsgType,
+} from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { withEmotions } from "./emotion_text.ts";
@@ -7,7 +13,7 @@ import { comparePositions, keyOf, sameUser, type Position } from "./users.ts";
 /** A text on its way to becoming a message. */
 export interface Outgoing {
   id: number;
-  cid: UserId;
+  cid: IMUserID;
   text: string;
   /** The text as it is sent, with emotion tokens; none before the host has converted it. */
   body?: string;
@@ -49,7 +55,7 @@ export class Outbox {
   }
 
   /** Takes up what this account left in the tab; nothing changes for the account already here. */
-  enter(me: UserId): void {
+  enter(me: IMUserID): void {
     const owner = `written ${keyOf(me)}`;
     if (owner === this.#owner) return;
     this.#owner = owner;
@@ -64,7 +70,7 @@ export class Outbox {
     this.#nextId = 1 + Math.max(0, ...outgoing.map((entry) => entry.id));
   }
 
-  setDraft(cid: UserId, text: string): void {
+  setDraft(cid: IMUserID, text: string): void {
     this.drafts.value = { ...this.drafts.value, [keyOf(cid)]: text };
     this.#notice(cid, "");
     this.#save();
@@ -74,7 +80,7 @@ export class Outbox {
    * Sends the draft of a conversation; `after` is the newest message shown there. Tells whether what
    * follows the text can go out: not when the host did not take it.
    */
-  async send(cid: UserId, after: Position | undefined): Promise<boolean> {
+  async send(cid: IMUserID, after: Position | undefined): Promise<boolean> {
     const text = wellFormed(this.drafts.value[keyOf(cid)] ?? "");
     if (!text.trim()) return true;
     const entry: Outgoing = { id: this.#nextId++, cid, text, after, state: "open" };
@@ -83,7 +89,7 @@ export class Outbox {
     try {
       const value = await withEmotions(this.#client, text);
       this.#change({ body: value }, ({ id }) => id === entry.id);
-      const item = { type: 0, value, jvale: "", filecontent: "", filepath: "" };
+      const item = { type: IMMsgType.kMsgText, value, jvale: "", filecontent: "", filepath: "" };
       const request = { cid, autosend: 0, msgbody: [item] };
       await this.#client.singlemsg.SendNormalChatMsg(request, { timeout: sendTimeout });
       this.#change({ state: "accepted" }, ({ id }) => id === entry.id);
@@ -105,7 +111,7 @@ export class Outbox {
   }
 
   /** A message of `me` is stored: the text it came from has landed. */
-  landed(message: Message, me: UserId | undefined): void {
+  landed(message: IMMessage, me: IMUserID | undefined): void {
     if (!sameUser(message.fromid, me) || this.#claimed.has(message.msgid)) return;
     const entry = this.outgoing.value.find(
       ({ cid, text, body = text, after }) =>
@@ -119,7 +125,7 @@ export class Outbox {
   }
 
   /** The newest messages of a conversation are known: uncertain texts not among them come back. */
-  reconcile(cid: UserId): void {
+  reconcile(cid: IMUserID): void {
     for (const entry of this.outgoing.value) {
       if (entry.state !== "uncertain" || !sameUser(entry.cid, cid)) continue;
       this.#putBack(entry.id, "The connection was lost before this was sent.");
@@ -153,7 +159,7 @@ export class Outbox {
     return entry;
   }
 
-  #notice(cid: UserId, notice: string): void {
+  #notice(cid: IMUserID, notice: string): void {
     if ((this.notices.value[keyOf(cid)] ?? "") === notice) return;
     this.notices.value = { ...this.notices.value, [keyOf(cid)]: notice };
   }

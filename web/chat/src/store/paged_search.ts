@@ -1,4 +1,4 @@
-import type { Message } from "@imsdkbridge/client";
+import type { IMMessage } from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
 import { keywordsOf } from "../text/highlight.ts";
 import { textOf } from "../text/reasons.ts";
@@ -9,7 +9,7 @@ const defaultRest = 250;
 /** One page of what was found. */
 export interface FoundPage {
   /** Oldest first, as the host gives them. */
-  msgs: readonly Message[];
+  msgs: readonly IMMessage[];
   totalpage: number;
   totalcount: number;
 }
@@ -23,7 +23,7 @@ export class PagedSearch {
   readonly status = signal<"idle" | "searching" | "ready" | "failed">("idle");
   readonly problem = signal("");
   /** Newest first, as far as they were asked for. */
-  readonly hits = signal<readonly Message[]>([]);
+  readonly hits = signal<readonly IMMessage[]>([]);
   readonly total = signal(0);
 
   readonly #ask: AskPage;

@@ -1,4 +1,4 @@
-import type { BridgeClient, Picture, UserId } from "@imsdkbridge/client";
+import type { BridgeClient, IMMsgPicture, IMUserID } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { unescaped } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
@@ -7,10 +7,10 @@ import { textOf } from "../text/reasons.ts";
 const pageSize = 20;
 
 /** The place of a picture: a message, and which of its pictures. */
-export type ShownPicture = Pick<Picture, "pictureid" | "url" | "msgid" | "mgstime" | "fromid">;
+export type ShownPicture = Pick<IMMsgPicture, "pictureid" | "url" | "msgid" | "mgstime" | "fromid">;
 
 interface Viewed {
-  cid: UserId;
+  cid: IMUserID;
   /** Oldest first. */
   pictures: readonly ShownPicture[];
   /** Identifier of the picture in front. */
@@ -40,7 +40,7 @@ export class PictureViewer {
   }
 
   /** Shows a picture; those before and after it are fetched behind it. */
-  async open(cid: UserId, picture: ShownPicture): Promise<void> {
+  async open(cid: IMUserID, picture: ShownPicture): Promise<void> {
     const ends = { older: "more", newer: "more", problem: "" } as const;
     this.#loading.clear();
     this.viewed.value = { cid, pictures: [picture], front: picture.pictureid, ...ends };

@@ -1,11 +1,12 @@
 import {
   BridgeError,
   EngineCode,
-  MessageStatus,
+  IMMsgStatus,
   type BridgeClient,
-  type Message,
-  type ReadFlag,
-  type UserId,
+  type IMMessage,
+  type IMFlagMsgReaded,
+  type IMUserID,
+  type IMReadFlag,
 } from "@imsdkbridge/client";
 import type { Threads } from "./threads.ts";
 import { keyOf, sameUser } from "./users.ts";
@@ -19,7 +20,7 @@ export class Receipts {
   readonly #threads: Threads;
   /** Reported, or on the way. */
   readonly #told = new Set<string>();
-  readonly #waiting = new Map<string, { cid: UserId; msgids: string[] }>();
+  readonly #waiting = new Map<string, { cid: IMUserID; msgids: string[] }>();
   #timer: ReturnType<typeof setTimeout> | undefined;
 
   constructor(client: BridgeClient, threads: Threads) {
@@ -29,10 +30,10 @@ export class Receipts {
   }
 
   /** Somebody sees these messages now; those of the peer are reported, each once. */
-  seen(cid: UserId, messages: readonly Message[]): void {
+  seen(cid: IMUserID, messages: readonly IMMessage[]): void {
     for (const { msgid, fromid, msgstatus, extinfo } of messages) {
       const open = !extinfo.fixmsgread && !extinfo.syschatmsg && !this.#told.has(msgid);
-      if (!open || !sameUser(fromid, cid) || msgstatus === MessageStatus.withdrawn) continue;
+      if (!open || !sameUser(fromid, cid) || msgstatus === IMMsgStatus.kMsgWithdrawn) continue;
       this.#told.add(msgid);
       const waiting = this.#waiting.get(keyOf(cid)) ?? { cid, msgids: [] };
       waiting.msgids.push(msgid);
@@ -48,20 +49,20 @@ export class Receipts {
     for (const { cid, msgids } of reports) void this.#tell(cid, msgids);
   }
 
-  async #tell(cid: UserId, msgids: string[]): Promise<void> {
+  async #tell(cid: IMUserID, msgids: string[]): Promise<void> {
     try {
       await this.#client.singlemsg.SetFlagsPeerMsgReaded({ cid, msgids });
     } catch (error) {
       // They are reported when they are next seen, unless the host refused for good.
       const refused = error instanceof BridgeError && error.kind === "failed";
-      const passing: number[] = [EngineCode.noLink, EngineCode.timeout];
+      const passing: number[] = [EngineCode.kEngineNoLink, EngineCode.kEngineTimeout];
       if (refused && !passing.includes(error.code)) return;
       for (const msgid of msgids) this.#told.delete(msgid);
     }
   }
 
-  #flagged(items: readonly ReadFlag[]): void {
-    const flags = new Map<string, { cid: UserId; byId: Map<string, number> }>();
+  #flagged(items: readonly IMFlagMsgReaded[]): void {
+    const flags = new Map<string, { cid: IMUserID; byId: Map<string, IMReadFlag> }>();
     for (const { cid, msgid, readflag } of items) {
       const known = flags.get(keyOf(cid)) ?? { cid, byId: new Map() };
       known.byId.set(msgid, readflag);

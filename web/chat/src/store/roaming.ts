@@ -1,4 +1,4 @@
-import type { BridgeClient } from "@imsdkbridge/client";
+import { type BridgeClient, IMRoaming } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 
@@ -20,7 +20,7 @@ export class Roaming {
     this.problem.value = "";
     try {
       const { roamstatus, opentime } = await this.#client.singlemsg.GetRoamStatus({});
-      this.enabled.value = roamstatus === 1;
+      this.enabled.value = roamstatus === IMRoaming.kRoamingOn;
       const bounded = roamstatus === 1 && Number(opentime) > 0;
       this.since.value = bounded ? new Date(Number(opentime)) : undefined;
     } catch (error) {
@@ -31,7 +31,9 @@ export class Roaming {
   /** Switches roaming on or off; switched on, it begins with what comes from now on. */
   async setEnabled(enable: boolean): Promise<void> {
     try {
-      await this.#client.singlemsg.SetRoamStatus({ roamstatus: Number(enable) });
+      await this.#client.singlemsg.SetRoamStatus({
+        roamstatus: enable ? IMRoaming.kRoamingOn : IMRoaming.kRoamingOff,
+      });
       await this.load();
     } catch (error) {
       this.problem.value = `The setting was not changed: ${textOf(error)}.`;

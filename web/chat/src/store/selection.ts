@@ -1,4 +1,4 @@
-import type { Message } from "@imsdkbridge/client";
+import type { IMMessage } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { comparePositions } from "./users.ts";
 
@@ -6,14 +6,14 @@ import { comparePositions } from "./users.ts";
 export class Selection {
   /** Whether messages are being chosen. */
   readonly active = signal(false);
-  readonly chosen = signal<ReadonlyMap<string, Message>>(new Map());
+  readonly chosen = signal<ReadonlyMap<string, IMMessage>>(new Map());
 
-  start(message: Message): void {
+  start(message: IMMessage): void {
     this.active.value = true;
     this.chosen.value = new Map([[message.msgid, message]]);
   }
 
-  toggle(message: Message): void {
+  toggle(message: IMMessage): void {
     const chosen = new Map(this.chosen.value);
     if (!chosen.delete(message.msgid)) chosen.set(message.msgid, message);
     this.chosen.value = chosen;
@@ -25,7 +25,7 @@ export class Selection {
   }
 
   /** The chosen messages, oldest first. */
-  inOrder(): Message[] {
+  inOrder(): IMMessage[] {
     return [...this.chosen.value.values()].sort(comparePositions);
   }
 }

@@ -1,4 +1,4 @@
-import { BridgeError, type BridgeClient, type Calls, type UserId } from "@imsdkbridge/client";
+import { BridgeError, type BridgeClient, type Calls, type IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { appkey, sameUser } from "./users.ts";
@@ -9,7 +9,7 @@ const storageKey = "session";
 export class Session {
   /** `starting` until the first connection has shown whether somebody is signed in. */
   readonly status = signal<"starting" | "signedout" | "signingin" | "signedin">("starting");
-  readonly me = signal<UserId | undefined>(undefined);
+  readonly me = signal<IMUserID | undefined>(undefined);
   /** Why the last sign-in failed or ended; empty when there is nothing to tell. */
   readonly problem = signal("");
 
@@ -66,7 +66,7 @@ export class Session {
     }
   }
 
-  #enter(userid: UserId, token: string): void {
+  #enter(userid: IMUserID, token: string): void {
     if (token) this.#storage.setItem(storageKey, JSON.stringify({ userid, token }));
     this.problem.value = "";
     if (!sameUser(this.me.value, userid)) this.me.value = userid;
@@ -81,8 +81,8 @@ export class Session {
     this.me.value = undefined;
   }
 
-  #saved(): { userid: UserId; token: string } | undefined {
+  #saved(): { userid: IMUserID; token: string } | undefined {
     const text = this.#storage.getItem(storageKey);
-    return text ? (JSON.parse(text) as { userid: UserId; token: string }) : undefined;
+    return text ? (JSON.parse(text) as { userid: IMUserID; token: string }) : undefined;
   }
 }

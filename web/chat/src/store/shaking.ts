@@ -1,4 +1,4 @@
-import { MessageType, type BridgeClient, type UserId } from "@imsdkbridge/client";
+import { IMMsgType, type BridgeClient, type IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import type { Toasts } from "./toasts.ts";
@@ -22,7 +22,7 @@ export class Shaking {
   constructor(
     client: BridgeClient,
     toasts: Toasts,
-    shaken: (cid: UserId) => void,
+    shaken: (cid: IMUserID) => void,
     pauses = defaults,
   ) {
     this.#client = client;
@@ -38,12 +38,12 @@ export class Shaking {
   }
 
   /** Shakes the peer's window. */
-  async shake(cid: UserId): Promise<void> {
+  async shake(cid: IMUserID): Promise<void> {
     if (!this.ready.value) return;
     this.ready.value = false;
     setTimeout(() => (this.ready.value = true), this.#pauses.send);
     try {
-      const msgbody = [{ type: MessageType.shake }];
+      const msgbody = [{ type: IMMsgType.kMsgShake }];
       await this.#client.singlemsg.SendNormalChatMsg({ cid, autosend: 0, msgbody });
     } catch (error) {
       this.#toasts.problem(`The window was not shaken: ${textOf(error)}.`);

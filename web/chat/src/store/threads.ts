@@ -1,10 +1,10 @@
 import {
-  MessageStatus,
+  IMMsgStatus,
   type BridgeClient,
-  type Message,
-  type MessagesAnswer,
-  type SendStatusNotification,
-  type UserId,
+  type IMMessage,
+  type IMMessagePage,
+  type SendMsgStatusNotify,
+  type IMUserID,
 } from "@imsdkbridge/client";
 import { signal, type Signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
@@ -17,11 +17,11 @@ export type Edge = "more" | "loading" | "failed" | "none";
 
 /** The loaded part of one conversation, without a gap. */
 export interface Thread {
-  cid: UserId;
+  cid: IMUserID;
   status: "loading" | "ready" | "failed";
   problem: string;
   /** Oldest first. */
-  messages: readonly Message[];
+  messages: readonly IMMessage[];
   older: Edge;
   /** Not "none" after a jump into the past: the newest messages are not loaded. */
   newer: Edge;
@@ -38,7 +38,7 @@ export class Threads {
 
   readonly #client: BridgeClient;
   readonly #faces: Faces;
-  readonly #loaded: (cid: UserId, messages: readonly Message[]) => void;
+  readonly #loaded: (cid: IMUserID, messages: readonly IMMessage[]) => void;
   readonly #all = new Map<string, Signal<Thread>>();
   /**
    * Threads that may have missed messages: by key, the newest message that was loaded before the
@@ -53,7 +53,7 @@ export class Threads {
   constructor(
     client: BridgeClient,
     faces: Faces,
-    loaded: (cid: UserId, messages: readonly Message[]) => void,
+    loaded: (cid: IMUserID, messages: readonly IMMessage[]) => void,
   ) {
     this.#client = client;
     this.#faces = faces;
@@ -61,7 +61,7 @@ export class Threads {
   }
 
   /** The thread of a conversation; an empty one is made at first. */
-  of(cid: UserId): Signal<Thread> {
+  of(cid: IMUserID): Signal<Thread> {
     const key = keyOf(cid);
     let thread = this.#all.get(key);
     if (!thread) {
@@ -90,7 +90,7 @@ export class Threads {
   }
 
   /** Makes sure that the newest messages are there. */
-  open(cid: UserId): Promise<void> {
+  open(cid: IMUserID): Promise<void> {
     const key = keyOf(cid);
     const thread = this.of(cid);
     const underWay = this.#opening.get(key);
@@ -103,7 +103,7 @@ export class Threads {
     return opening;
   }
 
-  async #open(cid: UserId, thread: Signal<Thread>): Promise<void> {
+  async #open(cid: IMUserID, thread: Signal<Thread>): Promise<void> {
     const key = keyOf(cid);
     const before = this.#stale.get(key);
     this.#stale.delete(key);
@@ -135,7 +135,7 @@ export class Threads {
   }
 
   /** Loads the page beyond one end. */
-  async load(cid: UserId, end: "older" | "newer"): Promise<void> {
+  async load(cid: IMUserID, end: "older" | "newer"): Promise<void> {
     const thread = this.of(cid);
     const { status, messages } = thread.value;
     const from = end === "older" ? messages[0] : messages.at(-1);
@@ -158,7 +158,7 @@ export class Threads {
   }
 
   /** Loads a message and what stands around it, unless it is loaded; fails as the host does. */
-  async loadAround(cid: UserId, msgid: string): Promise<void> {
+  async loadAround(cid: IMUserID, msgid: string): Promise<void> {
     await this.open(cid);
     const thread = this.of(cid);
     if (thread.value.messages.some((message) => message.msgid === msgid)) return;
@@ -180,7 +180,7 @@ export class Threads {
   }
 
   /** Goes back to the newest messages after a jump into the past. */
-  async toNewest(cid: UserId): Promise<void> {
+  async toNewest(cid: IMUserID): Promise<void> {
     const thread = this.of(cid);
     if (thread.value.newer === "none") return;
     this.#change(thread, { newer: "loading" });
@@ -193,7 +193,7 @@ export class Threads {
   }
 
   /** Adds messages that came or were sent just now; they follow what is loaded. */
-  add(messages: readonly Message[]): void {
+  add(messages: readonly IMMessage[]): void {
     for (const message of messages) {
       const key = keyOf(message.cid);
       const thread = this.#all.get(key);
@@ -211,7 +211,7 @@ export class Threads {
   }
 
   /** Takes messages out, or with "all" every one of the conversation. */
-  remove(cid: UserId, msgids: ReadonlySet<string> | "all"): void {
+  remove(cid: IMUserID, msgids: ReadonlySet<string> | "all"): void {
     const thread = this.of(cid);
     const messages =
       msgids === "all" ? [] : thread.value.messages.filter(({ msgid }) => !msgids.has(msgid));
@@ -220,21 +220,21 @@ export class Threads {
   }
 
   /** Takes in what became of a sent message; gives what that changes in it. */
-  setStatus({ msgid, code, svrtime, result }: SendStatusNotification): Partial<Message> {
+  setStatus({ msgid, code, svrtime, result }: SendMsgStatusNotify): Partial<IMMessage> {
     const failed = code !== 0;
     const failures = new Map(this.failures.value);
     if (failed) failures.set(msgid, result);
     else failures.delete(msgid);
     this.failures.value = failures;
-    const change: Partial<Message> = failed
-      ? { msgstatus: MessageStatus.failed }
-      : { msgstatus: MessageStatus.sent, svrtime };
+    const change: Partial<IMMessage> = failed
+      ? { msgstatus: IMMsgStatus.kMsgFailed }
+      : { msgstatus: IMMsgStatus.kMsgSent, svrtime };
     this.patch(msgid, change);
     return change;
   }
 
   /** Changes fields of one message, wherever it is loaded. */
-  patch(msgid: string, change: Partial<Message>): Message | undefined {
+  patch(msgid: string, change: Partial<IMMessage>): IMMessage | undefined {
     for (const thread of this.#all.values()) {
       const at = thread.value.messages.findLastIndex((message) => message.msgid === msgid);
       if (at < 0) continue;
@@ -248,12 +248,12 @@ export class Threads {
   }
 
   /** Changes many messages of one conversation at once, if it is loaded. */
-  patchAll(cid: UserId, change: (message: Message) => Message): void {
+  patchAll(cid: IMUserID, change: (message: IMMessage) => IMMessage): void {
     const thread = this.#all.get(keyOf(cid));
     if (thread) this.#change(thread, { messages: thread.value.messages.map(change) });
   }
 
-  #page(cid: UserId, { msgtime, msgid }: Position, gohistory: number): Promise<MessagesAnswer> {
+  #page(cid: IMUserID, { msgtime, msgid }: Position, gohistory: number): Promise<IMMessagePage> {
     const request = { cid, msgtime, msgid, count: pageSize, gohistory, autoroam: 1 };
     return this.#faces.of(cid).GetLocalHisMsg(request);
   }
@@ -263,6 +263,6 @@ export class Threads {
   }
 }
 
-function edge(page: MessagesAnswer): Edge {
+function edge(page: IMMessagePage): Edge {
   return page.outofcache !== 0 || page.msgs.length === 0 ? "none" : "more";
 }

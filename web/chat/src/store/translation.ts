@@ -1,4 +1,4 @@
-import type { BridgeClient, Message } from "@imsdkbridge/client";
+import type { BridgeClient, IMMessage } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { plainText } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
@@ -51,7 +51,7 @@ export class Translations {
   }
 
   /** Translates a message; the outcome stands under its text. */
-  async translate(message: Message): Promise<void> {
+  async translate(message: IMMessage): Promise<void> {
     const { msgid } = message;
     if (!this.enabled.value) return this.#set(msgid, { state: "off" });
     this.#set(msgid, { state: "loading" });

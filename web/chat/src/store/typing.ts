@@ -1,4 +1,4 @@
-import { MessageType, type BridgeClient, type UserId } from "@imsdkbridge/client";
+import { IMMsgType, type BridgeClient, type IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { keyOf } from "./users.ts";
 
@@ -13,7 +13,7 @@ export class Typing {
   readonly #client: BridgeClient;
   readonly #times: typeof defaults;
   readonly #expiries = new Map<string, ReturnType<typeof setTimeout>>();
-  #mine: { cid: UserId; told: number } | undefined;
+  #mine: { cid: IMUserID; told: number } | undefined;
   #restTimer: ReturnType<typeof setTimeout> | undefined;
 
   constructor(client: BridgeClient, times = defaults) {
@@ -23,7 +23,7 @@ export class Typing {
   }
 
   /** The person changed a draft. */
-  typed(cid: UserId): void {
+  typed(cid: IMUserID): void {
     if (this.#mine && keyOf(this.#mine.cid) !== keyOf(cid)) this.stopped();
     const now = Date.now();
     if (!this.#mine || now - this.#mine.told >= this.#times.repeat) {
@@ -42,11 +42,11 @@ export class Typing {
   }
 
   /** A message of this peer is there: it types no longer. */
-  arrived(cid: UserId): void {
+  arrived(cid: IMUserID): void {
     this.#peer(cid, false);
   }
 
-  #peer(cid: UserId, typing: boolean): void {
+  #peer(cid: IMUserID, typing: boolean): void {
     const key = keyOf(cid);
     clearTimeout(this.#expiries.get(key));
     this.#expiries.delete(key);
@@ -61,8 +61,8 @@ export class Typing {
     this.peers.value = peers;
   }
 
-  #tell(cid: UserId, value: "1" | "0"): void {
-    const msgbody = [{ type: MessageType.typing, value }];
+  #tell(cid: IMUserID, value: "1" | "0"): void {
+    const msgbody = [{ type: IMMsgType.kMsgInputStatus, value }];
     // Nobody misses a typing state that got lost.
     this.#client.singlemsg.SendNormalChatMsg({ cid, autosend: 1, msgbody }).catch(() => {});
   }

@@ -1,4 +1,4 @@
-import type { Message, UserId } from "@imsdkbridge/client";
+import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 
 /** The application key whose accounts this chat signs in. */
 export const appkey = "cnbazaro";
@@ -8,17 +8,17 @@ export const demoAccounts = ["harbor", "lighthouse", "mariner", "navigator"];
 export const demoPassword = "demo";
 
 /** One text per user, to key tables with; an application key holds no line break. */
-export function keyOf(user: UserId): string {
+export function keyOf(user: IMUserID): string {
   return `${user.appkey}\n${user.nick}`;
 }
 
 /** Whether both name the same user. */
-export function sameUser(a: UserId | undefined, b: UserId | undefined): boolean {
+export function sameUser(a: IMUserID | undefined, b: IMUserID | undefined): boolean {
   return a !== undefined && b !== undefined && a.appkey === b.appkey && a.nick === b.nick;
 }
 
 /** Where a message stands in its conversation. */
-export type Position = Pick<Message, "msgtime" | "msgid">;
+export type Position = Pick<IMMessage, "msgtime" | "msgid">;
 
 /** Orders messages of a conversation, oldest first. */
 export function comparePositions(a: Position, b: Position): number {

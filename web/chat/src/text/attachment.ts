@@ -1,4 +1,4 @@
-import { MessageType } from "@imsdkbridge/client";
+import { IMMsgType } from "@imsdkbridge/client";
 import { sizeText } from "./fold.ts";
 
 /** The largest file that can be sent, in bytes. */
@@ -8,8 +8,8 @@ export const largestFile = 32 * 1024 * 1024;
 const pictureTypes = /^image\/(png|jpeg|gif|webp|bmp)$/;
 
 /** As what a file is sent. */
-export function typeOfFile(type: string): number {
-  return pictureTypes.test(type) ? MessageType.picture : MessageType.file;
+export function typeOfFile(type: string): IMMsgType {
+  return pictureTypes.test(type) ? IMMsgType.kMsgPicture : IMMsgType.kMsgFile;
 }
 
 /** Why a file cannot be sent; empty when it can. */

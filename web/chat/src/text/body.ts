@@ -1,4 +1,4 @@
-import { MessageStatus, MessageType, type Message } from "@imsdkbridge/client";
+import { IMMsgStatus, IMMsgType, type IMMessage } from "@imsdkbridge/client";
 
 /** One piece of a message body, in display order. */
 export type BodyPart =
@@ -15,9 +15,12 @@ const token = new RegExp(
 const fileBody = /^file:([^|]*)\|filepath=(.*)$/s;
 
 /** Takes a message body apart. The texts of all parts are to be shown as text only. */
-export function bodyParts({ msgtype, msgbody }: Pick<Message, "msgtype" | "msgbody">): BodyPart[] {
+export function bodyParts({
+  msgtype,
+  msgbody,
+}: Pick<IMMessage, "msgtype" | "msgbody">): BodyPart[] {
   const file = fileBody.exec(msgbody);
-  if (file && (msgtype === MessageType.audio || msgtype === MessageType.file)) {
+  if (file && (msgtype === IMMsgType.kMsgAudio || msgtype === IMMsgType.kMsgFile)) {
     return [{ kind: "file", name: file[1]!, path: unescaped(file[2]!) }];
   }
   const parts: BodyPart[] = [];
@@ -49,7 +52,7 @@ export function unescaped(text: string): string {
 }
 
 /** A message as plain text, for copying: what is no text is named in brackets. */
-export function plainText(message: Pick<Message, "msgtype" | "msgbody">): string {
+export function plainText(message: Pick<IMMessage, "msgtype" | "msgbody">): string {
   const words = bodyParts(message).map((part) => {
     switch (part.kind) {
       case "text":
@@ -59,21 +62,21 @@ export function plainText(message: Pick<Message, "msgtype" | "msgbody">): string
       case "emotion":
         return part.shortcut || "[Emotion]";
       case "file":
-        return message.msgtype === MessageType.audio ? "[Voice message]" : `[File] ${part.name}`;
+        return message.msgtype === IMMsgType.kMsgAudio ? "[Voice message]" : `[File] ${part.name}`;
     }
   });
   return words.join("");
 }
 
 /** A message's text in one line, without the whitespace around its words. */
-export function oneLine(message: Pick<Message, "msgtype" | "msgbody">): string {
+export function oneLine(message: Pick<IMMessage, "msgtype" | "msgbody">): string {
   return plainText(message).replace(/\s+/g, " ").trim();
 }
 
 /** One line that stands for a message in lists; long texts are cut. */
-export function preview(message: Pick<Message, "msgtype" | "msgbody" | "msgstatus">): string {
-  if (message.msgstatus === MessageStatus.withdrawn) return "Message withdrawn";
-  if (message.msgtype === MessageType.shake) return "[Window shake]";
+export function preview(message: Pick<IMMessage, "msgtype" | "msgbody" | "msgstatus">): string {
+  if (message.msgstatus === IMMsgStatus.kMsgWithdrawn) return "Message withdrawn";
+  if (message.msgtype === IMMsgType.kMsgShake) return "[Window shake]";
   return cut(plainText(message).slice(0, 2000).replace(/\s+/g, " ").trim(), 160);
 }
 

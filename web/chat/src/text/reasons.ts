@@ -1,17 +1,18 @@
-import { BridgeError, EngineCode, ResultCode } from "@imsdkbridge/client";
+import { BridgeError, EngineCode, FailureCode } from "@imsdkbridge/client";
 
 const wordsByCode: Record<number, string> = {
-  [EngineCode.notLoggedIn]: "nobody is signed in",
-  [EngineCode.noLink]: "the server cannot be reached",
-  [EngineCode.timeout]: "the server did not answer in time",
-  [EngineCode.tooLarge]: "the message is too large",
-  [EngineCode.empty]: "there is nothing to send",
-  [EngineCode.notFound]: "there is no such message any more",
-  [EngineCode.storage]: "the message could not be stored",
-  [EngineCode.refused]: "the server does not allow it",
-  [EngineCode.busy]: "too many messages are on their way",
-  [ResultCode.notImplemented]: "this host cannot do that",
-  [ResultCode.failed]: "the host cannot do that",
+  [EngineCode.kEngineNotLoggedIn]: "nobody is signed in",
+  [EngineCode.kEngineNoLink]: "the server cannot be reached",
+  [EngineCode.kEngineTimeout]: "the server did not answer in time",
+  [EngineCode.kEngineTooLarge]: "the message is too large",
+  [EngineCode.kEngineEmpty]: "there is nothing to send",
+  [EngineCode.kEngineNotFound]: "there is no such message any more",
+  [EngineCode.kEngineStorage]: "the message could not be stored",
+  [EngineCode.kEngineRefused]: "the server does not allow it",
+  [EngineCode.kEngineBusy]: "too many messages are on their way",
+  [EngineCode.kEngineUnsupported]: "the server cannot do that",
+  [FailureCode.notImplemented]: "this host cannot do that",
+  [FailureCode.failed]: "the host cannot do that",
 };
 
 /** The words of an error for the person at the page. */

@@ -1,9 +1,9 @@
-import type { Message } from "@imsdkbridge/client";
+import type { IMMessage } from "@imsdkbridge/client";
 import { sameUser } from "../store/users.ts";
 
 /** How a message stands among its neighbours. */
 export interface Row {
-  message: Message;
+  message: IMMessage;
   /** Whether a new day begins with it. */
   newDay: boolean;
   /** Whether it begins and ends a group of one sender's messages. */
@@ -15,7 +15,7 @@ export interface Row {
 const groupGap = 5 * 60_000;
 
 /** The row of one message; only its neighbours are looked at, so that long lists stay cheap. */
-export function rowAt(messages: readonly Message[], index: number): Row {
+export function rowAt(messages: readonly IMMessage[], index: number): Row {
   const message = messages[index]!;
   const before = messages[index - 1];
   const after = messages[index + 1];
@@ -28,11 +28,11 @@ export function rowAt(messages: readonly Message[], index: number): Row {
 }
 
 /** When a message was written. */
-export function timeOf(message: Pick<Message, "msgtime">): Date {
+export function timeOf(message: Pick<IMMessage, "msgtime">): Date {
   return new Date(Number(message.msgtime));
 }
 
-function together(a: Message, b: Message): boolean {
+function together(a: IMMessage, b: IMMessage): boolean {
   const [from, to] = [timeOf(a), timeOf(b)];
   return (
     sameUser(a.fromid, b.fromid) &&

@@ -1,4 +1,4 @@
-import { MessageType, type Message } from "@imsdkbridge/client";
+import { IMMsgType, type IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useMemo, useState } from "preact/hooks";
 import { emotionUrl, fileUrl, saveFile } from "../files.ts";
@@ -11,7 +11,7 @@ import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 
 interface BodyProps {
-  message: Pick<Message, "msgtype" | "msgbody">;
+  message: Pick<IMMessage, "msgtype" | "msgbody">;
   /** Words to highlight. */
   keywords?: readonly string[];
   /** Opens one of the message's pictures, counted from 0; without it they are only shown. */
@@ -32,12 +32,12 @@ export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.El
             return <Text key={index} text={part.text} keywords={keywords} />;
           case "picture": {
             const open = openPicture && (() => openPicture(part.path, pictures.indexOf(part)));
-            return <Picture key={index} {...part} open={open} />;
+            return <IMMsgPicture key={index} {...part} open={open} />;
           }
           case "emotion":
             return <Emotion key={index} {...part} />;
           case "file":
-            return msgtype === MessageType.audio ? (
+            return msgtype === IMMsgType.kMsgAudio ? (
               <Voice key={index} {...part} />
             ) : (
               <FileLink key={index} {...part} icon="file" />
@@ -93,7 +93,7 @@ interface PictureProps {
   open: (() => void) | undefined;
 }
 
-function Picture({ path, source, open }: PictureProps): JSX.Element {
+function IMMsgPicture({ path, source, open }: PictureProps): JSX.Element {
   const [broken, setBroken] = useState(false);
   if (broken) return <span class="text">{source}</span>;
   const image = (

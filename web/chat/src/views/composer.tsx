@@ -1,4 +1,4 @@
-import type { UserId } from "@imsdkbridge/client";
+import type { IMUserID } from "@imsdkbridge/client";
 import type { ComponentProps, JSX } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
 import { keyOf } from "../store/users.ts";
@@ -8,7 +8,7 @@ import { EmotionPicker } from "./emotion_picker.tsx";
 import { Icon } from "./icons.tsx";
 
 /** Where messages are written. Enter sends, Shift+Enter breaks the line. */
-export function Composer({ cid }: { cid: UserId }): JSX.Element {
+export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
   const store = useStore();
   const field = useRef<HTMLTextAreaElement>(null);
   const chooser = useRef<HTMLInputElement>(null);

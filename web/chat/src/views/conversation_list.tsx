@@ -1,4 +1,4 @@
-import { MessageStatus, type UserId } from "@imsdkbridge/client";
+import { IMMsgStatus, type IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useRef } from "preact/hooks";
 import type { Conversation } from "../store/conversations.ts";
@@ -85,7 +85,7 @@ interface RowProps {
   selected: boolean;
   /** Whether Tab stops here; the arrow keys go on from there. */
   reachable: boolean;
-  open: (cid: UserId) => void;
+  open: (cid: IMUserID) => void;
 }
 
 function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element {
@@ -142,11 +142,11 @@ function Draft({ text }: { text: string }): JSX.Element {
   );
 }
 
-function previewOf(last: Conversation["last"], cid: UserId): string {
+function previewOf(last: Conversation["last"], cid: IMUserID): string {
   if (!last) return "No messages yet";
   const note = noteOf(last, !sameUser(last.fromid, cid));
   if (note !== undefined) return note;
   const text = preview(last);
-  if (last.msgstatus === MessageStatus.failed) return `Not sent: ${text}`;
+  if (last.msgstatus === IMMsgStatus.kMsgFailed) return `Not sent: ${text}`;
   return sameUser(last.fromid, cid) ? text : `You: ${text}`;
 }

@@ -1,4 +1,4 @@
-import type { UserId } from "@imsdkbridge/client";
+import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
 import { keyOf } from "../store/users.ts";
@@ -14,7 +14,7 @@ import { SearchBar } from "./search_bar.tsx";
 import { SelectionBar } from "./selection_bar.tsx";
 
 /** The right side: one conversation with its messages and the field to write in. */
-export function ConversationPane({ cid }: { cid: UserId }): JSX.Element {
+export function ConversationPane({ cid }: { cid: IMUserID }): JSX.Element {
   const store = useStore();
   const key = keyOf(cid);
   const readOnly = store.faces.isVirtual(cid);
@@ -34,7 +34,7 @@ export function ConversationPane({ cid }: { cid: UserId }): JSX.Element {
   );
 }
 
-function Header({ cid, readOnly }: { cid: UserId; readOnly: boolean }): JSX.Element {
+function Header({ cid, readOnly }: { cid: IMUserID; readOnly: boolean }): JSX.Element {
   const store = useStore();
   const [menu, setMenu] = useState<{ x: number; y: number } | undefined>(undefined);
   const typing = store.typing.peers.value.has(keyOf(cid));
@@ -100,7 +100,7 @@ function Header({ cid, readOnly }: { cid: UserId; readOnly: boolean }): JSX.Elem
   );
 }
 
-function Messages({ cid }: { cid: UserId }): JSX.Element {
+function Messages({ cid }: { cid: IMUserID }): JSX.Element {
   const store = useStore();
   const thread = store.threads.of(cid).value;
   const waiting = store.outbox.outgoing.value.some((entry) => keyOf(entry.cid) === keyOf(cid));

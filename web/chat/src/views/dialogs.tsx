@@ -1,4 +1,4 @@
-import type { Message, UserId } from "@imsdkbridge/client";
+import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
 import { preview } from "../text/body.ts";
@@ -30,13 +30,13 @@ export function Dialogs(): JSX.Element | null {
 }
 
 interface ForwardProps {
-  messages: readonly Message[];
+  messages: readonly IMMessage[];
   close: () => void;
 }
 
 function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
   const store = useStore();
-  const [people, setPeople] = useState<readonly UserId[]>([]);
+  const [people, setPeople] = useState<readonly IMUserID[]>([]);
   const [busy, setBusy] = useState(false);
   const first = messages[0];
   const forward = async (event: Event) => {
@@ -63,7 +63,7 @@ function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
 
 function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
   const store = useStore();
-  const [people, setPeople] = useState<readonly UserId[]>([]);
+  const [people, setPeople] = useState<readonly IMUserID[]>([]);
   const [text, setText] = useState("");
   const [busy, setBusy] = useState(false);
   const send = async (event: Event) => {
@@ -97,7 +97,7 @@ function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
 }
 
 interface DeleteProps {
-  cid: UserId;
+  cid: IMUserID;
   msgids: readonly string[] | "all";
   close: () => void;
 }
@@ -131,7 +131,7 @@ function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
   );
 }
 
-function sendLabel(verb: string, people: readonly UserId[]): string {
+function sendLabel(verb: string, people: readonly IMUserID[]): string {
   return people.length > 1 ? `${verb} to ${people.length}` : verb;
 }
 

@@ -1,4 +1,4 @@
-import { MessageStatus, type Message } from "@imsdkbridge/client";
+import { IMMsgStatus, type IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import type { Outgoing } from "../store/outbox.ts";
 import { timeOf } from "../text/rows.ts";
@@ -10,7 +10,7 @@ import { openPicture } from "./picture_link.ts";
 import { TranslationLine } from "./translation_line.tsx";
 
 interface MessageBubbleProps {
-  message: Message;
+  message: IMMessage;
   mine: boolean;
   openMenu: (x: number, y: number) => void;
 }
@@ -18,7 +18,7 @@ interface MessageBubbleProps {
 /** One message with its time and, for an own one, what became of it. */
 export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): JSX.Element {
   const store = useStore();
-  const failed = message.msgstatus === MessageStatus.failed;
+  const failed = message.msgstatus === IMMsgStatus.kMsgFailed;
   const { cid, search } = store.search;
   const keywords = cid.value ? search.keywords : [];
   const more = (event: MouseEvent) => {
@@ -73,12 +73,12 @@ function SendState({ status, read }: { status: number; read: boolean }): JSX.Ele
 }
 
 function stateOf(status: number, read: boolean) {
-  if (status === MessageStatus.sending) return ["clock", "Sending"] as const;
-  if (status === MessageStatus.failed) return ["warning", "Not sent"] as const;
+  if (status === IMMsgStatus.kMsgSending) return ["clock", "Sending"] as const;
+  if (status === IMMsgStatus.kMsgFailed) return ["warning", "Not sent"] as const;
   return read ? (["checks", "Read"] as const) : (["check", "Sent"] as const);
 }
 
-function Failure({ message }: { message: Message }): JSX.Element {
+function Failure({ message }: { message: IMMessage }): JSX.Element {
   const store = useStore();
   const reason = store.threads.failures.value.get(message.msgid);
   return (
@@ -98,7 +98,7 @@ export function OutgoingBubble({ entry }: { entry: Outgoing }): JSX.Element {
       <div class="bubble">
         <Body message={{ msgtype: 0, msgbody: entry.body ?? entry.text }} />
         <span class="stamp">
-          <SendState status={MessageStatus.sending} read={false} />
+          <SendState status={IMMsgStatus.kMsgSending} read={false} />
         </span>
       </div>
     </article>

@@ -1,4 +1,4 @@
-import type { Message } from "@imsdkbridge/client";
+import type { IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { actionsFor, type Action } from "../text/actions.ts";
 import { bodyParts, plainText } from "../text/body.ts";
@@ -9,7 +9,7 @@ import { openPicture } from "./picture_link.ts";
 
 /** A message whose menu is wanted, and where. */
 export interface MenuWish {
-  message: Message;
+  message: IMMessage;
   mine: boolean;
   x: number;
   y: number;
@@ -27,7 +27,7 @@ export function MessageMenu({ wish, close }: { wish: MenuWish; close: () => void
   return <Menu label="Message" items={items} x={x} y={y} close={close} />;
 }
 
-function menuItem(action: Action, message: Message, store: ChatStore<File>): MenuItem {
+function menuItem(action: Action, message: IMMessage, store: ChatStore<File>): MenuItem {
   const { cid, msgid } = message;
   switch (action) {
     case "open": {
@@ -61,7 +61,7 @@ function menuItem(action: Action, message: Message, store: ChatStore<File>): Men
   }
 }
 
-async function copy(message: Message, { toasts }: ChatStore<File>): Promise<void> {
+async function copy(message: IMMessage, { toasts }: ChatStore<File>): Promise<void> {
   try {
     await navigator.clipboard.writeText(plainText(message));
     toasts.show("Copied");

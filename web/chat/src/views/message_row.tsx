@@ -1,4 +1,4 @@
-import type { Message } from "@imsdkbridge/client";
+import type { IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useLayoutEffect, useRef } from "preact/hooks";
 import { sameUser } from "../store/users.ts";
@@ -76,6 +76,6 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
   );
 }
 
-function labelOf(message: Message, mine: boolean): string {
+function labelOf(message: IMMessage, mine: boolean): string {
   return `${mine ? "You" : message.fromid.nick}, ${clockTime(timeOf(message))}`;
 }

@@ -1,4 +1,4 @@
-import type { UserId } from "@imsdkbridge/client";
+import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
 import { appkey, keyOf } from "../store/users.ts";
@@ -6,8 +6,8 @@ import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 
 interface PeoplePickerProps {
-  people: readonly UserId[];
-  setPeople: (people: readonly UserId[]) => void;
+  people: readonly IMUserID[];
+  setPeople: (people: readonly IMUserID[]) => void;
 }
 
 /** Chooses several people: from the conversations, or by a name that is typed in full. */
@@ -23,7 +23,7 @@ export function PeoplePicker({ people, setPeople }: PeoplePickerProps): JSX.Elem
   const fitting = all.filter(({ nick }) => nick.toLowerCase().includes(name.toLowerCase()));
   const fresh = name && !all.some(({ nick }) => nick === name) ? { appkey, nick: name } : undefined;
   const chosen = new Set(people.map(keyOf));
-  const toggle = (cid: UserId) => {
+  const toggle = (cid: IMUserID) => {
     const rest = people.filter((other) => keyOf(other) !== keyOf(cid));
     setPeople(rest.length < people.length ? rest : [...people, cid]);
   };

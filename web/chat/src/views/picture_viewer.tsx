@@ -83,7 +83,7 @@ function Viewer(): JSX.Element | null {
         onClick={(event) => event.target === event.currentTarget && viewer.close()}
       >
         {broken === picture.pictureid ? (
-          <p class="viewer-broken">This picture is not on this machine.</p>
+          <p class="viewer-broken">This picture could not be fetched.</p>
         ) : (
           <img
             src={fileUrl(picture.url)}

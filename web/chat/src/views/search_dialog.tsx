@@ -1,4 +1,4 @@
-import type { Message, UserId } from "@imsdkbridge/client";
+import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useEffect, useRef } from "preact/hooks";
 import { keyOf, sameUser } from "../store/users.ts";
@@ -75,7 +75,7 @@ function Narrowing(): JSX.Element | null {
   const { globalSearch } = useStore();
   const only = globalSearch.only.value;
   if (globalSearch.cids.value.length < 2) return null;
-  const chip = (cid: UserId | undefined) => (
+  const chip = (cid: IMUserID | undefined) => (
     <button
       key={cid ? keyOf(cid) : "all"}
       type="button"
@@ -93,7 +93,7 @@ function Narrowing(): JSX.Element | null {
   );
 }
 
-function Hit({ message, open }: { message: Message; open: () => void }): JSX.Element {
+function Hit({ message, open }: { message: IMMessage; open: () => void }): JSX.Element {
   const { globalSearch, session } = useStore();
   const { search } = globalSearch;
   const mine = sameUser(message.fromid, session.me.value);
@@ -118,7 +118,7 @@ function Hit({ message, open }: { message: Message; open: () => void }): JSX.Ele
   );
 }
 
-function excerptOf(message: Message, keywords: readonly string[]): string {
+function excerptOf(message: IMMessage, keywords: readonly string[]): string {
   return cut(excerpt(oneLine(message), keywords), 160);
 }
 

@@ -1,10 +1,10 @@
-import type { UserId } from "@imsdkbridge/client";
+import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 
 /** What can be done with the chosen messages; stands where the composer is. */
-export function SelectionBar({ cid }: { cid: UserId }): JSX.Element {
+export function SelectionBar({ cid }: { cid: IMUserID }): JSX.Element {
   const store = useStore();
   const { selection } = store;
   const count = selection.chosen.value.size;

@@ -1,0 +1,33 @@
+// A message of the link as the account sees it.
+#pragma once
+
+#include "imsdk/biz/message.h"
+#include "link/message.h"
+
+namespace imsdk::account {
+
+// A received message is unread, unless it was taken back. The body's tokens are as they crossed the
+// link.
+inline biz::IMMessage FromLink(const link::Message& from, const biz::IMUserID& self) {
+  const bool own = from.from == self;
+  biz::IMMessage message;
+  message.msgid = from.msgid;
+  message.msgtime = from.msgtime;
+  message.cid = from.cid;
+  message.fromid = from.from;
+  if (!from.cid.is_tribe()) message.toid = own ? from.cid.user : self;
+  message.msgtype = from.msgtype;
+  message.msgstatus = own ? biz::kMsgSent : biz::kMsgReceived;
+  message.msgbody = from.withdrawn ? std::wstring() : from.body;
+  message.svrtime = from.svrtime;
+  message.extinfo = from.ext;
+  if (from.withdrawn) {
+    message.msgstatus = biz::kMsgWithdrawn;
+    message.extinfo.others.clear();
+  }
+  if (from.withdrawn || (own && from.read)) message.readflag = biz::kMsgRead;
+  if (!own && from.read) message.extinfo.fixmsgread = 1;
+  return message;
+}
+
+}  // namespace imsdk::account

@@ -1,0 +1,22 @@
+// One logged-in account as its conversations use it.
+#pragma once
+
+#include <memory>
+
+#include "account/conversations/reporter.h"
+#include "account/conversations/roamer.h"
+#include "account/files/courier.h"
+#include "account/sending/outbox.h"
+#include "account/session/account_state.h"
+
+namespace imsdk::account {
+
+struct AccountParts {
+  std::shared_ptr<AccountState> state;
+  std::shared_ptr<Outbox> outbox;
+  std::shared_ptr<Roamer> roamer;
+  std::shared_ptr<Reporter> reporter;
+  std::shared_ptr<Courier> courier;
+};
+
+}  // namespace imsdk::account

@@ -1,0 +1,75 @@
+// What the parts of one logged-in account share.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "account/conversations/chat_state.h"
+#include "account/files/data_folder.h"
+#include "account/files/file_box.h"
+#include "account/sending/message_ids.h"
+#include "account/session/line.h"
+#include "account/session/worker_pool.h"
+#include "account/store/message_store.h"
+#include "imsdk/biz/chat_mgr.h"
+#include "link/server_link.h"
+#include "sqlite/group_commit.h"
+
+namespace imsdk::account {
+
+// How long the server may take, and how soon a lost link is tried again (the pause doubles with
+// each failure up to `longest_retry`).
+struct Timeouts {
+  std::chrono::milliseconds login{30'000};
+  std::chrono::milliseconds send{20'000};
+  std::chrono::milliseconds request{20'000};
+  std::chrono::milliseconds transfer{60'000};  // of a file, since the last byte crossed
+  std::chrono::milliseconds logout{5'000};
+  std::chrono::milliseconds first_retry{1'000};
+  std::chrono::milliseconds longest_retry{60'000};
+};
+
+// What all accounts of an engine share.
+struct Environment {
+  std::shared_ptr<link::ServerLink> link;
+  std::shared_ptr<MessageIds> ids;
+  DataFolder folder;
+  Timeouts timeouts;
+  std::string device;                            // the accounts' name for this installation
+  std::vector<std::filesystem::path> send_from;  // folders whose files may be sent
+};
+
+// Store, commit, line and the raising of events belong to the account's worker; the rest to any
+// thread.
+struct AccountState : std::enable_shared_from_this<AccountState> {
+  AccountState(std::shared_ptr<const Environment> env, const biz::IMUserID& user,
+               const Worker& worker);
+
+  const std::shared_ptr<const Environment> environment;
+  const biz::IMUserID self;
+  const std::shared_ptr<base::TaskRunner> runner;
+  std::atomic<bool> closed{false};  // logged out: operations fail from now on
+  std::atomic<bool> online{false};
+  bool ended = false;  // on the worker: the store is closed for good
+  MessageStore store;
+  sqlite::GroupCommit commit;
+  const std::shared_ptr<Line> line;
+  FileBox files;
+  const std::wstring files_in_tokens;  // the folder of the account's files as tokens write it
+  ChatState chat;
+  biz::IMSingleChatEvents events;
+  biz::IMTribeChatEvents tribe_events;
+  biz::IMVirtualChatEvents virtual_events;
+
+  // Raise the event of the message's kind of conversation.
+  void RaiseSent(const biz::IMMessage& message);
+  void RaiseStatus(const biz::IMMessage& message, std::int64_t svrtime,
+                   const biz::ResultCode& result);
+  void RaiseWithdrawn(const biz::IMMsgWithdraw& what);
+};
+
+}  // namespace imsdk::account

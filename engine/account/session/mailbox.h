@@ -1,0 +1,107 @@
+// What the server tells the account: kept in its store, then made known.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <variant>
+#include <vector>
+
+#include "account/session/account_state.h"
+#include "link/operations.h"
+
+namespace imsdk::account {
+
+// Used on the account's worker only.
+class Mailbox {
+ public:
+  // A message that is unread now.
+  using New = Arrived;
+  // A message that another device of the account sent.
+  struct Sent {
+    biz::IMMessage message;
+  };
+  // A message that nobody is told of.
+  struct Quiet {
+    biz::IMMessage message;
+  };
+  // A message of this device turns out to be in the server's archive.
+  struct Archived {
+    biz::IMMessage message;  // as it was before
+    std::int64_t svrtime = 0;
+  };
+  struct Withdrawn {
+    biz::IMMsgWithdraw what;
+    std::vector<NoLongerUnread> unread;  // itself, when it was
+  };
+  struct PeerRead {
+    biz::IMConversationID cid;
+    std::vector<biz::IMFlagMsgReaded> flags;
+  };
+  struct ReadElsewhere {
+    biz::IMConversationID cid;
+    std::vector<NoLongerUnread> messages;
+  };
+  // A conversation that is there now and has a history to be fetched, or a hole in it.
+  struct Wanting {
+    biz::IMConversationID cid;
+  };
+  using Happening =
+      std::variant<New, Sent, Quiet, Archived, Withdrawn, PeerRead, ReadElsewhere, Wanting>;
+  using Happenings = std::vector<Happening>;
+
+  // What others do about it.
+  struct Hooks {
+    std::function<void(const biz::IMMessage&, std::int64_t svrtime)> archived;
+    std::function<void(const biz::IMConversationID&)> wanting;
+  };
+
+  explicit Mailbox(AccountState& state) : state_(state) {}
+  void SetHooks(Hooks hooks) { hooks_ = std::move(hooks); }
+
+  // Writes a batch inside a transaction and returns what was new in it, in order. May throw
+  // `sqlite::Error`.
+  Happenings Store(const link::Batch& batch);
+  // Tells of what was stored.
+  void MakeKnown(const link::Batch& batch, Happenings happenings);
+
+  // The same for what a fetch from the server's history brought. Returns besides how many messages
+  // the store did not have.
+  Happenings StoreHistory(Walk& walk, const link::GetHistory& request, const link::History& history,
+                          std::int32_t* fresh);
+  void MakeKnown(Happenings happenings);
+
+  // A message of the server as pages see it, with what is only for the store.
+  Incoming FromServer(const link::Message& from) const;
+  // Keeps how to fetch its files, inside a transaction.
+  void KeepFiles(const link::Message& from);
+
+ private:
+  void Keep(const link::Batch& batch, const link::Message& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::Archived& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::Withdrawal& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::PeerRead& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::ReadElsewhere& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::Membership& from, Happenings& happenings);
+  // What a message that the account has already may tell besides.
+  void KeepNews(const link::Message& from, Happenings& happenings);
+
+  void Raise(const Sent& sent);
+  void Raise(const Quiet& quiet);
+  void Raise(const Archived& archived);
+  void Raise(const Withdrawn& withdrawn);
+  void Raise(const PeerRead& read);
+  void Raise(const ReadElsewhere& read);
+  void Raise(const Wanting& wanting);
+  // `news` are of one type of conversation.
+  void RaiseNew(std::vector<New> news, bool offline, bool more);
+  void Tell(Happenings happenings, bool offline, bool more);
+
+  AccountState& state_;
+  Hooks hooks_;
+  // The last event of offline messages said that more follow.
+  bool more_single_told_ = false;
+  bool more_tribe_told_ = false;
+};
+
+}  // namespace imsdk::account

@@ -1,0 +1,234 @@
+#include "account/store/message_search.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "account/conversations/page_limits.h"
+#include "account/files/file_tokens.h"
+#include "account/store/message_schema.h"
+#include "account/store/search_words.h"
+#include "kexbase/strings.h"
+
+namespace imsdk::account {
+
+namespace {
+
+constexpr std::int32_t kMostNumbered = 100;  // on a page that goes by number, which is never cut
+
+// Each word, each letter of an unparted script and each kind is a reader of the index of its own.
+constexpr std::size_t kMostLetters = 1024;  // of all keywords together
+constexpr std::size_t kMostTypes = 64;
+
+std::string InConversation(std::int64_t conversation) {
+  return "facets : \"c" + base::NumberToString(conversation) + '"';
+}
+
+std::string OfKinds(const ChatKinds& kinds) {
+  std::string expression;
+  for (const biz::IMCIDType kind : kinds) {
+    expression += expression.empty() ? "facets : (" : " OR ";
+    expression += "\"k" + base::NumberToString(static_cast<std::int32_t>(kind)) + '"';
+  }
+  return expression + ')';
+}
+
+// The index's expression for what a request looks for, then `where`; nothing when no message can
+// fit. A keyword stands in quotes, inside which only the quote itself means something.
+std::optional<std::string> Expression(const biz::IMSearchRequest& request,
+                                      const std::string& where) {
+  std::string expression;
+  for (const std::wstring& wide : request.keywords) {
+    const std::string keyword = base::WideToUTF8(wide);
+    const KeywordUnits has = UnitsOf(keyword);
+    if (has.count == 0) return std::nullopt;
+    expression += "body : \"";
+    for (const char letter : keyword) {
+      if (letter == '"') expression += '"';
+      expression += letter == '\0' ? ' ' : letter;
+    }
+    expression += has.ends_in_word ? "\" * AND " : "\" AND ";
+  }
+  if (!request.msgtypes.empty()) {
+    const char* before = "facets : (";
+    for (const std::int32_t type : request.msgtypes) {
+      const auto bits = static_cast<unsigned long long>(std::int64_t{type});
+      expression += before + base::StringPrintf("\"t%llx\"", bits);
+      before = " OR ";
+    }
+    expression += ") AND ";
+  }
+  return expression + where;
+}
+
+}  // namespace
+
+biz::ResultCode CheckSearch(const biz::IMSearchRequest& request) {
+  std::size_t letters = 0;
+  for (const std::wstring& keyword : request.keywords) letters += keyword.size();
+  if (letters <= kMostLetters && request.msgtypes.size() <= kMostTypes) return {};
+  return {biz::kEngineTooLarge, 0, L"the search asks for too much at once"};
+}
+
+MessageSearch::Visible MessageSearch::VisiblePart(std::int64_t conversation, bool ignore_boundary) {
+  Visible visible;
+  if (ignore_boundary) return visible;
+  const Part part = parts_.Current(conversation);
+  if (part.whole) return visible;
+  visible.part = part.number;
+  visible.range.first =
+      part.floor.is_end() ? visible.range.last : places_.LastBefore(part.floor) + 1;
+  return visible;
+}
+
+void MessageSearch::Walk(const std::string& expression, const Visible& visible, bool older,
+                         const std::function<bool(std::int64_t place)>& take) {
+  auto row = older ? store_.Use().Prepare(
+                         "SELECT rowid FROM search WHERE search MATCH ? "
+                         "AND rowid BETWEEN ? AND ? ORDER BY rowid DESC",
+                         expression, visible.range.first, visible.range.last)
+                   : store_.Use().Prepare(
+                         "SELECT rowid FROM search WHERE search MATCH ? "
+                         "AND rowid BETWEEN ? AND ? ORDER BY rowid",
+                         expression, visible.range.first, visible.range.last);
+  while (row.Step()) {
+    const std::int64_t place = row.Int64(0);
+    if (visible.part != kAllParts) {
+      auto inside = store_.Use().Prepare("SELECT 1 FROM messages WHERE place=? AND part=?", place,
+                                         visible.part);
+      if (!inside.Step()) continue;
+    }
+    if (!take(place)) return;
+  }
+}
+
+std::vector<biz::IMMessage> MessageSearch::Load(const std::vector<std::int64_t>& places,
+                                                std::size_t most_text) {
+  std::vector<biz::IMMessage> messages;
+  std::size_t text = 0;
+  for (const std::int64_t place : places) {
+    if (text > most_text) break;
+    auto row = store_.Use().Prepare(MESSAGE_QUERY "WHERE m.place=?", place);
+    if (!row.Step()) continue;
+    messages.push_back(ReadMessage(row, self_));
+    text += messages.back().msgbody.size();
+  }
+  return messages;
+}
+
+biz::IMSearchPage MessageSearch::Find(const std::string& expression, Visible visible,
+                                      const biz::IMSearchRequest& request) {
+  const std::int32_t count = CountOf(request.count, request.needpage ? kMostNumbered : kMostCount);
+  const Position at{request.msgtime, request.msgid};
+  bool older = true;
+  std::int64_t skip = 0;
+  biz::IMSearchPage page;
+  if (request.needpage) {
+    page.currentpage = std::max(request.page, 1);
+    skip = std::int64_t{page.currentpage - 1} * count;
+  } else {
+    older = request.gohistory || at.is_end();
+    visible.range.GoOnFrom(places_, at, older);
+  }
+  visible.range.Between(request.btime, request.etime);
+
+  std::int64_t found = 0;
+  std::vector<std::int64_t> places;
+  Walk(expression, visible, older, [&](std::int64_t place) {
+    if (found++ >= skip && places.size() < static_cast<std::size_t>(count)) {
+      places.push_back(place);
+    }
+    return request.needpage || places.size() < static_cast<std::size_t>(count);
+  });
+  if (request.needpage) {
+    page.totalcount = static_cast<std::int32_t>(found);
+    page.totalpage = static_cast<std::int32_t>((found + count - 1) / count);
+  }
+  page.msgs = Load(places, request.needpage ? std::numeric_limits<std::size_t>::max() : kMostText);
+  if (older) std::reverse(page.msgs.begin(), page.msgs.end());
+  return page;
+}
+
+biz::IMSearchPage MessageSearch::Search(const biz::IMConversationID& cid,
+                                        const biz::IMSearchRequest& request) {
+  const std::int64_t conversation = conversations_.Find(cid);
+  const auto expression = Expression(request, InConversation(conversation));
+  if (!expression) return {};
+  return Find(*expression, VisiblePart(conversation, request.ignoreboundary || request.needpage),
+              request);
+}
+
+biz::IMSearchPage MessageSearch::SearchAll(const ChatKinds& kinds,
+                                           const biz::IMSearchRequest& request) {
+  const auto expression = Expression(request, OfKinds(kinds));
+  if (!expression) return {};
+  return Find(*expression, {}, request);
+}
+
+std::vector<biz::IMConversationID> MessageSearch::Conversations(
+    const ChatKinds& kinds, const biz::IMSearchRequest& request) {
+  const auto expression = Expression(request, OfKinds(kinds));
+  if (!expression) return {};
+  PlaceRange range;
+  range.Between(request.btime, request.etime);
+  auto row = store_.Use().Prepare(
+      "SELECT " CONVERSATION_COLUMNS
+      " FROM "
+      "(SELECT m.conversation AS id, max(m.place) AS newest FROM search s "
+      "CROSS JOIN messages m ON m.place=s.rowid "
+      "WHERE s.search MATCH ? AND s.rowid BETWEEN ? AND ? GROUP BY m.conversation) f "
+      "JOIN conversations c ON c.id=f.id ORDER BY f.newest DESC",
+      *expression, range.first, range.last);
+  std::vector<biz::IMConversationID> found;
+  while (row.Step()) found.push_back(ReadConversation(row, 0));
+  return found;
+}
+
+std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const biz::IMConversationID& cid,
+                                                       const biz::IMPictureRequest& request) {
+  // The position's own message is read again: others of its pictures may lie beyond.
+  Position at{request.msgtime, 0};
+  std::int32_t index = 0;
+  const auto parted = request.pictureid.find(L'_');
+  const bool whole =
+      parted != request.pictureid.npos &&
+      base::StringToInt64(std::wstring_view(request.pictureid).substr(0, parted), &at.msgid) &&
+      base::StringToInt(std::wstring_view(request.pictureid).substr(parted + 1), &index);
+  const bool older = request.gohistory || at.is_end();
+  const std::int64_t conversation = conversations_.Find(cid);
+  Visible visible = VisiblePart(conversation, request.ignoreboundary);
+  PlaceRange& range = visible.range;
+  range.Between(request.btime, request.etime);
+  if (!at.is_end() && older) range.last = std::min(range.last, places_.FirstAfter(at) - 1);
+  if (!at.is_end() && !older) range.first = std::max(range.first, places_.LastBefore(at) + 1);
+
+  const auto count = static_cast<std::size_t>(CountOf(request.count));
+  std::vector<biz::IMMsgPicture> pictures;
+  const std::string expression = "facets : \"p\" AND " + InConversation(conversation);
+  Walk(expression, visible, older, [&](std::int64_t place) {
+    for (const biz::IMMessage& message : Load({place}, kMostText)) {
+      std::vector<biz::IMMsgPicture> inside;
+      for (const std::wstring_view path : PicturePaths(message.msgbody)) {
+        const auto number = static_cast<std::int32_t>(inside.size());
+        inside.push_back({base::NumberToWide(message.msgid) + L"_" + base::NumberToWide(number),
+                          std::wstring(path), message.msgid, number, message.msgtime,
+                          message.fromid, message.toid, message.extinfo.others});
+      }
+      if (whole && PositionOf(message) == at) {
+        std::erase_if(inside, [&](const biz::IMMsgPicture& picture) {
+          return older ? picture.index >= index : picture.index <= index;
+        });
+      }
+      if (older) std::reverse(inside.begin(), inside.end());
+      for (auto& picture : inside) {
+        if (pictures.size() < count) pictures.push_back(std::move(picture));
+      }
+    }
+    return pictures.size() < count;
+  });
+  if (older) std::reverse(pictures.begin(), pictures.end());
+  return pictures;
+}
+
+}  // namespace imsdk::account

@@ -1,0 +1,76 @@
+// Who asks the server for something, and what becomes of it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "embedded/streams.h"
+#include "imsdk/biz/conversation_id.h"
+#include "imsdk/biz/user_id.h"
+
+namespace imsdk::embedded {
+
+struct Caller {
+  biz::IMUserID user;
+  std::int64_t account = 0;
+  std::int64_t device = 0;
+};
+
+// Something new in a stream.
+struct News {
+  Stream stream;
+  std::int64_t position = 0;
+  std::int64_t device = 0;  // knows it already; 0 for none
+};
+
+// An account sees a tribe's streams from `position` on, or up to it.
+struct StayChange {
+  std::int64_t account = 0;
+  std::int64_t conversation = 0;
+  std::int64_t position = 0;
+  bool member = true;
+};
+
+// A typing state for the sessions that an account has now.
+struct Typing {
+  std::int64_t account = 0;
+  biz::IMConversationID cid;
+  std::int32_t status = 0;
+};
+
+// What sessions are to be told once the work is on the disk.
+struct Effects {
+  std::vector<StayChange> stays;
+  std::vector<News> news;
+  std::optional<Typing> typing;
+  // The answer waits until its session was sent all that is new, so that a message comes as new
+  // before it comes as history.
+  bool after_news = false;
+};
+
+// What a desk answers.
+template <class R>
+struct Outcome {
+  Outcome() = default;
+  Outcome(biz::ResultCode failure) : result(std::move(failure)) {}
+  Outcome(R good) : reply(std::move(good)) {}
+
+  biz::ResultCode result;
+  R reply{};
+  Effects effects;
+};
+
+inline biz::ResultCode Failure(biz::EngineCode code, std::wstring text) {
+  return {code, 0, std::move(text)};
+}
+inline biz::ResultCode UnknownUser() {
+  return Failure(biz::kEngineUnknownUser, L"there is no such user");
+}
+inline biz::ResultCode ServerStops() { return Failure(biz::kEngineNoLink, L"the server stops"); }
+inline biz::ResultCode NotAMember() {
+  return Failure(biz::kEngineRefused, L"the account is no member of this tribe");
+}
+
+}  // namespace imsdk::embedded

@@ -1,0 +1,102 @@
+// What happens to an account, as it crosses the link.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "imsdk/biz/conversation_id.h"
+#include "imsdk/biz/history.h"
+#include "imsdk/biz/message.h"
+#include "imsdk/biz/user_id.h"
+
+namespace imsdk::link {
+
+// Largest text of a message, in bytes of UTF-8. Both sides hold to it.
+inline constexpr std::size_t kMaxBodyBytes = 1024 * 1024;
+
+// A file whose content crosses the link by itself. Tokens in a message's body name it by `name`.
+struct File {
+  std::string name;        // its MD5 in lower-case hexadecimal digits, "." and its type when known
+  std::string address;     // the server's choice: what to fetch it by
+  std::uint64_t size = 0;  // in bytes
+
+  friend bool operator==(const File&, const File&) = default;
+};
+
+// A message as the account that gets or gives it sees it.
+struct Message {
+  biz::IMConversationID cid;
+  biz::IMUserID from;
+  std::int64_t msgid = 0;    // the sender's choice; unique and growing for one sender
+  std::int64_t msgtime = 0;  // by the sender's clock
+  // The sender's own message before this one in the conversation, 0 for none or not known: whoever
+  // lacks that one has a hole.
+  std::int64_t previous = 0;
+  std::int32_t msgtype = biz::kMsgText;
+  std::wstring body;
+  biz::IMMessageExt ext;
+  std::vector<File> files{};  // those that the body's tokens name
+
+  // What the server adds.
+  std::int64_t svrtime = 0;  // by the server's clock; 0 when it is not known yet
+  std::string place{};       // where the server's history has it; empty when not known yet
+  bool withdrawn = false;    // taken back; a server that erases leaves no text
+  bool read = false;         // its receiver has reported it read
+};
+
+// A message of this account is in the server's archive now, or its time and place came to be known.
+struct Archived {
+  biz::IMConversationID cid;
+  std::int64_t msgid = 0;
+  std::int64_t svrtime = 0;
+  std::string place{};
+};
+
+// A message was taken back by its sender.
+struct Withdrawal {
+  biz::IMConversationID cid;
+  biz::IMUserID from;
+  std::int64_t msgid = 0;
+  std::int64_t msgtime = 0;
+  std::int64_t svrtime = 0;  // of the message
+};
+
+// `reader` has reported messages of this account read.
+struct PeerRead {
+  biz::IMConversationID cid;
+  biz::IMUserID reader;
+  std::vector<std::int64_t> msgids;
+};
+
+// Another device of this account has read the conversation up to and with this place.
+struct ReadElsewhere {
+  biz::IMConversationID cid;
+  biz::IMMsgPosition upto;
+};
+
+// The account is a member of a tribe from now on, or is none any more. What of the tribe's history
+// it may see is fetched, as far as the server gives it.
+struct Membership {
+  biz::IMTribeID tribe;
+  bool member = true;
+};
+
+using Entry = std::variant<Message, Archived, Withdrawal, PeerRead, ReadElsewhere, Membership>;
+
+// Some of what happened, in the order of the server. Nothing can be told from one batch about
+// another: a server may repeat entries, overlap batches, and send older entries late. The account
+// recognises a message by conversation, sender and msgid, a hole by `Message::previous`.
+struct Batch {
+  std::vector<Entry> entries;
+  // Where to go on after a break, for `Connect`: opaque, kept by the account in the transaction
+  // that stores the entries. The link chooses it so that nothing is missed; what came before may
+  // come again after it.
+  std::string position;
+  bool offline = false;  // the server had them before the session began
+  bool more = false;     // more such entries follow
+};
+
+}  // namespace imsdk::link

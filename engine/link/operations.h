@@ -1,0 +1,148 @@
+// What an account can ask its server for: one type per operation, which names the type of its
+// reply. A new operation is its type here and its place in `Request`.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "imsdk/biz/history.h"
+#include "link/message.h"
+
+namespace imsdk::link {
+
+struct Nothing {};
+
+// How far a delivery has come.
+enum class Step {
+  kTaken,     // the server has it and may still lose it; `Archived` follows when it cannot any more
+  kArchived,  // it is on the server's disk and will be delivered
+};
+struct Delivered {
+  Step step = Step::kArchived;
+  std::int64_t svrtime = 0;  // 0, and an empty place: not known yet, `Archived` tells
+  std::string place{};
+};
+
+// Hands a message over. One that the server knows by sender and msgid is good again; a server that
+// does not recognise it delivers it again, and receivers do.
+struct Deliver {
+  using Reply = Delivered;
+  Message message;  // what the server adds is empty
+};
+
+// Takes back a message of this account. Everybody concerned hears of it, this device too. Again is
+// good again. `kEngineNotFound` for an unknown message; a server may refuse by rules of its own.
+struct Withdraw {
+  using Reply = Nothing;
+  biz::IMConversationID cid;
+  std::int64_t msgid = 0;
+};
+
+// Tells the senders that these messages of the conversation were read. Those that were reported
+// before and unknown ones are passed over.
+struct ReportRead {
+  using Reply = Nothing;
+  biz::IMConversationID cid;
+  std::vector<std::int64_t> msgids;
+};
+
+// Tells the account's other devices that the conversation is read up to and with a place.
+struct MarkRead {
+  using Reply = Nothing;
+  biz::IMConversationID cid;
+  biz::IMMsgPosition upto;
+};
+
+// Passes the account's typing state on to the sessions that the peer has now.
+struct SendTyping {
+  using Reply = Nothing;
+  biz::IMConversationID cid;
+  std::int32_t status = biz::kInputStopped;
+};
+
+// Which part of a conversation to hand out, in the server's own order. It starts behind `place`,
+// which is not part of it; without a place at `time` by the server's clock; without both at the
+// newest end.
+struct GetHistory {
+  using Reply = struct History;
+  biz::IMConversationID cid;
+  std::string place{};
+  std::int64_t time = 0;
+  bool older = true;       // from there towards older messages; at the newest end always
+  std::int64_t btime = 0;  // by the server's clock from here on
+  std::int64_t etime = 0;  // up to and with this; 0: to the end
+  std::int32_t count = 0;  // at most this many; the server has a limit of its own
+};
+
+// Oldest first. `kEngineRefused` while the account's roaming is off.
+struct History {
+  std::vector<Message> msgs;
+  // Where the next part in the same direction starts; empty when there is nothing further. A part
+  // may be empty and yet not the last one.
+  std::string next{};
+};
+
+struct GetRoaming {
+  using Reply = biz::IMRoamStatus;
+};
+
+// Switching on sets the open time to now.
+struct SetRoaming {
+  using Reply = Nothing;
+  std::int32_t status = biz::kRoamingOff;
+};
+
+// How many of a file's bytes have crossed. Any thread; must not wait.
+using Progress = std::function<void(std::uint64_t bytes)>;
+
+// Brings a local file's content to the server, in the way the server chooses: whole, in pieces, or
+// going on where an earlier attempt ended. The server may know the content by its digest already.
+struct Upload {
+  using Reply = struct Uploaded;
+  std::filesystem::path from;
+  File file;  // without an address
+  Progress progress{};
+};
+struct Uploaded {
+  std::string address;
+};
+
+// Fetches a file's content into a local file that the asker names, which is made or overwritten. A
+// failure may leave a part of it. The digest is the asker's to check.
+struct Download {
+  using Reply = Nothing;
+  File file;
+  std::filesystem::path to;
+  Progress progress{};
+};
+
+// Renames a tribe. `kEngineRefused` for everybody but its owner.
+struct SetTribeName {
+  using Reply = Nothing;
+  biz::IMTribeID tribe;
+  std::wstring name;
+};
+
+// Ends the session for good. Its listener hears nothing further.
+struct Logout {
+  using Reply = Nothing;
+};
+
+// An operation with the way its reply takes.
+template <class Operation>
+struct Asked {
+  using Reply = typename Operation::Reply;
+  Operation operation;
+  std::function<void(const biz::ResultCode&, const Reply&)> done;
+};
+
+using Request =
+    std::variant<Asked<Deliver>, Asked<Withdraw>, Asked<ReportRead>, Asked<MarkRead>,
+                 Asked<SendTyping>, Asked<GetHistory>, Asked<GetRoaming>, Asked<SetRoaming>,
+                 Asked<Upload>, Asked<Download>, Asked<SetTribeName>, Asked<Logout>>;
+
+}  // namespace imsdk::link

@@ -1,0 +1,69 @@
+// One page: its bridge object on one side, its frames on the other.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "bridge/page_handler.h"
+#include "client/chat_windows.h"
+#include "client/translation.h"
+#include "kexcore/logger.h"
+#include "page/backend.h"
+
+namespace imsdk::host {
+
+// Takes the frames meant for the page, on the view's thread.
+using FrameSink = std::function<void(std::string frame)>;
+
+// The page handler of one view. Everything but counting runs on the view's task runner. The bridge
+// may hold the page longer than the view does; after `Close` it does nothing.
+class Page final : public bridge::IPageHandler {
+ public:
+  // `translation` may be null.
+  Page(RefPtr<ns_log::ILogger> log, RefPtr<ChatWindows> windows, RefPtr<Translation> translation,
+       FrameSink sink);
+
+  // Says hello and binds a fresh bridge to `runner`. `account` may be empty. False when there is no
+  // bridge to be had; the page is then closed.
+  bool Open(Backend& backend, std::shared_ptr<base::TaskRunner> runner, biz::IMUserID account);
+  // One frame of the page. What is not an invocation is refused; the page stays.
+  void OnFrame(std::string_view utf8);
+  // Refuses a frame: traced, and told to the page.
+  void Refuse(std::string_view reason);
+  // Unbinds and releases the bridge and forgets the page's windows. Safe to call twice. Not from
+  // inside a call of the bridge.
+  void Close();
+
+  // UTF-8; empty before `Open`.
+  const std::string& browser_id() const { return browser_id_utf8_; }
+
+  void AddRef() override { count_.Add(); }
+  void Release() override {
+    if (count_.Release() == 0) delete this;
+  }
+  void DeliverAnswer(const std::wstring& page, const std::wstring& seq, bool failed,
+                     const std::wstring& payload) override;
+  void Reserved() override {}
+  void Notify(const std::wstring& event, const std::wstring& json) override;
+
+ private:
+  ~Page() = default;
+
+  // Keeps an event that is meant for the host. False when it is one for the page; `*problem` tells
+  // when its JSON was not of the agreed form.
+  bool KeepHostEvent(const std::wstring& event, const std::wstring& json, bool* problem);
+
+  ThreadSafeRefPolicy count_;
+  RefPtr<ns_log::ILogger> log_;
+  RefPtr<ChatWindows> windows_;
+  RefPtr<Translation> translation_;
+  FrameSink sink_;  // empty once closed
+  std::wstring browser_id_;
+  std::string browser_id_utf8_;
+  biz::IMUserID account_;
+  RefPtr<bridge::IIMSDKBridge> bridge_;
+};
+
+}  // namespace imsdk::host

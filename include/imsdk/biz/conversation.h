@@ -1,0 +1,115 @@
+// One conversation of an account: with a user, with a tribe, or virtual.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "imsdk/biz/callback.h"
+#include "imsdk/biz/conversation_id.h"
+#include "imsdk/biz/history.h"
+#include "imsdk/biz/message.h"
+#include "kexcom/ref_counted.h"
+
+namespace imsdk::biz {
+
+// The items of a message, held once however many conversations it goes to.
+using IMBody = std::shared_ptr<const std::vector<IMBodyItem>>;
+
+// A message to send. An empty pointer is an empty body.
+struct IMSendRequest {
+  IMBody body;
+  bool autosend = false;   // sent by the client itself, not typed by its user
+  bool autoreply = false;  // an automatic reply
+  // The message that is forwarded, 0 for none. Its kind is `forward_msgtype`; with an empty body
+  // the body and kind of the account's stored message are sent.
+  std::int64_t forward_msgid = 0;
+  std::int32_t forward_msgtype = kMsgText;
+};
+
+struct IMResendRequest {
+  std::int64_t msgid = 0;
+  bool at_once = false;  // does not wait for the pause of a lost link: it is tried again now
+};
+
+struct IMShieldRequest {
+  bool setignore = false;
+};
+
+// A note of the client.
+struct IMNote {
+  std::wstring text;
+};
+
+// Counted, any thread. What the kind of a conversation cannot do is refused with `kEngineRefused`:
+// a virtual one has no peer to send to, to roam from or to report to; a tribe has no typing state
+// and no automatic replies to shield. What the account's server cannot do is refused with
+// `kEngineUnsupported`.
+class IIMConversation : public IKexCOMRefCounted {
+ public:
+  virtual const IMConversationID& GetCID() const = 0;
+
+  // The new messages: those received and not yet read, as far as the cache holds them. Reads only;
+  // answered at once. `outofcache` tells that unread messages were dropped from the bounded cache,
+  // or that the cache held fewer than `count`.
+  virtual void GetNewMsg(const IMPageRequest& request, IMCallback<IMMessagePage> done) = 0;
+  // The new messages that came while the account was not logged in. Reads only.
+  virtual void GetOfflineMsg(const IMNothing& request, IMCallback<IMMessagePage> done) = 0;
+  // Marks every message received so far as read, in the cache at once and in the store. The
+  // account's other devices follow. Nobody else is told; `SetFlagsPeerMsgReaded` does that.
+  virtual void SetMsgRead(const IMNothing& request, IMCallback<> done) = 0;
+  // Answered at once.
+  virtual void GetUnreadCount(const IMNothing& request, IMCallback<IMCount> done) = 0;
+  // The newest received message up to which everything is read; none when nothing was.
+  virtual void GetReadedBoundary(const IMNothing& request, IMCallback<IMMsgPosition> done) = 0;
+
+  // A page of the account's own store. The store is complete from its boundary on; older messages
+  // in it may have gaps between them. A page stops at the boundary, unless `ignoreboundary`; with
+  // `autoroam` what is missing is fetched from the server first, and a failure of that is the
+  // answer only when the store has nothing for the page.
+  virtual void GetLocalHisMsg(const IMPageRequest& request, IMCallback<IMMessagePage> done) = 0;
+  // A page of the server's store. With `autoroam` the account's store keeps it.
+  virtual void GetRemoteHisMsg(const IMPageRequest& request, IMCallback<IMMessagePage> done) = 0;
+  // Fetches messages from the server into the store.
+  virtual void RoamMsg(const IMRoamRequest& request, IMCallback<IMRoamed> done) = 0;
+  // Forgets how far the conversation is complete, so that it is roamed anew.
+  virtual void ClearRoamedTime(const IMNothing& request, IMCallback<> done) = 0;
+  // The message `msgid`, or `kEngineNotFound`.
+  virtual void SearchMsgByID(const IMMsgRequest& request, IMCallback<IMMessagePage> done) = 0;
+  virtual void SearchMsg(const IMSearchRequest& request, IMCallback<IMSearchPage> done) = 0;
+  virtual void GetMsgPicture(const IMPictureRequest& request, IMCallback<IMPictures> done) = 0;
+  // Removes messages from the account's store, on this device only and for good: roaming does not
+  // bring them back. Unknown identifiers are passed over; answers the number removed.
+  virtual void DeleteLocalMsg(const IMDeleteRequest& request, IMCallback<IMCount> done) = 0;
+
+  // Sends a message; answered at once. Good: it was taken, is or will be in the store,
+  // `on_send_new_msg` has been or will be raised with it, and `on_send_msg_status` follows once;
+  // once more, and good, when a message that was given up turns out to be in the server's archive.
+  // A negative code refuses: nothing was stored.
+  virtual void SendMsg(const IMSendRequest& request, IMCallback<> done) = 0;
+  // Sends a stored message again, only one that failed. Answers as `SendMsg`. Resending never
+  // delivers twice: the server knows the message by its sender and identifier.
+  virtual void ReSendMsg(const IMResendRequest& request, IMCallback<> done) = 0;
+  // Takes back a message of this account. The server refuses with `kEngineRefused` by rules of its
+  // own, for instance when the message is too old, and with `kEngineNotFound` when it does not know
+  // it.
+  virtual void WithdrawMsg(const IMWithdrawRequest& request, IMCallback<> done) = 0;
+  // The flags of the account's own messages; of its newest 200 when none are named. Unknown
+  // identifiers are passed over.
+  virtual void GetFlagsMyMsgReaded(const IMMsgsRequest& request, IMCallback<IMReadFlags> done) = 0;
+  // Tells the peer that these messages of it were read; all that are read and were not reported
+  // when none are named. Changes no unread count.
+  virtual void SetFlagsPeerMsgReaded(const IMMsgsRequest& request, IMCallback<> done) = 0;
+  // Automatic replies of the peer are stored as read and not announced while `setignore` is set.
+  // Lasts over restarts.
+  virtual void ShieldAutoReply(const IMShieldRequest& request, IMCallback<> done) = 0;
+  // Adds a note of the client to the conversation, on this device only: a read message from the
+  // peer with `syschatmsg` set. `on_receive_new_msg` is raised with it.
+  virtual void AddSysMsg(const IMNote& request, IMCallback<> done) = 0;
+
+ protected:
+  ~IIMConversation() = default;
+};
+
+}  // namespace imsdk::biz

@@ -1,0 +1,63 @@
+// A messaging server inside the process, for hosts that have no other. Included by the host only.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "imsdk/biz/user_id.h"
+#include "kexbase/file_path.h"
+
+namespace imsdk {
+
+namespace link {
+class ServerLink;
+}
+
+struct EmbeddedServerOptions {
+  base::FilePath data;  // the server keeps its own in `server` below it; made when missing
+  std::int64_t token_life_ms = 14LL * 24 * 3600 * 1000;
+  std::int64_t withdraw_limit_ms = 2LL * 60 * 1000;  // how long a message may be taken back
+};
+
+// What a virtual user sends.
+enum class VirtualKind : std::int32_t { kSystem = 1, kSubscription = 2 };
+
+// A new tribe.
+struct NewTribe {
+  biz::IMTribeID id;  // 0 lets the server choose
+  std::wstring name;
+  biz::IMUserID owner;
+  std::vector<biz::IMUserID> members;  // besides the owner
+};
+
+// The running server. Its functions wait for the disk; they are not for the threads of its links'
+// callbacks. Any thread otherwise. Destroying it ends every session; links that are still held
+// answer nothing.
+class EmbeddedServer {
+ public:
+  virtual ~EmbeddedServer() = default;
+  // The way to it, for `EngineOptions`.
+  virtual std::shared_ptr<link::ServerLink> Link() = 0;
+
+  virtual bool HasAccounts() = 0;
+  // False when the account exists or a part is empty.
+  virtual bool CreateAccount(const biz::IMUserID& user, const std::wstring& password) = 0;
+  // A fresh login token, for a host that answers for its own user. Empty for an unknown account.
+  virtual std::wstring IssueToken(const biz::IMUserID& user) = 0;
+  // Sends a text from the virtual user `from`, who is made when it is new, to an account. False
+  // when `from` is an account or a virtual user of the other kind, `to` is no account, the text is
+  // empty or over the server's size limit, or the server's store fails.
+  virtual bool Publish(VirtualKind kind, const biz::IMUserID& from, const biz::IMUserID& to,
+                       const std::wstring& body) = 0;
+  // Makes a tribe. 0 when the identifier is taken, the owner or a member is no account, or the
+  // server's store fails.
+  virtual biz::IMTribeID CreateTribe(const NewTribe& tribe) = 0;
+};
+
+// Opens or makes the server's store. Null when that fails; `*error` then says why, UTF-8.
+std::unique_ptr<EmbeddedServer> StartEmbeddedServer(const EmbeddedServerOptions& options,
+                                                    std::string* error);
+
+}  // namespace imsdk

@@ -1,0 +1,148 @@
+// Sending.
+#include <algorithm>
+#include <utility>
+
+#include "imsdk/client/emotion_list.h"
+#include "imsdk/client/picture_editor.h"
+#include "kexbase/base64.h"
+#include "kexcore/kexcom.h"
+#include "source/bridge/bridgeconversation.h"
+#include "source/bridge/emotiontext.h"
+#include "source/bridge/jsparams/idtext.h"
+
+namespace imsdk::bridge {
+namespace {
+
+using ns_log::CTraceProxy;
+
+// The engine's form of a body item. Content that is no Base64 is left out, and traced.
+biz::IMBodyItem ToEngine(const BodyItem& item, const CallBase& call) {
+  biz::IMBodyItem made{item.type, item.jvale, item.value, item.filepath, {}};
+  if (!base::Base64Decode(base::WideToUTF8(item.filecontent), &made.filecontent)) {
+    CTraceProxy(ns_log::kWarning, call.site(), L"json")
+        .Brief("_brief_,it->filecontent", item.filecontent);
+    made.filecontent.clear();
+  }
+  return made;
+}
+
+biz::IMBody ToEngine(const std::vector<BodyItem>& items, const CallBase& call) {
+  std::vector<biz::IMBodyItem> body;
+  body.reserve(items.size());
+  for (const BodyItem& item : items) body.push_back(ToEngine(item, call));
+  return std::make_shared<const std::vector<biz::IMBodyItem>>(std::move(body));
+}
+
+// The engine's callback of a send.
+biz::IMCallback<> AnswerSend(Call<> call) {
+  return [call = std::move(call)](const biz::ResultCode& result) { call.FinishSend(result.code); };
+}
+
+// Sends that are answered together, with the first refusal in their order.
+class Sends {
+ public:
+  Sends(std::size_t count, Call<> call)
+      : call_(std::move(call)), open_(count), statuses_(count, 0) {}
+
+  // Any thread.
+  void Answer(std::size_t index, std::int32_t status) {
+    {
+      base::AutoLock hold(lock_);
+      statuses_[index] = status;
+      if (--open_ != 0) return;
+    }
+    const auto refused = std::find_if(statuses_.begin(), statuses_.end(),
+                                      [](std::int32_t status_of) { return status_of < 0; });
+    call_.FinishSend(refused == statuses_.end() ? 0 : *refused);
+  }
+
+ private:
+  const Call<> call_;
+  base::Lock lock_;
+  std::size_t open_;
+  std::vector<std::int32_t> statuses_;
+};
+
+// Sends one message to each of `cids`. One refusal does not keep the message from the others.
+void SendToEach(biz::IIMChatMgr& mgr, const std::vector<biz::IMConversationID>& cids,
+                const biz::IMSendRequest& message, Call<> call) {
+  if (cids.empty()) return call.FinishSend(E_INVALIDARG);
+  const auto sends = std::make_shared<Sends>(cids.size(), std::move(call));
+  for (std::size_t i = 0; i < cids.size(); ++i) {
+    const RefPtr<biz::IIMConversation> chat = mgr.GetConversation(cids[i]);
+    if (!chat) {
+      sends->Answer(i, E_UNEXPECTED);
+      continue;
+    }
+    chat->SendMsg(message,
+                  [sends, i](const biz::ResultCode& result) { sends->Answer(i, result.code); });
+  }
+}
+
+}  // namespace
+
+void CBridgeConversation::Send(const In<SendMsgRequest>& request, bool autoreply, Chat chat,
+                               Call<> call) {
+  chat->SendMsg({.body = ToEngine(request.msgbody, call),
+                 .autosend = request.autosend,
+                 .autoreply = autoreply},
+                AnswerSend(call));
+}
+
+void CBridgeConversation::SendBroadcastMsg(const BroadcastMsgRequest& request, ChatMgr mgr,
+                                           Call<> call) {
+  SendToEach(*mgr, request.cids, {.body = ToEngine(request.msgbody, call)}, call);
+}
+
+void CBridgeConversation::ForwardChatMsg(const ForwardMsgRequest& request, ChatMgr mgr,
+                                         Call<> call) {
+  SendToEach(*mgr, request.cids,
+             {.body = ToEngine(request.msgbody, call),
+              .forward_msgid = request.msgid,
+              .forward_msgtype = request.msgtype},
+             call);
+}
+
+void CBridgeConversation::ReSend(const biz::IMResendRequest& request, Chat chat, Call<> call) {
+  chat->ReSendMsg(request, AnswerSend(std::move(call)));
+}
+
+void CBridgeConversation::EditPic2SendMsg(const EditPicRequest& request, ChatMgr mgr, Call<> call) {
+  const auto refuse = [](const CallBase& refused, std::int32_t code, const wchar_t* text) {
+    CTraceProxy(ns_log::kError, refused.site(), text);
+    refused.Fail(code, text);
+  };
+  if (request.filepath.empty()) return refuse(call, E_INVALIDARG, L"invalid filepath");
+  for (const biz::IMConversationID& cid : request.cids) {
+    if (mgr->GetConversation(cid)) continue;
+    CTraceProxy(ns_log::kError, call.site(), L"IsInvalid cid")
+        .Brief("_brief_,cid", ConversationText(cid));
+    return call.Fail(E_INVALIDARG, L"IsInvalid cid");
+  }
+  if (request.cids.empty()) return call.FinishSend(E_INVALIDARG);
+  CTraceProxy(ns_log::kRoutine, call.site(), L"EditImage")
+      .Brief("_brief_,vecCIDs", Joined(request.cids, ConversationText));
+  const auto editor = kexcore::GetService<client::IPictureEditorService>();
+  if (!editor) return refuse(call, E_UNEXPECTED, L"EditImage failed!");
+  editor->EditImage(
+      request.filepath, request.fileMD5,
+      [refuse, mgr, cids = request.cids, call](const biz::ResultCode& result,
+                                               const base::FilePath& edited) {
+        if (!result.ok()) return refuse(call, result.code, L"EditImage failed!");
+        const biz::IMBodyItem picture{biz::kMsgPicture, {}, {}, edited, {}};
+        SendToEach(*mgr, cids,
+                   {.body = std::make_shared<const std::vector<biz::IMBodyItem>>(1, picture)},
+                   call);
+      });
+}
+
+void CBridgeConversation::ConvertMsgText2Emotion(const EmotionText& request,
+                                                 Call<EmotionText> call) {
+  EmotionText converted = request;
+  if (const auto service = kexcore::GetService<client::IEmotionListService>()) {
+    converted.value = TextToEmotion(request.value, service->GetEmotions());
+  }
+  call.Succeed(converted);
+}
+
+}  // namespace imsdk::bridge

@@ -1,0 +1,293 @@
+// Made from the tables of the library by ./dev generate; not edited by hand.
+import type {
+  IMMsgStatus,
+  IMMsgType,
+  IMReadFlag,
+  IMRoaming,
+  InputStatus,
+} from "./values.ts";
+
+/** No keys. */
+export type Empty = Record<never, never>;
+
+export interface ChatWindowState {
+  /** The conversation. */
+  cid: IMUserID;
+  /** 1: the person can see the conversation. */
+  visible: number;
+  /** 1: its window has the person's attention. */
+  activated: number;
+  /** Whose window it is; missing: the account of the page. */
+  account?: IMUserID;
+}
+
+export interface DynamicMsgAnswer {
+  /** The present content, a JSON text. */
+  content: string;
+}
+
+export interface EmotionText {
+  /** Kind of the item. */
+  type: IMMsgType;
+  /** The text; in the answer with emotions as tokens. */
+  value: string;
+  /** Extra JSON text, carried as it stands. */
+  jvale: string;
+}
+
+export interface IMConversationID {
+  /** The application that the user belongs to. */
+  appkey: string;
+  /** The user's name there. */
+  nick: string;
+}
+
+export interface IMCount {
+  /** The number of messages. */
+  count: number;
+}
+
+export interface IMFlagMsgReaded {
+  /** The conversation. */
+  cid: IMConversationID;
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime: string;
+  /** Whether the peer has read it. */
+  readflag: IMReadFlag;
+}
+
+export interface IMLoginGrant {
+  /** Who is logged in. */
+  userid: IMUserID;
+  /** Logs in again without the password. */
+  token: string;
+  /** End of the token's life, milliseconds. */
+  expires: string;
+}
+
+export interface IMMessage {
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime: string;
+  /** The conversation. */
+  cid: IMConversationID;
+  /** The sender. */
+  fromid: IMUserID;
+  /** The receiver. */
+  toid: IMUserID;
+  /** Kind of the message. */
+  msgtype: IMMsgType;
+  /** State of the message. */
+  msgstatus: IMMsgStatus;
+  /** Text, with pictures, files and emotions as tokens. */
+  msgbody: string;
+  /** Time of the message by the server's clock, 0 if not known. */
+  svrtime: string;
+  /** Whether it was read. */
+  readflag: IMReadFlag;
+  /** Extra information. */
+  extinfo: IMMessageExt;
+}
+
+export interface IMMessageExt {
+  /** Free data carried with the message. */
+  others: string;
+  /** 1: the read state is fixed, it is not reported again. */
+  fixmsgread: number;
+  /** 1: an automatic reply. */
+  autochatmsg: number;
+  /** 1: a note of the client. */
+  syschatmsg: number;
+}
+
+export interface IMMessagePage {
+  /** 1: nothing further there, or messages were dropped. */
+  outofcache: number;
+  /** The messages, oldest first. */
+  msgs: IMMessage[];
+}
+
+export interface IMMsgPicture {
+  /** Identifier of the picture in its conversation. */
+  pictureid: string;
+  /** The file's path as in the message's token. */
+  url: string;
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** Place among the pictures of the message, from 0. */
+  index: number;
+  /** Time of the message by its sender's clock, milliseconds. */
+  mgstime: string;
+  /** The sender. */
+  fromid: IMUserID;
+  /** The receiver. */
+  toid: IMUserID;
+  /** Free data carried with the message. */
+  extInfo: string;
+}
+
+export interface IMMsgPosition {
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime: string;
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+}
+
+export interface IMMsgWithdraw {
+  /** The conversation. */
+  cid: IMConversationID;
+  /** The sender. */
+  fromid: IMUserID;
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime: string;
+  /** Time of the message by the server's clock, 0 if not known. */
+  svrtime: string;
+}
+
+export interface IMPictures {
+  /** The pictures, oldest first. */
+  pictures: IMMsgPicture[];
+}
+
+export interface IMReadFlags {
+  /** Messages and their flags. */
+  items: IMFlagMsgReaded[];
+}
+
+export interface IMRoamStatus {
+  /** No history from before this time, milliseconds. */
+  opentime: string;
+  /** Whether history is roamed. */
+  roamstatus: IMRoaming;
+}
+
+export interface IMRoamed {
+  /** The number of messages that came. */
+  roamedcount: number;
+  /** Of them those that the store did not have. */
+  affectcount: number;
+}
+
+export interface IMTribeClass {
+  /** Number of the class. */
+  index: number;
+  /** Its name. */
+  name: string;
+}
+
+export interface IMTribeClasses {
+  /** The classes that a tribe can have. */
+  classlist: IMTribeClass[];
+}
+
+export interface IMUnreadCount {
+  /** The conversation. */
+  cid: IMConversationID;
+  /** The number of its unread messages. */
+  count: number;
+}
+
+export interface IMUnreads {
+  /** Unread counts by conversation. */
+  unreads: IMUnreadCount[];
+}
+
+export interface IMUserID {
+  /** The application that the user belongs to. */
+  appkey: string;
+  /** The user's name there. */
+  nick: string;
+}
+
+export interface IMUserRequest {
+  /** The account. */
+  userid: IMUserID;
+}
+
+export interface MsgsNotify {
+  /** The messages, oldest first. */
+  msgs: IMMessage[];
+}
+
+export interface PeerInputNotify {
+  /** The typing state; over after some seconds. */
+  value: InputStatus;
+  /** The peer. */
+  cid: IMUserID;
+}
+
+export interface ResultCode {
+  /** 0 or more for success, a negative code for a failure. */
+  code: number;
+  /** A code that tells more of a failure. */
+  subcode: number;
+  /** "success", "failed", or a text for the page's developer. */
+  result: string;
+}
+
+export interface SearchAnswer {
+  /** The conversation, named by the user it is held with. */
+  cid: IMConversationID;
+  /** A message fits when it contains every one of these. */
+  keywords: string[];
+  /** Kinds of message that fit; all when empty. */
+  msgtypes: IMMsgType[];
+  /** Number of this page; 0 by position. */
+  currentpage: number;
+  /** Number of pages; 0 by position. */
+  totalpage: number;
+  /** Number of messages that fit; 0 by position. */
+  totalcount: number;
+  /** The messages, oldest first. */
+  msgs: IMMessage[];
+}
+
+export interface SearchCidAnswer {
+  /** Kinds of message that fit; all when empty. */
+  msgtypes: IMMsgType[];
+  /** The conversations. */
+  cids: IMConversationID[];
+}
+
+export interface SendMsgStatusNotify {
+  /** 0 when the message was sent, else why not. */
+  code: number;
+  /** A code that tells more of a failure. */
+  subcode: number;
+  /** Kind of the message. */
+  msgtype: IMMsgType;
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** Time of the message by the server's clock, 0 if not known. */
+  svrtime: string;
+  /** "success", "failed", or why it failed. */
+  result: string;
+}
+
+export interface TranslateMsg {
+  /** The message. */
+  msgid: string;
+  /** Its text; in the answer the translated one. */
+  msgcontent: string;
+}
+
+export interface TranslateSetting {
+  /** 1: messages are translated. */
+  enable: number;
+}
+
+export interface WithdrawNotify {
+  /** 0 or more for success, a negative code for a failure. */
+  code: number;
+  /** A code that tells more of a failure. */
+  subcode: number;
+  /** "success", "failed", or a text for the page's developer. */
+  result: string;
+  /** The messages taken back. */
+  withdraws: IMMsgWithdraw[];
+}

@@ -1,0 +1,250 @@
+// Made from the tables of the library by ./dev generate; not edited by hand.
+import type {
+  IMConversationID,
+  IMUserID,
+} from "./records.ts";
+import type {
+  IMMsgType,
+  IMRoaming,
+} from "./values.ts";
+
+export interface BodyItem {
+  /** Kind of the item. */
+  type?: IMMsgType;
+  /** Extra JSON text, carried as it stands. */
+  jvale?: string;
+  /** The text or token. */
+  value?: string;
+  /** The content of a file, Base64, where it comes along. */
+  filecontent?: string;
+  /** The path of a local file, where one is meant. */
+  filepath?: string;
+}
+
+export interface BroadcastMsgRequest {
+  /** The conversations. */
+  cids?: IMConversationID[];
+  /** What to send, in the order in which it is shown. */
+  msgbody?: BodyItem[];
+}
+
+export interface DynamicMsgRequest {
+  /** The business that the content belongs to. */
+  bizType?: string;
+  /** The content's identifier there. */
+  bizUuid?: string;
+}
+
+export interface EditPicRequest {
+  /** The conversations. */
+  cids?: IMConversationID[];
+  /** The digest that the page knows the picture by. */
+  fileMD5?: string;
+  /** The path of the picture. */
+  filepath?: string;
+}
+
+export interface EmotionTextRequest {
+  /** Kind of the item. */
+  type?: IMMsgType;
+  /** The text; in the answer with emotions as tokens. */
+  value?: string;
+  /** Extra JSON text, carried as it stands. */
+  jvale?: string;
+}
+
+export interface ForwardMsgRequest {
+  /** The conversations. */
+  cids?: IMConversationID[];
+  /** What to send, in the order in which it is shown. */
+  msgbody?: BodyItem[];
+  /** Kind of the forwarded message. */
+  msgtype?: IMMsgType;
+  /** The forwarded message. */
+  msgid?: string;
+}
+
+export interface IMConversations {
+  /** The conversations. */
+  cids?: IMConversationID[];
+}
+
+export interface IMDeleteRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** Identifiers of messages. */
+  msgids?: string[];
+  /** 1: all messages of the conversation. */
+  all?: number;
+}
+
+export interface IMMaxCacheRequest {
+  /** At most this many new messages are kept in memory. */
+  maxmsgcount?: number;
+}
+
+export interface IMMsgRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** Identifier of the message, unique for its sender. */
+  msgid?: string;
+}
+
+export interface IMMsgsRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** Identifiers of messages. */
+  msgids?: string[];
+}
+
+export interface IMPageRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** Position where the page starts: time; empty for the newest. */
+  msgtime?: string;
+  /** Position where the page starts: message; empty for the newest. */
+  msgid?: string;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+  /** 1: towards older messages. */
+  gohistory?: number;
+  /** 1: goes on behind the point from which on the store is complete. */
+  ignoreboundary?: number;
+  /** 1: fetches from the server what the store lacks. */
+  autoroam?: number;
+}
+
+export interface IMPasswordLogin {
+  /** Who logs in. */
+  userid?: IMUserID;
+  /** The password. */
+  password?: string;
+}
+
+export interface IMPictureRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+  /** Position where the page starts: time; empty for the newest. */
+  msgtime?: string;
+  /** Position where the page starts: picture. */
+  pictureid?: string;
+  /** 1: goes on behind the point from which on the store is complete. */
+  ignoreboundary?: number;
+  /** 1: towards older messages. */
+  gohistory?: number;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+}
+
+export interface IMRoamRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+  /** 1: goes on until the range is fetched, whatever "count". */
+  autoroam?: number;
+}
+
+export interface IMSearchRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** A message fits when it contains every one of these. */
+  keywords?: string[];
+  /** Kinds of message that fit; all when empty. */
+  msgtypes?: IMMsgType[];
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+  /** Position where the page starts: time; empty for the newest. */
+  msgtime?: string;
+  /** Position where the page starts: message; empty for the newest. */
+  msgid?: string;
+  /** 1: towards older messages. */
+  gohistory?: number;
+  /** 1: goes on behind the point from which on the store is complete. */
+  ignoreboundary?: number;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+  /** 1: by page number, with totals, not by position. */
+  needpage?: number;
+  /** Number of the page from 1, the newest messages on the first. */
+  page?: number;
+}
+
+export interface IMSetRoamRequest {
+  /** Whether history is roamed. */
+  roamstatus?: IMRoaming;
+}
+
+export interface IMShieldRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** 1: the peer's automatic replies are ignored. */
+  setignore?: number;
+}
+
+export interface IMTokenLogin {
+  /** Who logs in. */
+  userid?: IMUserID;
+  /** A token of a login. */
+  token?: string;
+}
+
+export interface IMTribeText {
+  /** The tribe. */
+  tribeid?: string;
+  /** The text. */
+  str?: string;
+}
+
+export interface IMWithdrawRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** Identifier of the message, unique for its sender. */
+  msgid?: string;
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime?: string;
+  /** Time of the message by the server's clock, 0 if not known. */
+  svrtime?: string;
+}
+
+export interface InConversation {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+}
+
+export interface SearchCidRequest {
+  /** A message fits when it contains every one of these. */
+  keywords?: string[];
+  /** Kinds of message that fit; all when empty. */
+  msgtypes?: IMMsgType[];
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+}
+
+export interface SendMsgRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** 1: sent by the client, not typed by its user. */
+  autosend?: number;
+  /** What to send, in the order in which it is shown. */
+  msgbody?: BodyItem[];
+}
+
+export interface TranslateMsgRequest {
+  /** The message. */
+  msgid?: string;
+  /** Its text; in the answer the translated one. */
+  msgcontent?: string;
+}

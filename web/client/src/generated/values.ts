@@ -1,0 +1,101 @@
+// Made from the tables of the library by ./dev generate; not edited by hand.
+
+export const ComponentCode = {
+  /** The module does not have the method. */
+  E_NOTIMPL: -2147467263,
+  /** Something is not ready, for instance nobody is logged in. */
+  E_UNEXPECTED: -2147418113,
+  /** The request cannot be used. */
+  E_INVALIDARG: -2147024809,
+} as const;
+export type ComponentCode = (typeof ComponentCode)[keyof typeof ComponentCode];
+
+export const EngineCode = {
+  /** Success. */
+  kEngineOk: 0,
+  /** The account is not logged in. */
+  kEngineNotLoggedIn: -1,
+  /** There is no such user. */
+  kEngineUnknownUser: -2,
+  /** The password is wrong. */
+  kEngineWrongPassword: -3,
+  /** The token is unknown or too old. */
+  kEngineTokenExpired: -4,
+  /** The server could not be reached. */
+  kEngineNoLink: -5,
+  /** The server did not answer in time. */
+  kEngineTimeout: -6,
+  /** The message or request is over the size limit. */
+  kEngineTooLarge: -7,
+  /** There is nothing to send. */
+  kEngineEmpty: -8,
+  /** There is no such message or conversation. */
+  kEngineNotFound: -9,
+  /** The local or the server's store failed. */
+  kEngineStorage: -10,
+  /** The server refuses: it is not allowed now. */
+  kEngineRefused: -11,
+  /** Too many operations of this account are open. */
+  kEngineBusy: -12,
+  /** The account's server cannot do this. */
+  kEngineUnsupported: -13,
+  /** The server does not know any more how far the account had read. */
+  kEnginePositionLost: -14,
+} as const;
+export type EngineCode = (typeof EngineCode)[keyof typeof EngineCode];
+
+export const IMMsgStatus = {
+  /** On its way. */
+  kMsgSending: 0,
+  /** It is in the server's archive. */
+  kMsgSent: 1,
+  /** It was not sent and may be sent again. */
+  kMsgFailed: 2,
+  /** A message from somebody else. */
+  kMsgReceived: 3,
+  /** Its sender took it back; the body is empty. */
+  kMsgWithdrawn: 4,
+} as const;
+export type IMMsgStatus = (typeof IMMsgStatus)[keyof typeof IMMsgStatus];
+
+export const IMMsgType = {
+  /** Text, with pictures and emotions as tokens. */
+  kMsgText: 0,
+  /** A picture. */
+  kMsgPicture: 1,
+  /** An audio recording. */
+  kMsgAudio: 2,
+  /** A file. */
+  kMsgFile: 3,
+  /** An emotion. */
+  kMsgEmotion: 4,
+  /** A window shake, without text. */
+  kMsgShake: 5,
+  /** The sender's typing state; never stored. */
+  kMsgInputStatus: 6,
+} as const;
+export type IMMsgType = (typeof IMMsgType)[keyof typeof IMMsgType];
+
+export const IMReadFlag = {
+  /** Not read yet. */
+  kMsgUnread: 0,
+  /** Read; of an own message, that the peer reported so. */
+  kMsgRead: 1,
+} as const;
+export type IMReadFlag = (typeof IMReadFlag)[keyof typeof IMReadFlag];
+
+export const IMRoaming = {
+  /** The server does not hand out history. */
+  kRoamingOff: 0,
+  /** The server hands out history. */
+  kRoamingOn: 1,
+} as const;
+export type IMRoaming = (typeof IMRoaming)[keyof typeof IMRoaming];
+
+export const InputStatus = {
+  /** The peer does not type. */
+  kInputStopped: 0,
+  /** The peer types. */
+  kInputTyping: 1,
+} as const;
+export type InputStatus = (typeof InputStatus)[keyof typeof InputStatus];
