@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import type { Browser } from "playwright-core";
 import { channelPage, type Answer } from "./channel_page.ts";
-import { describe, resolved, type Method } from "./frames.ts";
+import { describe, resolved, type Method, type Schema } from "./frames.ts";
 import { Host } from "./host.ts";
 import { launch } from "./pages.ts";
 
@@ -48,17 +48,31 @@ function badRequests({ params }: Method): Bad[] {
     { head: '"', repeat: "x", count: 1e6, tail: '"', readable: record.type !== "array" },
     { head: "x", repeat: "x", count: 1e6, readable: false },
     { head: "", repeat: "[", count: 200, readable: false },
+    { head: nested(200), readable: true },
+    { head: nested(201), readable: false },
   ];
-  for (const [key, schema] of Object.entries(record.properties ?? {})) {
-    const type = resolved(schema, description).type ?? "";
-    for (const value of values) {
-      if (right[type]?.includes(value)) continue;
-      bad.push({ head: `{"${key}":${value}}`, readable: true });
-    }
-    const deep = { head: `{"${key}":${"[".repeat(200)}`, tail: `${"]".repeat(200)}}` };
-    bad.push({ ...deep, readable: true });
+  for (const json of wrongTypes(record)) bad.push({ head: json, readable: true });
+  for (const key of Object.keys(record.properties ?? {})) {
+    bad.push({ head: `{"${key}":${nested(199)}}`, readable: true });
   }
   return bad;
+}
+
+function nested(levels: number): string {
+  return "[".repeat(levels) + "]".repeat(levels);
+}
+
+/** Objects with one value of a wrong type each, at every key of a record and of those inside it. */
+function wrongTypes(record: Schema): string[] {
+  return Object.entries(record.properties ?? {}).flatMap(([key, of]) => {
+    const schema = resolved(of, description);
+    const type = schema.type ?? "";
+    const wrong = values.filter((value) => !right[type]?.includes(value));
+    const inside = schema.items
+      ? wrongTypes(resolved(schema.items, description)).map((json) => `[${json}]`)
+      : wrongTypes(schema);
+    return [...wrong, ...inside].map((json) => `{"${key}":${json}}`);
+  });
 }
 
 test("every method answers every bad request once, in the envelope", async () => {

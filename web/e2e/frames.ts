@@ -2,7 +2,7 @@
 import { execFileSync } from "node:child_process";
 import Ajv, { type ValidateFunction } from "ajv";
 
-interface Schema {
+export interface Schema {
   $ref?: string;
   type?: string;
   properties?: Record<string, Schema>;
