@@ -78,9 +78,13 @@ TEST_P(TribeTest, SentReadWithdrawnByTheSameCode) {
   EXPECT_TRUE(Unreads(Chats(kHarbor)).empty());
 
   // Read here, read on the other device.
-  Eventually([&] { return Unread(Chat(kMariner, kTribe, second.accounts())) == 1; }, "there too");
+  const auto there = [&](std::int32_t unread) {
+    const auto chat = Chat(kMariner, kTribe, second.accounts());
+    return chat && Unread(chat) == unread;
+  };
+  Eventually([&] { return there(1); }, "there too");
   EXPECT_TRUE(Done([&](auto done) { theirs->SetMsgRead({}, done); }).ok());
-  Eventually([&] { return Unread(Chat(kMariner, kTribe, second.accounts())) == 0; }, "follows");
+  Eventually([&] { return there(0); }, "follows");
 
   const std::int64_t msgid = in.msgid;
   EXPECT_EQ(Done([&](auto done) { theirs->WithdrawMsg({msgid}, done); }).code, biz::kEngineNotFound)
