@@ -31,6 +31,8 @@ struct JSONReader {
   // The value, or nothing; `error` then says why, if it is not null. Any thread; never throws but
   // for lack of memory.
   static std::optional<Value> Read(std::string_view utf8, JSONError* error = nullptr);
+  // The same of a text that is not needed any more: what `Read` takes for a copy of it is saved.
+  static std::optional<Value> ReadInPlace(std::string utf8, JSONError* error = nullptr);
 };
 
 }  // namespace base

@@ -39,6 +39,8 @@ std::wstring GBKToWide(std::string_view gbk);
 // The length of `wide` in UTF-16 code units, whatever the platform's wide text is. This is the unit
 // in which the protocol's limits are counted.
 size_t Utf16Length(std::wstring_view wide);
+// The number of bytes that `WideToUTF8` makes of `wide`.
+size_t Utf8Length(std::wstring_view wide);
 
 // Decimal text to a number. True only if the whole text is one number: digits, for the signed types
 // after an optional "-"; no other sign, no white space. On failure, overflow included, *out is 0.

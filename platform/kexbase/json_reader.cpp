@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "kexbase/utf.h"
 #include "kexbase/value_builder.h"
@@ -59,31 +60,37 @@ std::nullopt_t Fail(size_t offset, const char* message, JSONError* error) {
 }  // namespace
 
 std::optional<Value> JSONReader::Read(std::string_view utf8, JSONError* error) {
-  // Lengths are 32-bit in the parser.
-  if (utf8.size() >= std::numeric_limits<rapidjson::SizeType>::max()) {
-    return Fail(0, "The text is too long.", error);
-  }
-  const size_t valid = internal::ValidUTF8Prefix(utf8);
-  if (valid != utf8.size()) return Fail(valid, "Invalid UTF-8.", error);
-  // The parser takes a zero byte for the end of the text.
-  const size_t zero = utf8.find('\0');
-  if (zero != std::string_view::npos) return Fail(zero, "Invalid character.", error);
-
-  // Strings are unescaped in place, in a copy.
   std::string text;
   text.reserve(utf8.size() + kReadAhead);
-  text.append(utf8).append(kReadAhead, '\0');
+  return ReadInPlace(std::move(text.append(utf8)), error);
+}
+
+std::optional<Value> JSONReader::ReadInPlace(std::string text, JSONError* error) {
+  // Lengths are 32-bit in the parser.
+  if (text.size() >= std::numeric_limits<rapidjson::SizeType>::max()) {
+    return Fail(0, "The text is too long.", error);
+  }
+  const size_t valid = internal::ValidUTF8Prefix(text);
+  if (valid != text.size()) return Fail(valid, "Invalid UTF-8.", error);
+  // The parser takes a zero byte for the end of the text.
+  const size_t zero = text.find('\0');
+  if (zero != std::string::npos) return Fail(zero, "Invalid character.", error);
+
+  text.append(kReadAhead, '\0');
   ReplaceLoneSurrogates(&text);
   rapidjson::InsituStringStream stream(text.data());
   rapidjson::Reader reader;
   internal::ValueBuilder builder(kMaxDepth);
+  // Numbers are made by the builder: the parser's exact way has undefined steps (of "0.0", too).
   constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag |
-                              rapidjson::kParseFullPrecisionFlag;
+                              rapidjson::kParseNumbersAsStringsFlag;
   const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
   if (result) return builder.TakeRoot();
-  const bool too_deep = result.Code() == rapidjson::kParseErrorTermination;
-  return Fail(result.Offset(),
-              too_deep ? "Nested too deep." : rapidjson::GetParseError_En(result.Code()), error);
+  auto code = result.Code();
+  if (builder.number_too_big()) code = rapidjson::kParseErrorNumberTooBig;
+  const bool too_deep = code == rapidjson::kParseErrorTermination;
+  return Fail(result.Offset(), too_deep ? "Nested too deep." : rapidjson::GetParseError_En(code),
+              error);
 }
 
 }  // namespace base

@@ -172,6 +172,24 @@ std::wstring SysUTF8ToWide(std::string_view utf8) { return UTF8ToWide(utf8); }
 
 std::string SysWideToUTF8(std::wstring_view wide) { return WideToUTF8(wide); }
 
+size_t Utf8Length(std::wstring_view wide) {
+  using namespace internal;
+  using Unit = std::make_unsigned_t<wchar_t>;
+  size_t length = 0;
+  char bytes[4];
+  const wchar_t* p = wide.data();
+  const wchar_t* const end = p + wide.size();
+  while (p != end) {
+    if (static_cast<Unit>(*p) < 0x80) {
+      ++length;
+      ++p;
+    } else {
+      length += PutUTF8(OrReplacement(NextWide(&p, end)), bytes);
+    }
+  }
+  return length;
+}
+
 size_t Utf16Length(std::wstring_view wide) {
   if constexpr (sizeof(wchar_t) == 2) return wide.size();
   const auto needs_two = [](wchar_t unit) {

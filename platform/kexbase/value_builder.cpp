@@ -1,7 +1,10 @@
 #include "kexbase/value_builder.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
+#include <optional>
+#include <string_view>
 
 namespace base::internal {
 
@@ -49,7 +52,41 @@ void ResolveDuplicates(std::vector<Entry>* entries) {
   entries->resize(kept);
 }
 
+template <class Number>
+std::optional<Number> NumberOf(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+// Whether a number that no double holds is too small for one, not too large. It is not zero.
+bool IsTiny(std::string_view text) {
+  const size_t mark = text.find_first_of("eE");
+  const std::string_view digits = text.substr(0, mark);
+  const auto point = static_cast<int64_t>(std::min(digits.find('.'), digits.size()));
+  const auto first = static_cast<int64_t>(digits.find_first_of("123456789"));
+  if (mark == std::string_view::npos) return first > point;
+  std::string_view exponent = text.substr(mark + 1);
+  if (exponent.front() == '+') exponent.remove_prefix(1);
+  // One beyond any integer is longer than the digits could outweigh.
+  const auto power = NumberOf<int64_t>(exponent);
+  return power ? point - first + *power < 0 : exponent.front() == '-';
+}
+
 }  // namespace
+
+bool ValueBuilder::RawNumber(const char* characters, unsigned length, bool) {
+  const std::string_view text(characters, length);
+  if (text.find_first_of(".eE") == std::string_view::npos) {
+    if (const auto number = NumberOf<int64_t>(text)) return Add(*number);
+    if (const auto number = NumberOf<uint64_t>(text)) return Add(*number);
+  }
+  if (const auto number = NumberOf<double>(text)) return Add(*number);
+  if (IsTiny(text)) return Add(text.front() == '-' ? -0.0 : 0.0);
+  number_too_big_ = true;
+  return false;
+}
 
 bool ValueBuilder::EndObject(unsigned count) {
   const auto first = stack_.end() - static_cast<ptrdiff_t>(count);

@@ -19,14 +19,18 @@ class ValueBuilder {
   // The finished value, after the parser's last event.
   Value TakeRoot() { return std::move(stack_.front().value); }
 
+  // Why an event returned false: a number beyond a double; else the nesting.
+  bool number_too_big() const { return number_too_big_; }
+
   bool Null() { return Add(Value()); }
   bool Bool(bool value) { return Add(value); }
-  bool Int(int value) { return Add(value); }
-  bool Uint(unsigned value) { return Add(value); }
-  bool Int64(int64_t value) { return Add(value); }
-  bool Uint64(uint64_t value) { return Add(value); }
-  bool Double(double value) { return Add(value); }
-  bool RawNumber(const char*, unsigned, bool) { return false; }  // the parser was not asked for it
+  // The parser hands every number over as it is written.
+  bool RawNumber(const char* text, unsigned length, bool);
+  bool Int(int) { return false; }
+  bool Uint(unsigned) { return false; }
+  bool Int64(int64_t) { return false; }
+  bool Uint64(uint64_t) { return false; }
+  bool Double(double) { return false; }
   bool String(const char* text, unsigned length, bool) {
     return Add(std::string_view(text, length));
   }
@@ -70,6 +74,7 @@ class ValueBuilder {
   std::vector<DictionaryValue::Entry> stack_;
   std::vector<bool> opened_after_key_;  // for each open object and array
   bool after_key_ = false;
+  bool number_too_big_ = false;
   const size_t max_depth_;
 };
 

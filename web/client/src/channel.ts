@@ -5,7 +5,8 @@ import { decodeFrame, type HostFrame } from "./frames.ts";
  *
  * - `connecting`: the first attempt is under way.
  * - `open`: calls go through.
- * - `reconnecting`: the connection was lost or never came about; attempts go on by themselves.
+ * - `reconnecting`: the connection was lost or never came about; attempts go on by themselves. The
+ *   reason, if there is one, is what the host said.
  * - `refused`: the host refuses this page; nothing is tried until `reconnect()`.
  * - `closed`: closed by the page.
  */
@@ -19,6 +20,8 @@ export interface Channel {
   send(frame: string): void;
   /** Drops the connection and stays down until `start`. Reports nothing. */
   stop(): void;
+  /** Where the page finds a file of a message; undefined when the channel cannot tell. */
+  fileUrl?(path: string): string;
   /** Bytes that were sent and that the network has not taken yet. */
   readonly unsentBytes: number;
 }

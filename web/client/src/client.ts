@@ -38,7 +38,7 @@ export interface ClientOptions {
   onProblem: (error: unknown) => void;
 }
 
-/** Told about each change of the connection; `reason` is set when the host refuses the page. */
+/** Told about each change of the connection; `reason` is what the host says of it, if anything. */
 export type StateHandler = (state: ConnectionState, reason: string) => void;
 
 export interface BridgeClient extends ModuleFaces {}
@@ -89,7 +89,7 @@ export class BridgeClient implements Calls {
     return this.#state;
   }
 
-  /** Why the host refuses this page; empty unless the state is `refused`. */
+  /** Why the host refuses this page, or cannot take it now; empty when it said nothing. */
   get reason(): string {
     return this.#reason;
   }
@@ -116,6 +116,15 @@ export class BridgeClient implements Calls {
   on(event: string, handler: (payload: Record<string, unknown>, path: string) => void): () => void;
   on(event: string, handler: (payload: never, path: never) => void): () => void {
     return this.#subscriptions.add(event, handler);
+  }
+
+  /**
+   * Address of a file that a message or an answer names ("files/…", "emotions/…"), for `src` and
+   * `href`; a file that is still on the server is fetched when the address is asked for. A channel
+   * without addresses gives the path itself.
+   */
+  fileUrl(path: string): string {
+    return this.#channel.fileUrl?.(path) ?? path;
   }
 
   /** Calls `handler` at each change of the connection; the returned function ends that. */

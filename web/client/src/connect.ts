@@ -10,9 +10,12 @@ export interface ConnectOptions {
    * `token`, `account`, `connectTimeout`, `backoff`, `WebSocket` and `fetch` belong.
    */
   channel?: OpenChannel;
-  /** Address of the channel (`ws:` or `wss:`). Default: `/channel` on the page's own host. */
+  /**
+   * Address of the channel, or the whole address that bridgehost printed when it started. Default:
+   * `/channel` on the page's own host.
+   */
   url?: string;
-  /** The host's token. Default: `token` of the page's own address. */
+  /** The host's token. Default: `token` in `url`, else in the page's own address. */
   token?: string;
   /** Account that the host logs in by itself; without one the page logs in. */
   account?: string;
@@ -49,17 +52,16 @@ export function connect(options: ConnectOptions = {}): BridgeClient {
 
 function socketChannelOf(options: ConnectOptions): OpenChannel {
   const page = globalThis.location as Location | undefined;
-  const token = options.token ?? new URLSearchParams(page?.search).get("token") ?? "";
   const url = new URL(options.url ?? "/channel", page?.href);
+  if (url.pathname === "/") url.pathname = "/channel";
+  const ownToken = () => new URLSearchParams(page?.search).get("token");
+  const token = options.token ?? url.searchParams.get("token") ?? ownToken() ?? "";
   url.protocol = url.protocol.replace("http", "ws");
-  const health = new URL("/health", url);
-  health.protocol = url.protocol.replace("ws", "http");
   url.searchParams.set("token", token);
-  health.searchParams.set("token", token);
   if (options.account) url.searchParams.set("account", options.account);
   return socketChannel({
     channelUrl: url.href,
-    healthUrl: health.href,
+    token,
     helloTimeout: options.connectTimeout ?? 10_000,
     backoff: { first: 250, longest: 8_000, ...options.backoff },
     WebSocket: options.WebSocket ?? WebSocket,

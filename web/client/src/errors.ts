@@ -1,3 +1,5 @@
+import { EngineCode } from "./generated/values.ts";
+
 /** Result codes that the client itself uses or recognises, as the signed 32-bit numbers on the wire. */
 export const FailureCode = {
   /** The module does not have what was asked for. */
@@ -17,6 +19,29 @@ export const FailureCode = {
   /** The host refused this page. */
   accessDenied: 0x80070005 | 0,
 } as const;
+
+/** The words for codes that come without a text of their own, for instance of a refused send. */
+const wordsByCode: Readonly<Record<number, string>> = {
+  [EngineCode.kEngineNotLoggedIn]: "nobody is logged in",
+  [EngineCode.kEngineNoLink]: "the server cannot be reached",
+  [EngineCode.kEngineTimeout]: "the server did not answer in time",
+  [EngineCode.kEngineTooLarge]: "the message is too large",
+  [EngineCode.kEngineEmpty]: "the message is empty",
+  [EngineCode.kEngineNotFound]: "there is no such message or conversation",
+  [EngineCode.kEngineStorage]: "the message could not be stored",
+  [EngineCode.kEngineRefused]: "the server does not allow it",
+  [EngineCode.kEngineBusy]: "too much is under way for this account",
+  [EngineCode.kEngineUnsupported]: "the server cannot do that",
+  [FailureCode.notImplemented]: "this host cannot do that",
+  [FailureCode.unexpected]: "there is no such conversation, or nobody is logged in",
+  [FailureCode.invalidArgument]: "the request lacks something, or holds what cannot be used",
+};
+
+/** What a failed answer says, or what its code means when it says no more than that it failed. */
+export function failureText(code: number, result: unknown): string {
+  if (typeof result === "string" && result && result !== "failed") return result;
+  return wordsByCode[code] ?? "failed";
+}
 
 /**
  * Why a call was rejected.
@@ -43,7 +68,7 @@ export class BridgeError extends Error {
     readonly code: number,
     /** Sub-code of the host, 0 when the client raised the error itself. */
     readonly subcode: number,
-    /** Text for people: the host's "result", or the client's own words. */
+    /** Text for people: the host's "result", or the client's words where that is just "failed". */
     readonly text: string,
     /** The call that failed, as "path method"; empty when no single call did. */
     readonly call = "",

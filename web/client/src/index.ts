@@ -6,6 +6,7 @@ export { connect, type ConnectOptions } from "./connect.ts";
 export { BridgeClient, type Calls, type StateHandler } from "./client.ts";
 export { BridgeError, FailureCode, type BridgeErrorKind } from "./errors.ts";
 export type { Channel, ChannelListener, ConnectionState, OpenChannel } from "./channel.ts";
+export { readBody, unescaped, writeBody, type BodyPart } from "./message_body.ts";
 export { objectChannel, type HostObject } from "./object_channel.ts";
 export type { CallOptions } from "./pending_calls.ts";
 export type { ModuleFace, ModuleFaces, RoutingPath } from "./modules.ts";

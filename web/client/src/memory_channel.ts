@@ -27,6 +27,8 @@ export interface MemoryHost {
   readonly channel: OpenChannel;
   /** What the page called, oldest first; events that it raised too, under "im.event_notify". */
   readonly calls: { path: string; method: string; request: unknown }[];
+  /** Goes away without answering what is open, and is back at once. */
+  restart(): void;
   /** Sends a notification to the page. */
   notify<E extends keyof Notifications>(event: E, ...what: Notifications[E]): void;
 }
@@ -36,16 +38,19 @@ export function memoryHost(script: Script): MemoryHost {
   const calls: MemoryHost["calls"] = [];
   const answers = script as Record<string, Record<string, (request: never) => object>>;
   let toPage: ((frame: string) => void) | undefined;
+  let endPage: (() => void) | undefined;
   const send = (frame: object) => toPage?.(JSON.stringify(frame));
 
+  const hello = () => send({ kind: "hello", browserId: "memory" });
   const answer = (path: string, method: string, request: unknown): object | undefined => {
     if (path.startsWith("im.event_")) return {};
     return answers[path]?.[method]?.(request as never);
   };
   const host = {
-    open(receive: (frame: string) => void): void {
+    open(receive: (frame: string) => void, gone: () => void): void {
       toPage = receive;
-      queueMicrotask(() => send({ kind: "hello", browserId: "memory" }));
+      endPage = gone;
+      queueMicrotask(hello);
     },
     send(text: string): void {
       const { method: route, args } = JSON.parse(text) as { method: string; args: string[] };
@@ -60,12 +65,16 @@ export function memoryHost(script: Script): MemoryHost {
       queueMicrotask(() => send(frame));
     },
     close(): void {
-      toPage = undefined;
+      toPage = endPage = undefined;
     },
   };
   return {
     channel: (listener: ChannelListener) => objectChannel(host)(listener),
     calls,
+    restart() {
+      endPage?.();
+      queueMicrotask(hello);
+    },
     notify: (event, ...[payload, path]) =>
       send({ kind: "notify", event, payload: JSON.stringify(payload), path }),
   };

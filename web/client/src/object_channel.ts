@@ -6,8 +6,12 @@ import { receive, type Channel, type ChannelListener, type OpenChannel } from ".
  * sends invocations.
  */
 export interface HostObject {
-  /** Begins: the host calls `receive` with each of its frames, in order, until `close`. */
-  open(receive: (frame: string) => void): void;
+  /**
+   * Begins: the host calls `receive` with each of its frames, in order, until `close`, and `gone`
+   * when it cannot go on: what the page had asked fails at once, and what it asks from then on waits
+   * for another hello.
+   */
+  open(receive: (frame: string) => void, gone: () => void): void;
   /** Takes one frame of the page. */
   send(frame: string): void;
   /** Ends what `open` began. */
@@ -25,6 +29,7 @@ class ObjectChannel implements Channel {
   readonly #listener: ChannelListener;
   #opened = 0;
   #live = false;
+  #up = false;
 
   constructor(host: HostObject, listener: ChannelListener) {
     this.#host = host;
@@ -36,10 +41,15 @@ class ObjectChannel implements Channel {
     this.#live = true;
     const opened = ++this.#opened;
     this.#listener.state(opened === 1 ? "connecting" : "reconnecting", "");
-    this.#host.open((frame) => {
-      if (!this.#live || opened !== this.#opened) return;
-      receive(frame, this.#listener, (browserId) => this.#listener.up(browserId));
-    });
+    const isCurrent = () => this.#live && opened === this.#opened;
+    this.#host.open(
+      (frame) => {
+        if (isCurrent()) receive(frame, this.#listener, (browserId) => this.#hello(browserId));
+      },
+      () => {
+        if (isCurrent()) this.#gone();
+      },
+    );
   }
 
   send(frame: string): void {
@@ -48,7 +58,20 @@ class ObjectChannel implements Channel {
 
   stop(): void {
     if (!this.#live) return;
-    this.#live = false;
+    this.#live = this.#up = false;
     this.#host.close();
+  }
+
+  /** A hello to a page that was greeted before comes from a host that was away meanwhile. */
+  #hello(browserId: string): void {
+    this.#gone();
+    this.#up = true;
+    this.#listener.up(browserId);
+  }
+
+  #gone(): void {
+    if (!this.#up) return;
+    this.#up = false;
+    this.#listener.down();
   }
 }

@@ -1,4 +1,4 @@
-import { BridgeError, FailureCode, type BridgeErrorKind } from "./errors.ts";
+import { BridgeError, failureText, FailureCode, type BridgeErrorKind } from "./errors.ts";
 import { parseObject } from "./frames.ts";
 import type { ResultCode } from "./generated/records.ts";
 
@@ -40,8 +40,10 @@ export class PendingCalls {
     const seq = `${this.#prefix}-${(++this.#counter).toString(36)}`;
     const answer = new Promise<ResultCode>((resolve, reject) => {
       const { timeout, signal } = options;
-      const late = () =>
-        this.#fail(seq, "timeout", FailureCode.timeout, `no answer within ${timeout} ms`);
+      const late = () => {
+        const what = this.#calls.get(seq)?.waiting ? "connection" : "answer";
+        this.#fail(seq, "timeout", FailureCode.timeout, `no ${what} within ${timeout} ms`);
+      };
       const timer = setTimeout(late, Math.min(timeout, longestTimer));
       const abort = () => this.#fail(seq, "aborted", FailureCode.aborted, "given up by the caller");
       const done = () => {
@@ -111,7 +113,7 @@ function failure(body: Record<string, unknown> | undefined, label: string): Brid
     return new BridgeError("failed", FailureCode.failed, 0, text, label);
   }
   const number = (key: string) => (typeof body[key] === "number" ? (body[key] as number) : 0);
-  const text = typeof body["result"] === "string" && body["result"] ? body["result"] : "failed";
+  const text = failureText(number("code"), body["result"]);
   return new BridgeError("failed", number("code"), number("subcode"), text, label);
 }
 

@@ -5,14 +5,26 @@ import { receive, type Channel, type ChannelListener, type OpenChannel } from ".
 export interface SocketOptions {
   /** Full address of the channel, with its query. */
   channelUrl: string;
-  /** Where a refused page can ask for the reason, with its query. */
-  healthUrl: string;
+  /** The token, for what is not the channel. */
+  token: string;
   backoff: BackoffOptions;
   /** Milliseconds an attempt may take from start to the host's hello. */
   helloTimeout: number;
   WebSocket: typeof WebSocket;
   fetch: typeof fetch;
 }
+
+/** What a host says of a connection that did not come about. */
+interface Refusal {
+  /** Whether there is no sense in trying again. */
+  final: boolean;
+  reason: string;
+}
+
+const unknown: Refusal = { final: false, reason: "" };
+
+/** What the host answers to a page that it would let in. */
+const upgradeRequired = 426;
 
 /** The channel over a WebSocket: `bridgehost`'s, and the one that `connect` uses by itself. */
 export function socketChannel(options: SocketOptions): OpenChannel {
@@ -46,6 +58,15 @@ class SocketChannel implements Channel {
 
   get unsentBytes(): number {
     return this.#socket?.bufferedAmount ?? 0;
+  }
+
+  fileUrl(path: string): string {
+    const { channelUrl, token } = this.#options;
+    const url = new URL(channelUrl.replace(/^ws/, "http"));
+    const picture = /^emotions\/[\w-]+\.\w+$/.test(path);
+    url.pathname = picture ? path : "/file";
+    url.search = picture ? "" : `${new URLSearchParams({ path, token })}`;
+    return url.href;
   }
 
   stop(): void {
@@ -86,33 +107,37 @@ class SocketChannel implements Channel {
     clearTimeout(this.#timer);
     this.#up = false;
     if (wasUp) this.#listener.down();
-    if (this.#socket === gone) this.#listener.state("reconnecting", "");
+    const first = wasUp || this.#attempt === 0;
+    if (first && this.#socket === gone) this.#listener.state("reconnecting", "");
     // A browser hides why an upgrade was refused, so the reason is asked for separately.
-    const reason = wasUp ? "" : await this.#askReason();
+    const { final, reason } = wasUp ? unknown : await this.#askReason();
     if (this.#socket !== gone) return;
     this.#socket = undefined;
-    if (reason) {
-      this.#listener.state("refused", reason);
-      return;
-    }
+    this.#listener.state(final ? "refused" : "reconnecting", reason);
+    if (final || this.#socket) return;
     const delay = backoffDelay(this.#attempt++, this.#options.backoff);
     this.#timer = setTimeout(() => this.#connect(), delay);
   }
 
-  /** Why the host refuses this page; empty when it does not, or cannot be asked. */
-  async #askReason(): Promise<string> {
+  /** Why there is no connection, as far as the host says; the same request tells without upgrade. */
+  async #askReason(): Promise<Refusal> {
     const abort = new AbortController();
     const timer = setTimeout(() => abort.abort(), this.#options.helloTimeout);
     try {
-      const answer = await this.#options.fetch(this.#options.healthUrl, {
+      const address = this.#options.channelUrl.replace(/^ws/, "http");
+      const answer = await this.#options.fetch(address, {
         signal: abort.signal,
         cache: "no-store",
       });
-      if (answer.status !== 401 && answer.status !== 403) return "";
+      if (answer.status === upgradeRequired) return unknown;
       const body = (await answer.json().catch(() => undefined)) as { error?: unknown } | undefined;
-      return typeof body?.error === "string" && body.error ? body.error : `HTTP ${answer.status}`;
+      if (typeof body?.error !== "string") {
+        const { host } = new URL(address);
+        return { final: false, reason: `${host} has no script channel (HTTP ${answer.status})` };
+      }
+      return { final: answer.status < 500, reason: body.error };
     } catch {
-      return "";
+      return unknown;
     } finally {
       clearTimeout(timer);
     }

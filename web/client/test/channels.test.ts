@@ -1,6 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { BridgeError, connect, objectChannel } from "@imsdkbridge/client";
+import { BridgeError, connect, EngineCode, objectChannel } from "@imsdkbridge/client";
 import { memoryHost } from "@imsdkbridge/client/memory";
 import "./fake_socket.ts";
 
@@ -47,6 +47,42 @@ test("a host in memory answers from its script, and notifies with the path", asy
     ],
   );
   bridge.close();
+});
+
+test("a host that says it is gone fails what is open at once, and may come back", async () => {
+  const host = memoryHost({ "im.singlemsg": { SetMsgRead: () => ({}) } });
+  let connects = 0;
+  const bridge = connect({
+    channel: host.channel,
+    timeout: 1000,
+    onConnect: () => void connects++,
+  });
+  const states: string[] = [];
+  bridge.onState((state) => states.push(state));
+  await bridge.singlemsg.SetMsgRead({});
+  const open = bridge.singlemsg.SetMsgRead({});
+  host.restart();
+  await assert.rejects(open, { kind: "disconnected" });
+  await bridge.singlemsg.SetMsgRead({});
+  assert.deepEqual(states, ["open", "reconnecting", "open"]);
+  assert.equal(connects, 2);
+  bridge.close();
+});
+
+test("a refusal says what its code means when the host says no more than that it failed", async () => {
+  const { kEngineEmpty, kEngineBusy } = EngineCode;
+  const answers = [
+    [kEngineEmpty, "failed", /the message is empty/],
+    [kEngineEmpty, "the note is empty", /^im.singlemsg SetMsgRead: the note is empty$/],
+    [kEngineBusy, "", /too much is under way/],
+    [-4711, "failed", /SetMsgRead: failed$/],
+  ] as const;
+  for (const [code, result, words] of answers) {
+    const host = memoryHost({ "im.singlemsg": { SetMsgRead: () => ({ code, result }) } });
+    const bridge = connect({ channel: host.channel });
+    await assert.rejects(bridge.singlemsg.SetMsgRead({}), { code, message: words });
+    bridge.close();
+  }
 });
 
 test("an object of the host is opened, closed and opened again", async () => {

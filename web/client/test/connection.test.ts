@@ -128,6 +128,44 @@ test("a host that is down is tried again; one that refuses the token is not", as
   client.close();
 });
 
+test("what the host says of a page it does not take in decides whether to try on", async () => {
+  const json = (status: number, error: string) =>
+    new Response(JSON.stringify({ error }), { status });
+  const cases: [answer: () => Response, state: string, reason: string][] = [
+    [() => json(403, "origin not allowed"), "refused", "origin not allowed"],
+    [() => json(404, "unknown account"), "refused", "unknown account"],
+    [() => json(503, "the account cannot be logged in"), "reconnecting", "the account cannot"],
+    [() => json(426, "WebSocket only"), "reconnecting", ""],
+    [() => new Response("<!doctype html>"), "reconnecting", "127.0.0.1:1 has no script channel"],
+    [() => new Response("", { status: 404 }), "reconnecting", "127.0.0.1:1 has no script channel"],
+  ];
+  for (const [answer, state, reason] of cases) {
+    let asked = "";
+    const fetch = async (address: unknown) => ((asked = String(address)), answer());
+    const { client, socket, sockets } = rig({ account: "harbor", fetch: fetch as never });
+    socket().close();
+    if (state === "refused") await until(() => client.state === "refused");
+    else await until(() => sockets.length === 3 || (socket().close(), false));
+    assert.deepEqual([client.state, client.reason.slice(0, reason.length)], [state, reason]);
+    assert.equal(client.reason === "", reason === "");
+    assert.equal(asked, "http://127.0.0.1:1/channel?token=a%26b&account=harbor");
+    client.close();
+  }
+});
+
+test("the printed address is enough, and says where files are", () => {
+  const { client, socket } = rig({ url: "http://127.0.0.1:8787/?token=abc", token: undefined });
+  assert.equal(socket().url, "ws://127.0.0.1:8787/channel?token=abc");
+  for (const [path, address] of [
+    ["files/a b/c&d.png", "/file?path=files%2Fa+b%2Fc%26d.png&token=abc"],
+    ["emotions/smile.svg", "/emotions/smile.svg"],
+    ["emotions/../index.html", "/file?path=emotions%2F..%2Findex.html&token=abc"],
+  ] as const) {
+    assert.equal(client.fileUrl(path), `http://127.0.0.1:8787${address}`);
+  }
+  client.close();
+});
+
 test("a client that is closed while it asks for the reason stays closed", async () => {
   let answer = (_: Response) => {};
   const asked = new Promise<Response>((resolve) => (answer = resolve));

@@ -5,6 +5,7 @@ import type {
   DynamicMsgAnswer,
   EmotionText,
   IMCount,
+  IMEnableTribeNum,
   IMLoginGrant,
   IMMessagePage,
   IMMsgPosition,
@@ -13,13 +14,26 @@ import type {
   IMRoamStatus,
   IMRoamed,
   IMTribeClasses,
+  IMTribeDisplayNicks,
+  IMTribeMembers,
+  IMTribeNicknameValue,
+  IMTribeNumberValue,
+  IMTribeRoster,
+  IMTribeTextValue,
   IMUnreads,
   IMUserRequest,
+  QuittedTribes,
   ResultCode,
   SearchAnswer,
   SearchCidAnswer,
+  ShallowTribe,
+  ShallowTribes,
+  ShallowTribesEx,
   TranslateMsg,
   TranslateSetting,
+  TribeBaseInfo,
+  TribeBlackItems,
+  TribeVerifyMsgs,
 } from "./records.ts";
 import type {
   BroadcastMsgRequest,
@@ -32,6 +46,7 @@ import type {
   IMMaxCacheRequest,
   IMMsgRequest,
   IMMsgsRequest,
+  IMMultiChatName,
   IMPageRequest,
   IMPasswordLogin,
   IMPictureRequest,
@@ -40,12 +55,23 @@ import type {
   IMSetRoamRequest,
   IMShieldRequest,
   IMTokenLogin,
+  IMTribeList,
+  IMTribeMemberLevel,
+  IMTribeMemberSearch,
+  IMTribeMembersRequest,
+  IMTribeNickRequest,
+  IMTribeNickname,
+  IMTribeNumber,
   IMTribeText,
+  IMTribeUser,
+  IMTribeVerifyAction,
+  IMTribeVerifyPage,
   IMWithdrawRequest,
   InConversation,
   SearchCidRequest,
   SendMsgRequest,
   TranslateMsgRequest,
+  TribemgrIMTribeRequest,
 } from "./requests.ts";
 
 /** Routing paths by the name of the client's module face. */
@@ -98,7 +124,7 @@ export interface Methods {
       request: IMPageRequest;
       answer: ResultCode & IMMessagePage;
     };
-    /** The new messages that came while nobody was logged in; marks read as GetNewMsg. */
+    /** The new messages of the time logged out; marks them read if no others are unread. */
     GetOfflineMsg: {
       request: InConversation;
       answer: ResultCode & IMMessagePage;
@@ -248,7 +274,7 @@ export interface Methods {
       request: EditPicRequest;
       answer: ResultCode;
     };
-    /** Turns the emotion shortcuts of a text into tokens. */
+    /** Makes the body of a typed text: shortcuts of emotions become tokens, the rest stays text. */
     ConvertMsgText2Emotion: {
       request: EmotionTextRequest;
       answer: ResultCode & EmotionText;
@@ -280,15 +306,255 @@ export interface Methods {
     };
   };
   "im.tribemgr": {
+    /** One tribe in short. */
+    GetShallowTribe: {
+      request: TribemgrIMTribeRequest;
+      answer: { code: number; subcode: number; result: ShallowTribe };
+    };
+    /** All tribes of the account in short. */
+    GetShallowTribeList: {
+      request: Empty;
+      answer: ResultCode & ShallowTribes;
+    };
+    /** The tribes that the account has left, or was removed from. */
+    GetQuittedTribe: {
+      request: Empty;
+      answer: ResultCode & QuittedTribes;
+    };
+    /** The notice images of tribes. */
+    GetShallowTribeEx: {
+      request: IMTribeList;
+      answer: ResultCode & ShallowTribesEx;
+    };
+    /** All members of a tribe; who is online is told by notifications from then on. */
+    GetTribeMemberList: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeRoster;
+    };
+    /** Those of the users named who are members. */
+    GetTribeMemberbyID: {
+      request: IMTribeMembersRequest;
+      answer: ResultCode & IMTribeMembers;
+    };
+    /** The members whom the account pays attention to. */
+    GetAttentionMembers: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeMembers;
+    };
+    /** The tribe's bulletin. */
+    GetTribeBulletin: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeTextValue;
+    };
+    /** Members with a text in one of their names, at most 200. */
+    SearchTribeMember: {
+      request: IMTribeMemberSearch;
+      answer: ResultCode & IMTribeMembers;
+    };
+    /** What the last search in this tribe found comes first in the next ones. */
+    SelectTribeSearchResult: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode;
+    };
+    /** What a tribe says of itself, also to those who are no members and may see it. */
+    GetTribeBaseInfo: {
+      request: TribemgrIMTribeRequest;
+      answer: { code: number; subcode: number; result: TribeBaseInfo };
+    };
     /** The classes that a tribe can have. */
     GetAllClass: {
       request: Empty;
       answer: ResultCode & IMTribeClasses;
     };
-    /** Renames a tribe; only its owner may. */
+    /** Gives the tribe another class; managers only. */
+    SetClass: {
+      request: IMTribeNumber;
+      answer: ResultCode;
+    };
+    /** Renames a tribe; managers only. */
     SetTribeName: {
       request: IMTribeText;
       answer: ResultCode;
+    };
+    /** Describes a tribe; managers only. */
+    SetTribeDes: {
+      request: IMTribeText;
+      answer: ResultCode;
+    };
+    /** Forgets the tribe's visitors; managers only. */
+    ClearVisitors: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode;
+    };
+    /** Removes a member of a lower level than one's own; managers only. */
+    KickTribeMember: {
+      request: IMTribeUser;
+      answer: ResultCode;
+    };
+    /** Makes a member an administrator, or an administrator a member; the owner only. */
+    ChangeLevel: {
+      request: IMTribeMemberLevel;
+      answer: ResultCode;
+    };
+    /** One's own name in the tribe. */
+    GetMyTribeNickname: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeNicknameValue;
+    };
+    /** Sets one's own name in the tribe. */
+    SetMyTribeNickname: {
+      request: IMTribeNickname;
+      answer: ResultCode;
+    };
+    /** Sets the name in the tribe of a member of a lower level; managers only. */
+    SetTribeMemberNicknameByAdmin: {
+      request: IMTribeNickname;
+      answer: ResultCode;
+    };
+    /** Which of the tribe's messages count: 0 all and shown, 1 all and not shown, 2 none. */
+    SetMsgRemindType: {
+      request: IMTribeNumber;
+      answer: ResultCode;
+    };
+    /** Which of the tribe's messages count. */
+    GetMsgRemindType: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeNumberValue;
+    };
+    /** Who may join: 0 everybody, 1 by a password, 2 when a manager allows it, 3 who is invited; managers only. */
+    SetAuthType: {
+      request: IMTribeNumber;
+      answer: ResultCode;
+    };
+    /** Who may join. */
+    GetAuthType: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeNumberValue;
+    };
+    /** The password to join by; managers only. */
+    GetJoinPwd: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeTextValue;
+    };
+    /** Sets the password to join by; managers only. */
+    SetJoinPwd: {
+      request: IMTribeText;
+      answer: ResultCode;
+    };
+    /** Whether members see what was written before they joined: 0 or 1. */
+    IsAllowShowChatRecordBeforeJoin: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeNumberValue;
+    };
+    /** Whether members see what was written before they joined: 0 or 1; managers only. */
+    SetAllowShowChatRecordBeforeJoin: {
+      request: IMTribeNumber;
+      answer: ResultCode;
+    };
+    /** Who may mention all members at once: 0 managers, 1 everybody; managers only. */
+    SetAtAllPermission: {
+      request: IMTribeNumber;
+      answer: ResultCode;
+    };
+    /** Who may mention all members at once. */
+    GetAtAllPermission: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeNumberValue;
+    };
+    /** Whether those who are no members may look at it: 0 or 1; managers only. */
+    SetAllowVisitor: {
+      request: IMTribeNumber;
+      answer: ResultCode;
+    };
+    /** Whether those who are no members may look at it: 0 or 1. */
+    IsAllowVisitor: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeNumberValue;
+    };
+    /** Puts a user on the tribe's black list; managers only. */
+    AddTribeBlack: {
+      request: IMTribeUser;
+      answer: ResultCode;
+    };
+    /** Takes a user off the tribe's black list; managers only. */
+    DelTribeBlack: {
+      request: IMTribeUser;
+      answer: ResultCode;
+    };
+    /** Who is on the tribe's black list; managers only. */
+    GetTribeBlackList: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & TribeBlackItems;
+    };
+    /** Logs the account into its tribes; says so when it is already. */
+    InitTribe: {
+      request: Empty;
+      answer: ResultCode;
+    };
+    /** How many visitors there were since they were last cleared; managers only. */
+    GetVisitorCount: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeNumberValue;
+    };
+    /** Closes the tribe; the owner only. */
+    CloseTribe: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode;
+    };
+    /** The names to show in the tribe of those of the users who are members. */
+    GetListDNick: {
+      request: IMTribeNickRequest;
+      answer: ResultCode & IMTribeDisplayNicks;
+    };
+    /** All members of a multi-chat. */
+    GetMultiChatMembers: {
+      request: TribemgrIMTribeRequest;
+      answer: ResultCode & IMTribeMembers;
+    };
+    /** Renames a multi-chat; every member may. */
+    ChangeMultiName: {
+      request: IMMultiChatName;
+      answer: ResultCode;
+    };
+    /** Requests to join, and invitations, with what became of them. */
+    GetTribeVerifyMsgs: {
+      request: IMTribeVerifyPage;
+      answer: ResultCode & TribeVerifyMsgs;
+    };
+    /** Allows somebody to join; managers only. */
+    AllowJoinTribe: {
+      request: IMTribeVerifyAction;
+      answer: ResultCode;
+    };
+    /** Refuses a request to join; managers only. */
+    RefuseJoinTribe: {
+      request: IMTribeVerifyAction;
+      answer: ResultCode;
+    };
+    /** Refuses a request to join and puts who asked on the black list; managers only. */
+    AddToTribeBlack: {
+      request: IMTribeVerifyAction;
+      answer: ResultCode;
+    };
+    /** Accepts an invitation. */
+    AllowInviteJoinTribe: {
+      request: IMTribeVerifyAction;
+      answer: ResultCode;
+    };
+    /** Refuses an invitation. */
+    RefuseInviteJoinTribe: {
+      request: IMTribeVerifyAction;
+      answer: ResultCode;
+    };
+    /** Takes a verification message off the account's own list. */
+    DeleteTribeVerifyMsgs: {
+      request: IMTribeVerifyAction;
+      answer: ResultCode;
+    };
+    /** How many tribes the account has, and how many of them are not closed. */
+    GetEnableTribeNum: {
+      request: Empty;
+      answer: { code: number; subcode: number; result: IMEnableTribeNum };
     };
   };
   "im.tribemsg": Empty;

@@ -1,6 +1,9 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
+  Empty,
+  EnableNumChange,
   IMReadFlags,
+  IMTribeRequest,
   IMUserID,
   IMUserRequest,
   MsgsNotify,
@@ -9,6 +12,14 @@ import type {
   SendMsgStatusNotify,
   TranslateMsg,
   TranslateSetting,
+  TribeActor,
+  TribeChange,
+  TribeCount,
+  TribeJoin,
+  TribeLevel,
+  TribeMemberDisplay,
+  TribeMemberStatus,
+  TribeNtfImage,
   WithdrawNotify,
 } from "./records.ts";
 
@@ -47,6 +58,42 @@ export interface Notifications {
   onFlagMyMsgReaded: [payload: IMReadFlags, path: "im.singlemsg"];
   /** A message was taken back, by the peer or by this account. */
   onMsgWithdrawNty: [payload: WithdrawNotify, path: "im.singlemsg"];
+  /** The tribe's visitors were cleared. */
+  onClearTribeVisitor: [payload: TribeActor, path: "im.tribemgr"];
+  /** The tribe was closed. */
+  onTribeClose: [payload: TribeActor, path: "im.tribemgr"];
+  /** The tribe was enabled again. */
+  onEnabledTribe: [payload: IMTribeRequest, path: "im.tribemgr"];
+  /** The number of enabled tribes changed; `GetEnableTribeNum` tells it. */
+  onEnableTribeNumChange: [payload: EnableNumChange, path: "im.tribemgr"];
+  /** The account joined a tribe. */
+  onJoinTribe: [payload: TribeJoin, path: "im.tribemgr"];
+  /** Somebody joined a tribe. */
+  onJoinTribeEx: [payload: TribeJoin, path: "im.tribemgr"];
+  /** The account was removed from a tribe. */
+  onTribeKickMember: [payload: TribeActor, path: "im.tribemgr"];
+  /** Somebody was removed from a tribe. */
+  onTribeKickMemberEx: [payload: TribeActor, path: "im.tribemgr"];
+  /** The tribe's notice image changed. */
+  onTribeNtfTypeChange: [payload: TribeNtfImage, path: "im.tribemgr"];
+  /** A member left the tribe. */
+  onQuitTribe: [payload: TribeActor, path: "im.tribemgr"];
+  /** The tribe was handed over from actor to recipient. */
+  onTribeTransfer: [payload: TribeActor, path: "im.tribemgr"];
+  /** What the tribe says of itself changed. */
+  onTribeBaseInfoChange: [payload: TribeChange, path: "im.tribemgr"];
+  /** The bulletin changed. */
+  onTribeBulletinUpdate: [payload: IMTribeRequest, path: "im.tribemgr"];
+  /** A member's level was changed. */
+  onTribeMemberChgLevel: [payload: TribeLevel, path: "im.tribemgr"];
+  /** A member came online or went; of tribes whose members were listed. */
+  onTribeMemberStatusChange: [payload: TribeMemberStatus, path: "im.tribemgr"];
+  /** How many members there are, or are online, changed; gathered, of tribes whose members were listed. */
+  onTribeMemberCntChange: [payload: TribeCount, path: "im.tribemgr"];
+  /** The account's tribes are known from now on. */
+  onTribeShallowLogin: [payload: Empty, path: "im.tribemgr"];
+  /** A member has another name to show. */
+  onTribeMemberBaseInfoChange: [payload: TribeMemberDisplay, path: "im.tribemgr"];
   /** Subscription messages came. */
   onReceiveSubscribeMsg: [payload: MsgsNotify, path: "subscribemsg"];
   /** System messages came. */

@@ -4,7 +4,12 @@ import type {
   IMMsgType,
   IMReadFlag,
   IMRoaming,
+  IMTribeType,
   InputStatus,
+  TribeMemberBasicStatus,
+  TribeMemberLevel,
+  TribeModifyKey,
+  TribeVerifyType,
 } from "./values.ts";
 
 /** No keys. */
@@ -21,6 +26,23 @@ export interface ChatWindowState {
   account?: IMUserID;
 }
 
+export interface CoreTribeID {
+  /** The tribe's number. */
+  llTribeID: string;
+}
+
+export interface CoreTribeUser {
+  /** The user's name in the account's application. */
+  userId: string;
+}
+
+export interface CoreUserID {
+  /** The application that the user belongs to. */
+  strAppKey: string;
+  /** The user's name there. */
+  strUserID: string;
+}
+
 export interface DynamicMsgAnswer {
   /** The present content, a JSON text. */
   content: string;
@@ -35,6 +57,15 @@ export interface EmotionText {
   jvale: string;
 }
 
+export interface EnableNumChange {
+  /** onTribeClose: Who closed the tribe. */
+  actor?: IMUserID;
+  /** The tribe that was closed or enabled. */
+  tribeid: string;
+  /** onTribeClose: Nobody. */
+  recipient?: IMUserID;
+}
+
 export interface IMConversationID {
   /** The application that the user belongs to. */
   appkey: string;
@@ -45,6 +76,13 @@ export interface IMConversationID {
 export interface IMCount {
   /** The number of messages. */
   count: number;
+}
+
+export interface IMEnableTribeNum {
+  /** How many tribes the account has. */
+  total: number;
+  /** How many of them are not closed. */
+  enable: number;
 }
 
 export interface IMFlagMsgReaded {
@@ -185,6 +223,71 @@ export interface IMTribeClasses {
   classlist: IMTribeClass[];
 }
 
+export interface IMTribeDisplayNick {
+  /** The member. */
+  userid: IMUserID;
+  /** The name to show in this tribe. */
+  display: string;
+}
+
+export interface IMTribeDisplayNicks {
+  /** The names of those who are members, in the order of the request. */
+  nicklist: IMTribeDisplayNick[];
+}
+
+export interface IMTribeMember {
+  /** The application that the member belongs to. */
+  appkey: string;
+  /** The member's name there. */
+  nick: string;
+  /** Whether the member is online. */
+  status: TribeMemberBasicStatus;
+  /** The name to show in this tribe. */
+  display: string;
+  /** The member's own name. */
+  name: string;
+  /** The member's picture; empty for none. */
+  portrait: string;
+  /** How active the member was lately, 0 to 5. */
+  activelevel: number;
+  /** What the member is here. */
+  level: TribeMemberLevel;
+}
+
+export interface IMTribeMembers {
+  /** The members. */
+  memberlist: IMTribeMember[];
+}
+
+export interface IMTribeNicknameValue {
+  /** The account's name in this tribe; empty for none. */
+  nickname: string;
+}
+
+export interface IMTribeNumberValue {
+  /** The value. */
+  num: number;
+}
+
+export interface IMTribeRequest {
+  /** The tribe. */
+  tribeid: string;
+}
+
+export interface IMTribeRoster {
+  /** How many members there are. */
+  total: number;
+  /** How many of them are online. */
+  online: number;
+  /** All of them, the highest level first. */
+  memberlist: IMTribeMember[];
+}
+
+export interface IMTribeTextValue {
+  /** The text. */
+  str: string;
+}
+
 export interface IMUnreadCount {
   /** The conversation. */
   cid: IMConversationID;
@@ -219,6 +322,11 @@ export interface PeerInputNotify {
   value: InputStatus;
   /** The peer. */
   cid: IMUserID;
+}
+
+export interface QuittedTribes {
+  /** Tribes that were left, the latest first. */
+  tribeids: TribeSummary[];
 }
 
 export interface ResultCode {
@@ -269,6 +377,27 @@ export interface SendMsgStatusNotify {
   result: string;
 }
 
+export interface ShallowTribe {
+  /** What the account is there. */
+  mylevel: TribeMemberLevel;
+  /** The tribe in short, not only its identifier. */
+  tribeid: TribeSummary;
+  /** What it says of itself. */
+  signature: string;
+  /** What kind of tribe it is. */
+  type: IMTribeType;
+}
+
+export interface ShallowTribes {
+  /** The account's tribes. */
+  tribelist: ShallowTribe[];
+}
+
+export interface ShallowTribesEx {
+  /** Those of the tribes that are the account's. */
+  tribelist: TribeNtfImages[];
+}
+
 export interface TranslateMsg {
   /** The message. */
   msgid: string;
@@ -279,6 +408,168 @@ export interface TranslateMsg {
 export interface TranslateSetting {
   /** 1: messages are translated. */
   enable: number;
+}
+
+export interface TribeActor {
+  /** Who did it. */
+  actor: IMUserID;
+  /** The tribe. */
+  tribeid: string;
+  /** Whom it was done to; may be the actor. */
+  recipient: IMUserID;
+}
+
+export interface TribeBaseInfo {
+  /** The tribe's name. */
+  tribename: string;
+  /** Its owner. */
+  ownid: IMUserID;
+  /** The tribe. */
+  tribeid: string;
+  /** Its description. */
+  des: string;
+  /** Its picture; empty for none. */
+  portrait: string;
+  /** Its class, see `GetAllClass`. */
+  classtype: number;
+  /** Its level: it grows with the members. */
+  level: number;
+}
+
+export interface TribeBlackItem {
+  /** Who may not join. */
+  userid: IMUserID;
+  /** The name to show. */
+  nick: string;
+  /** The user's picture; empty for none. */
+  portrait: string;
+  /** Since when. */
+  addtime: number;
+}
+
+export interface TribeBlackItems {
+  /** Who is on the black list. */
+  list: TribeBlackItem[];
+}
+
+export interface TribeChange {
+  /** The tribe. */
+  tribeid: string;
+  /** What changed. */
+  detail: TribeChangeItem[];
+}
+
+export interface TribeChangeItem {
+  /** What changed. */
+  key: TribeModifyKey;
+  /** The new value; numbers in decimal form. */
+  value: string;
+}
+
+export interface TribeCount {
+  /** The tribe. */
+  tribeid: string;
+  /** How many members are online. */
+  online: number;
+  /** How many members there are. */
+  total: number;
+}
+
+export interface TribeJoin {
+  /** Who did it. */
+  actor: IMUserID;
+  /** The tribe. */
+  tribeid: string;
+  /** Whom it was done to; may be the actor. */
+  recipient: IMUserID;
+  /** The new member. */
+  info: IMTribeMember;
+}
+
+export interface TribeLevel {
+  /** Who did it. */
+  actor: IMUserID;
+  /** The tribe. */
+  tribeid: string;
+  /** Whom it was done to; may be the actor. */
+  recipient: IMUserID;
+  /** The new level. */
+  level: TribeMemberLevel;
+}
+
+export interface TribeMemberDisplay {
+  /** The tribe. */
+  tribeid: string;
+  /** The member. */
+  userid: IMUserID;
+  /** The name to show. */
+  display: string;
+}
+
+export interface TribeMemberStatus {
+  /** The tribe. */
+  tribeid: string;
+  /** The member. */
+  userid: IMUserID;
+  /** Whether the member is online. */
+  status: TribeMemberBasicStatus;
+}
+
+export interface TribeNtfImage {
+  /** The tribe. */
+  tribeid: string;
+  /** The new picture. */
+  ntfImage: string;
+}
+
+export interface TribeNtfImages {
+  /** The picture beside its notices; empty for none. */
+  ntfImage: string;
+  /** The mark of a business, or empty. */
+  businessImage: string;
+  /** The tribe. */
+  tribeid: string;
+  /** How many of its messages are unread. */
+  unreadNum: number;
+}
+
+export interface TribeSummary {
+  /** The tribe. */
+  tribeid: string;
+  /** The name to show. */
+  display: string;
+  /** Its picture; empty for none. */
+  portrait: string;
+  /** How many of its messages are unread. */
+  unreadnum: number;
+  /** What kind of tribe it is. */
+  type: IMTribeType;
+}
+
+export interface TribeVerifyMsg {
+  /** Who asked to join, or invited. */
+  fromid: IMUserID;
+  /** The name of that user. */
+  fromname: string;
+  /** The tribe. */
+  tribeid: string;
+  /** Its name. */
+  tribename: string;
+  /** When it was asked. */
+  msgtime: number;
+  /** What names the message in a decision. */
+  msgid: string;
+  /** The words that came with it. */
+  authinfo: string;
+  /** Who has decided; empty while it is open. */
+  managerid: IMUserID;
+  /** What it is. */
+  type: TribeVerifyType;
+}
+
+export interface TribeVerifyMsgs {
+  /** The messages, oldest first. */
+  msgs: TribeVerifyMsg[];
 }
 
 export interface WithdrawNotify {

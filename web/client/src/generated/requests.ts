@@ -1,11 +1,13 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
   IMConversationID,
+  IMTribeRequest,
   IMUserID,
 } from "./records.ts";
 import type {
   IMMsgType,
   IMRoaming,
+  TribeMemberLevel,
 } from "./values.ts";
 
 export interface BodyItem {
@@ -13,7 +15,7 @@ export interface BodyItem {
   type?: IMMsgType;
   /** Extra JSON text, carried as it stands. */
   jvale?: string;
-  /** The text or token. */
+  /** Its body: text with tokens in it. */
   value?: string;
   /** The content of a file, Base64, where it comes along. */
   filecontent?: string;
@@ -95,6 +97,13 @@ export interface IMMsgsRequest {
   cid?: IMConversationID;
   /** Identifiers of messages. */
   msgids?: string[];
+}
+
+export interface IMMultiChatName {
+  /** The tribe. */
+  tribeid?: string;
+  /** The new name. */
+  name?: string;
 }
 
 export interface IMPageRequest {
@@ -199,11 +208,95 @@ export interface IMTokenLogin {
   token?: string;
 }
 
+export interface IMTribeList {
+  /** The tribes. */
+  tribelist?: IMTribeRequest[];
+}
+
+export interface IMTribeMemberLevel {
+  /** The new level. */
+  level?: TribeMemberLevel;
+  /** The tribe. */
+  tribeid?: string;
+  /** The member. */
+  userid?: IMUserID;
+}
+
+export interface IMTribeMemberSearch {
+  /** The tribe. */
+  tribeid?: string;
+  /** A part of a name; whatever the case. */
+  key?: string;
+}
+
+export interface IMTribeMembersRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** The users. */
+  memberlist?: IMUserID[];
+}
+
+export interface IMTribeNickRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** The users. */
+  listuid?: IMUserID[];
+}
+
+export interface IMTribeNickname {
+  /** The tribe. */
+  tribeid?: string;
+  /** The member; for one's own nickname it may be empty. */
+  userid?: IMUserID;
+  /** The name in this tribe; empty for none. */
+  nickname?: string;
+}
+
+export interface IMTribeNumber {
+  /** The tribe. */
+  tribeid?: string;
+  /** The new value. */
+  num?: number;
+}
+
 export interface IMTribeText {
   /** The tribe. */
   tribeid?: string;
   /** The text. */
   str?: string;
+}
+
+export interface IMTribeUser {
+  /** The tribe. */
+  tribeid?: string;
+  /** The user. */
+  userid?: IMUserID;
+}
+
+export interface IMTribeVerifyAction {
+  /** Who asked to join, or invited. */
+  fromid?: IMUserID;
+  /** The tribe. */
+  tribeid?: string;
+  /** Words that go back with the decision. */
+  authinfo?: string;
+  /** The verification message. */
+  msgid?: string;
+}
+
+export interface IMTribeVerifyPage {
+  /** From this time on. */
+  btime?: string;
+  /** Up to and with this time; 0 for no end. */
+  etime?: string;
+  /** Where to go on; 0 for the newest end. */
+  msgid?: string;
+  /** At most this many. */
+  count?: number;
+  /** Not 0: older ones than that, else newer ones. */
+  gohistory?: number;
+  /** Not 0: a page may be larger than usual. */
+  ignoreboundary?: number;
 }
 
 export interface IMWithdrawRequest {
@@ -247,4 +340,9 @@ export interface TranslateMsgRequest {
   msgid?: string;
   /** Its text; in the answer the translated one. */
   msgcontent?: string;
+}
+
+export interface TribemgrIMTribeRequest {
+  /** The tribe. */
+  tribeid?: string;
 }

@@ -41,6 +41,8 @@ export const EngineCode = {
   kEngineUnsupported: -13,
   /** The server does not know any more how far the account had read. */
   kEnginePositionLost: -14,
+  /** A store was damaged, missing or behind what it was; a login that succeeds has this as its subcode. */
+  kEngineDamaged: -15,
 } as const;
 export type EngineCode = (typeof EngineCode)[keyof typeof EngineCode];
 
@@ -92,6 +94,14 @@ export const IMRoaming = {
 } as const;
 export type IMRoaming = (typeof IMRoaming)[keyof typeof IMRoaming];
 
+export const IMTribeType = {
+  /** A tribe. */
+  kNormalTribe: 0,
+  /** A multi-chat: made ad hoc, everybody may invite. */
+  kMultiChat: 1,
+} as const;
+export type IMTribeType = (typeof IMTribeType)[keyof typeof IMTribeType];
+
 export const InputStatus = {
   /** The peer does not type. */
   kInputStopped: 0,
@@ -99,3 +109,69 @@ export const InputStatus = {
   kInputTyping: 1,
 } as const;
 export type InputStatus = (typeof InputStatus)[keyof typeof InputStatus];
+
+export const TribeMemberBasicStatus = {
+  /** Not logged in. */
+  kMemberOffline: 0,
+  /** Logged in. */
+  kMemberOnline: 1,
+} as const;
+export type TribeMemberBasicStatus = (typeof TribeMemberBasicStatus)[keyof typeof TribeMemberBasicStatus];
+
+export const TribeMemberLevel = {
+  /** No member. */
+  kTribeNobody: 0,
+  /** A member. */
+  kTribeMember: 1,
+  /** An administrator. */
+  kTribeManager: 2,
+  /** The owner. */
+  kTribeOwner: 3,
+} as const;
+export type TribeMemberLevel = (typeof TribeMemberLevel)[keyof typeof TribeMemberLevel];
+
+export const TribeModifyKey = {
+  /** The name. */
+  kTribeKeyName: 1,
+  /** The description. */
+  kTribeKeyDescription: 2,
+  /** The picture. */
+  kTribeKeyPortrait: 3,
+  /** The class. */
+  kTribeKeyClass: 4,
+  /** The bulletin. */
+  kTribeKeyBulletin: 5,
+  /** Who may join. */
+  kTribeKeyAuthType: 6,
+  /** The password to join by; the value is not told. */
+  kTribeKeyJoinPassword: 7,
+  /** Whether members see what was written before they joined. */
+  kTribeKeyOpenHistory: 8,
+  /** Whether it takes visitors. */
+  kTribeKeyVisitors: 9,
+  /** Who may mention all members at once. */
+  kTribeKeyAtAll: 10,
+  /** The tribe's level. */
+  kTribeKeyLevel: 11,
+  /** The picture beside its notices. */
+  kTribeKeyNtfImage: 12,
+  /** The mark of a business. */
+  kTribeKeyBusinessImage: 13,
+} as const;
+export type TribeModifyKey = (typeof TribeModifyKey)[keyof typeof TribeModifyKey];
+
+export const TribeVerifyType = {
+  /** A request to join that waits for a decision. */
+  kVerifyJoinAsked: 1,
+  /** An invitation that waits for a decision. */
+  kVerifyInvited: 2,
+  /** A request that was allowed. */
+  kVerifyJoinAllowed: 3,
+  /** A request that was refused. */
+  kVerifyJoinRefused: 4,
+  /** An invitation that was accepted. */
+  kVerifyInviteAccepted: 5,
+  /** An invitation that was refused. */
+  kVerifyInviteRefused: 6,
+} as const;
+export type TribeVerifyType = (typeof TribeVerifyType)[keyof typeof TribeVerifyType];
