@@ -1,5 +1,7 @@
 #include "trace/traceproxy.h"
 
+#include <algorithm>
+
 #include "kexbase/trace_record.h"
 #include "trace/tracetarget.h"
 
@@ -8,10 +10,24 @@ namespace {
 
 constexpr std::string_view kBriefStart = "_brief_,";
 
+// How traces name a file of the project: from the room that it lies in, without its ending.
+std::string SourceName(std::string_view file) {
+  std::string name(file.substr(0, file.rfind('.')));
+  std::replace(name.begin(), name.end(), '/', '\\');
+  const std::size_t room = name.rfind("source\\");
+  return name.substr(room != std::string::npos ? room : name.rfind('\\') + 1);
+}
+
 }  // namespace
 
-CTraceProxy::CTraceProxy(int level, const TraceSite& site, std::wstring_view text, int line)
-    : logger_(TraceTarget::Logger()), level_(level), site_(site), text_(text), line_(line) {
+CTraceProxy::CTraceProxy(int level, const TraceSite& site, std::wstring_view text, const char* file,
+                         int line)
+    : logger_(TraceTarget::Logger()),
+      level_(level),
+      site_(site),
+      text_(text),
+      file_(file),
+      line_(line) {
   if (logger_ && !logger_->IsEnabled(level)) logger_ = nullptr;
 }
 
@@ -26,6 +42,17 @@ CTraceProxy::~CTraceProxy() {
 CTraceProxy& CTraceProxy::Item(TraceItem item) {
   if (logger_) items_.push_back(std::move(item));
   return *this;
+}
+
+std::string_view CTraceProxy::Function() const {
+  if (!site_.inner) return site_.function;
+  if (function_.empty()) function_ = std::string(site_.function) + "::" + site_.inner;
+  return function_;
+}
+
+std::string_view CTraceProxy::Source() const {
+  if (source_.empty()) source_ = SourceName(file_);
+  return source_;
 }
 
 std::string_view CTraceProxy::NextName(std::size_t* position) const {

@@ -17,10 +17,10 @@
 
 namespace ns_log {
 
-// Where a trace line comes from. Both texts are static.
+// Who writes a trace line. Both texts are static.
 struct TraceSite {
-  const char* function = "";  // qualified name, for instance "CIMSDKBridge::JsInvoke"
-  const char* source = "";    // for instance "source\bridge\imsdkbridge"
+  const char* function = "";    // qualified name, for instance "CIMSDKBridge::JsInvoke"
+  const char* inner = nullptr;  // the function inside it that traces, if it is not itself
 };
 
 struct TraceItem {
@@ -37,16 +37,17 @@ TraceItem MakeTraceItem(std::string_view name, V&& value) {
 // One trace line in the making. Lives within one statement, on one thread.
 class CTraceProxy final : private ITraceLine {
  public:
-  // `text` must live until the end of the statement.
+  // `text` must live until the end of the statement. The place in the source is found by itself.
   CTraceProxy(int level, const TraceSite& site, std::wstring_view text,
-              int line = __builtin_LINE());
+              const char* file = __builtin_FILE(), int line = __builtin_LINE());
   ~CTraceProxy();
   CTraceProxy(const CTraceProxy&) = delete;
   CTraceProxy& operator=(const CTraceProxy&) = delete;
 
   // The brief list and its values, one for each name behind "_brief_," in order. Named wide texts
   // are referred to, so they must live until the end of the statement. Temporaries die before the
-  // line is written and are copied; everything else is converted.
+  // line is written and are copied; everything else is converted. A value that costs something is
+  // called for its text, with a place to make it in, only when somebody wants the line.
   template <class... V>
   CTraceProxy& Brief(const char* list, V&&... values) {
     brief_ = list;
@@ -67,7 +68,12 @@ class CTraceProxy final : private ITraceLine {
 
   template <class V>
   void AddBrief(std::string_view name, V&& value) {
-    if constexpr (!std::is_convertible_v<V, std::wstring_view>) {
+    if constexpr (std::is_invocable_r_v<std::wstring_view, V, std::wstring*>) {
+      std::wstring made;
+      const std::wstring_view text = value(&made);
+      const bool own = text.data() == made.data();
+      briefs_.push_back({name, std::move(made), own ? std::wstring_view() : text});
+    } else if constexpr (!std::is_convertible_v<V, std::wstring_view>) {
       briefs_.push_back({name, ns_smart_format::SafeLexicalCast(value), {}});
     } else if constexpr (std::is_lvalue_reference_v<V>) {
       briefs_.push_back({name, {}, value});
@@ -79,8 +85,8 @@ class CTraceProxy final : private ITraceLine {
 
   int Level() const override { return level_; }
   std::wstring_view Text() const override { return text_; }
-  std::string_view Function() const override { return site_.function; }
-  std::string_view Source() const override { return site_.source; }
+  std::string_view Function() const override;
+  std::string_view Source() const override;
   int Line() const override { return line_; }
   std::string_view Brief() const override { return brief_; }
   std::size_t ItemCount() const override { return items_.size() + briefs_.size(); }
@@ -91,7 +97,11 @@ class CTraceProxy final : private ITraceLine {
   int level_;
   TraceSite site_;
   std::wstring_view text_;
+  const char* file_;
   int line_;
+  // Made when they are asked for.
+  mutable std::string function_;
+  mutable std::string source_;
   std::string_view brief_ = "_brief_,";
   std::vector<TraceItem> items_;
   std::vector<Value> briefs_;

@@ -36,8 +36,13 @@ struct PageBinding {
 
 // The bridge of one browser view. The order of the operations is part of the contract.
 //
-// Threads: all but `AddRef` and `Release` run on the view's task runner. After `UnbindPage` the
-// bridge may be released anywhere.
+// Threads: all but `AddRef` and `Release` run on the view's task runner.
+//
+// Where a bridge may end: anywhere, at any time. References are counted on any thread, and an
+// engine that answers late may give back the last one. A bridge that was not unbound then unbinds
+// itself by a task on its runner. When the runner takes no tasks any more, its modules and its
+// reference to the page handler are given back by whoever held them last, on that thread, and the
+// page hears nothing more.
 //
 // The life of a bridge
 //
@@ -48,7 +53,6 @@ struct PageBinding {
 //     answer that the old page waited for goes nowhere, whatever sequence identifiers the new page
 //     uses.
 //   - The page is gone, also without a word: `UnbindPage`, as long as the runner still runs tasks.
-//     A bridge whose last reference is given back unbinds itself.
 //   - The host stops: first every bridge is unbound, then the manager is uninitialised, then the
 //     engine ends. What the engine answers after that finds no page.
 //
@@ -60,7 +64,7 @@ struct PageBinding {
 //     must expect an answer inside its own call.
 //   - Late: the engine answers on a thread of its own; the answer posts itself to the runner. After
 //     half a second it is traced as slow, and is delivered all the same.
-//   - Twice: the first answer counts. A second one does nothing.
+//   - Twice: the first answer counts. A second one is traced and does nothing.
 //   - Never: an engine that drops its callback answers with `E_UNEXPECTED` and no text.
 //   - A method that the module does not have is answered with `E_NOTIMPL`.
 //   - "im.event_register" and "im.event_notify" are answered by the bridge, at once.
@@ -78,8 +82,31 @@ struct PageBinding {
 //   that the oldest ones are answered with `E_UNEXPECTED`; the engine may still carry them out.
 //
 //   `UnbindPage` answers nothing. What the engine does for an open call goes on; its answer, traced
-//   as an error, is dropped. It holds a reference to the bridge until then. A runner that takes no
-//   tasks any more loses the answers that were posted to it.
+//   as an error, is dropped. It holds a reference to the bridge until then, and gives it back when
+//   it has answered, however long the engine keeps its callback. A runner that takes no tasks any
+//   more loses the answers that were posted to it.
+//
+// Who hears of a login ("im.login")
+//
+//   A view is logged in while it has a session of the engine: by its own login, or by being bound
+//   to an account that is logged in, then or later. A view that is bound to an account and not
+//   logged in may log in by itself, as whom it likes. One login of a view is under way at a time; a
+//   second one is refused. After a few wrong passwords its next login by password waits, up to two
+//   seconds. Notifications follow the answer, and come when all modules have the
+//   account.
+//
+//     What happens        | the view that asked | bound, not logged in | logged in to it
+//     --------------------+---------------------+----------------------+---------------------
+//     a login succeeds    | onIMLoginOK         | onIMLoginOK          | -
+//     a login fails       | onIMLoginFailed     | -                    | -
+//     a session ends      | as the last column  | -                    | onIMLogouted
+//     a link comes again  | as the last column  | -                    | onNetReConnectOK
+//     a link is lost      | as the last column  | -                    | onNetReConnectFailed
+//
+//   Every other view hears nothing. After "onIMLogouted" a view is nobody's until it logs in, also
+//   one that was bound. A session is told from the one before it: news of an old one, however late,
+//   is nothing to a view of the next. What an account raises after its login reaches each view that
+//   hears "onIMLoginOK", after that.
 class IIMSDKBridge {
  public:
   virtual void AddRef() = 0;

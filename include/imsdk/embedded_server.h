@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,6 +20,10 @@ struct EmbeddedServerOptions {
   base::FilePath data;  // the server keeps its own in `server` below it; made when missing
   std::int64_t token_life_ms = 14LL * 24 * 3600 * 1000;
   std::int64_t withdraw_limit_ms = 2LL * 60 * 1000;  // how long a message may be taken back
+  // Is told, UTF-8, what a person should know, as `EngineOptions::report`. Called by
+  // `StartEmbeddedServer` alone. While this server runs, logins have `biz::kEngineDamaged` as their
+  // subcode then; those of accounts that are lost fail with it.
+  std::function<void(const std::string&)> report{};
 };
 
 // What a virtual user sends.
@@ -30,6 +35,11 @@ struct NewTribe {
   std::wstring name;
   biz::IMUserID owner;
   std::vector<biz::IMUserID> members;  // besides the owner
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Letters("name", &NewTribe::name, biz::kMaxTribeLetters),
+                        biz::Inner("owner", &NewTribe::owner));
+  }
 };
 
 // The running server. Its functions wait for the disk; they are not for the threads of its links'
@@ -44,8 +54,9 @@ class EmbeddedServer {
   virtual bool HasAccounts() = 0;
   // False when the account exists or a part is empty.
   virtual bool CreateAccount(const biz::IMUserID& user, const std::wstring& password) = 0;
-  // A fresh login token, for a host that answers for its own user. Empty for an unknown account.
-  virtual std::wstring IssueToken(const biz::IMUserID& user) = 0;
+  // A fresh login token, for a host that answers for its own user: `kEngineUnknownUser`, or why the
+  // server's store could not give one.
+  virtual biz::ResultCode IssueToken(const biz::IMUserID& user, std::wstring* token) = 0;
   // Sends a text from the virtual user `from`, who is made when it is new, to an account. False
   // when `from` is an account or a virtual user of the other kind, `to` is no account, the text is
   // empty or over the server's size limit, or the server's store fails.
@@ -56,7 +67,9 @@ class EmbeddedServer {
   virtual biz::IMTribeID CreateTribe(const NewTribe& tribe) = 0;
 };
 
-// Opens or makes the server's store. Null when that fails; `*error` then says why, UTF-8.
+// Opens or makes the server's store. One that is damaged, empty or missing although the data folder
+// remembers it is set aside, and what can be read is in the new one. Null when there is none to be
+// had, for instance one that a newer program wrote; `*error` then says why, UTF-8.
 std::unique_ptr<EmbeddedServer> StartEmbeddedServer(const EmbeddedServerOptions& options,
                                                     std::string* error);
 

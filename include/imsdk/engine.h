@@ -22,6 +22,10 @@ struct EngineOptions {
   // Folders whose files pages may send by their path, besides the data folder's own `files`. The
   // data folder's other parts stay out even when a folder here has it inside.
   std::vector<base::FilePath> send_from;
+  // Is told, UTF-8, what a person should know: that a store was found damaged, missing or behind
+  // what it was, and where it was set aside. Any thread; may be empty. The login that opens such a
+  // store succeeds with `biz::kEngineDamaged` as its subcode.
+  std::function<void(const std::string&)> report{};
 };
 
 // The running engine. Destroying it logs every account out, ends all engine threads and takes the

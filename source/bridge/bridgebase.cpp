@@ -4,7 +4,6 @@
 
 #include "kexbase/json_reader.h"
 #include "kexcom/result.h"
-#include "source/bridge/jsparams/secretfree.h"
 
 namespace imsdk::bridge {
 namespace {
@@ -19,6 +18,15 @@ bool SameName(const std::wstring& given, std::string_view name) {
 
 }  // namespace
 
+Secrets SecretsOf(std::span<const MethodRow> rows) {
+  Secrets secrets;
+  for (const MethodRow& row : rows) {
+    secrets.taken |= row.takes_secrets;
+    if (row.secret_key) secrets.keys.emplace_back(row.secret_key);
+  }
+  return secrets;
+}
+
 bool CBridgeBase::JsInvoke(const std::wstring& bizmethod, const std::wstring& jsonparam,
                            AnswerCallback answer) {
   for (const MethodRow& row : Methods()) {
@@ -31,19 +39,20 @@ bool CBridgeBase::JsInvoke(const std::wstring& bizmethod, const std::wstring& js
 }
 
 void CBridgeBase::TraceInput(const MethodRow& row, const std::wstring& jsonStr) {
-  ns_log::CTraceProxy(ns_log::kRoutine, row.site, row.text)
-      .Brief("_brief_,jsonStr", SecretFree(jsonStr));
+  ns_log::CTraceProxy(ns_log::kRoutine, row.site, row.texts.input)
+      .Brief("_brief_,jsonStr", SecretFree(jsonStr, SecretsOf({&row, 1})));
 }
 
 std::optional<base::Value> CBridgeBase::ReadRequest(const MethodRow& row,
-                                                    const std::wstring& jsonStr,
-                                                    const AnswerCallback& answer) {
-  auto json = base::JSONReader::Read(base::WideToUTF8(jsonStr));
-  if (json && (row.request->kind != JsonKind::kList || json->is_list())) return json;
-  ns_log::CTraceProxy(ns_log::kError, row.site, row.invalid)
-      .Brief("_brief_,jsonStr", SecretFree(jsonStr));
-  answer(E_INVALIDARG, AnswerText({E_INVALIDARG, 0, row.invalid}));
-  return std::nullopt;
+                                                    const std::wstring& jsonStr) {
+  auto json = base::JSONReader::ReadInPlace(base::WideToUTF8(jsonStr));
+  if (json && row.request->kind == JsonKind::kList && !json->is_list()) json.reset();
+  return json;
+}
+
+void CBridgeBase::OnAccountChanged(biz::IIMAccount* engine) {
+  if (engine || !look_up_.function || !Account().valid()) return;
+  ns_log::CTraceProxy(ns_log::kError, {look_up_.function}, look_up_.text);
 }
 
 }  // namespace imsdk::bridge

@@ -11,19 +11,15 @@
 namespace imsdk::bridge {
 namespace {
 
-using ns_log::CTraceProxy;
 using ns_log::kRoutine;
-
-constexpr char kSource[] = "source\\bridge\\bridgeconversation";
 
 // Nobody waits for the marking: its outcome is only traced.
 void MarkRead(biz::IIMConversation& chat, const CallBase& call) {
-  CTraceProxy(kRoutine, call.site(), L"SetNewMsgReaded req");
+  call.Trace(kRoutine, L"SetNewMsgReaded req");
   const std::int64_t start = base::TimeTicks::Now().ToMilliseconds();
-  chat.SetMsgRead({}, [start](const biz::ResultCode& result) {
+  chat.SetMsgRead({}, [start, site = call.site("SetNewMsgReaded")](const biz::ResultCode& result) {
     const std::int64_t timeOperate = base::TimeTicks::Now().ToMilliseconds() - start;
-    CTraceProxy(kRoutine, {"CBridgeConversation::MarkSeen::SetNewMsgReaded", kSource},
-                L"SetNewMsgReaded rsp")
+    ns_log::CTraceProxy(kRoutine, site, L"SetNewMsgReaded rsp")
         .Brief("_brief_,result,timeOperate", result.code, timeOperate);
   });
 }
@@ -31,28 +27,27 @@ void MarkRead(biz::IIMConversation& chat, const CallBase& call) {
 }  // namespace
 
 void CBridgeConversation::OnAccountChanged(biz::IIMAccount* engine) {
+  CBridgeBase::OnAccountChanged(engine);
   mgr_ = engine ? ChatMgrOf(*engine) : nullptr;
 }
 
 biz::ResultCode CBridgeConversation::Find(ChatMgr* mgr) const {
   *mgr = mgr_;
-  if (mgr_) return {};
-  return {E_UNEXPECTED, 0, L"failed"};
+  return mgr_ ? biz::ResultCode() : NotReady();
 }
 
-biz::ResultCode CBridgeConversation::Find(const biz::IMConversationID& cid, Chat* chat,
-                                          const CallBase& call) const {
+biz::ResultCode CBridgeConversation::Find(const biz::IMConversationID& cid, Chat* chat) const {
   if (mgr_) *chat = mgr_->GetConversation(cid);
   if (*chat) return {};
-  CTraceProxy(ns_log::kError, call.site(), L"GetConversation failed!!");
   return {E_UNEXPECTED, 0, L"GetConversation failed!!"};
 }
 
 void CBridgeConversation::GetNewMsg(const In<biz::IMPageRequest>& request, Chat chat,
                                     PageCall call) {
-  chat->GetNewMsg(request, [call, seen = MarkSeen(chat, call)](const biz::ResultCode& result,
-                                                               const biz::IMMessagePage& page) {
-    seen();
+  chat->GetNewMsg(request, [call, chat, seen = AskWindow(chat, call)](
+                               const biz::ResultCode& result, const biz::IMMessagePage& page) {
+    if (!result.ok()) return call.Finish(result);
+    if (seen()) MarkRead(*chat, call);
     CheckSenders(page.msgs, call.site(), L"new msg. fromid is invalid!!", kFetchedBrief);
     call.Finish(result, page);
   });
@@ -60,21 +55,29 @@ void CBridgeConversation::GetNewMsg(const In<biz::IMPageRequest>& request, Chat 
 
 void CBridgeConversation::GetOfflineMsg(const In<biz::IMNothing>& request, Chat chat,
                                         PageCall call) {
-  chat->GetOfflineMsg(request, RspFetchMsg(call, MarkSeen(chat, call)));
+  const auto mark = [call, chat, seen = AskWindow(chat, call)](const biz::IMMessagePage& page) {
+    if (!seen()) return;
+    // What is unread and not in the page, the page has not got: new messages, or those that the
+    // cache let go of.
+    chat->GetUnreadCount(
+        {}, [=, got = page.msgs.size()](const biz::ResultCode& result, const biz::IMCount& unread) {
+          if (result.ok() && static_cast<std::size_t>(unread.count) == got) MarkRead(*chat, call);
+        });
+  };
+  chat->GetOfflineMsg(request, RspFetchMsg(call, mark));
 }
 
-std::function<void()> CBridgeConversation::MarkSeen(const Chat& chat, const CallBase& call) const {
+std::function<bool()> CBridgeConversation::AskWindow(const Chat& chat, const CallBase& call) const {
   const auto self = reinterpret_cast<std::uintptr_t>(this);  // only traced
   return [self, account = Account(), chat, call] {
     const auto windows = kexcore::GetService<client::IChatWindowService>();
     const biz::IMConversationID& cid = chat->GetCID();
     const bool seen =
         windows && (windows->IsVisible(account, cid) || windows->IsActivated(account, cid));
-    CTraceProxy(
-        kRoutine, call.site(),
-        seen ? L"window is visible or BeActived!!" : L"window is NOT visible and BeActived!!")
+    call.Trace(kRoutine, seen ? L"window is visible or BeActived!!"
+                              : L"window is NOT visible and BeActived!!")
         .Brief("_brief_,this,userid", self, ConversationText(cid));
-    if (seen) MarkRead(*chat, call);
+    return seen;
   };
 }
 

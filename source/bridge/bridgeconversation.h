@@ -21,7 +21,7 @@ class CBridgeConversation : public CBridgeBase {
   using ChatMgr = RefPtr<biz::IIMChatMgr>;
   using PageCall = Call<biz::IMMessagePage>;
 
-  biz::ResultCode Find(const biz::IMConversationID& cid, Chat* chat, const CallBase& call) const;
+  biz::ResultCode Find(const biz::IMConversationID& cid, Chat* chat) const;
   biz::ResultCode Find(ChatMgr* mgr) const;
 
   // New messages.
@@ -34,6 +34,7 @@ class CBridgeConversation : public CBridgeBase {
   void Fetch(const In<Request>& request, Chat chat, PageCall call) {
     (chat.get()->*kFetch)(request, RspFetchMsg(std::move(call)));
   }
+  void GetRemoteHisMsg(const In<biz::IMPageRequest>& request, Chat chat, PageCall call);
   void DeleteLocalMsg(const In<biz::IMDeleteRequest>& request, Chat chat, Call<biz::IMCount> call);
   void SearchDBMsg(const In<biz::IMSearchRequest>& request, Chat chat, Call<SearchAnswer> call);
   void SearchDBMsg2(const In<biz::IMSearchRequest>& request, ChatMgr mgr, Call<SearchAnswer> call);
@@ -60,13 +61,15 @@ class CBridgeConversation : public CBridgeBase {
   virtual ChatMgr ChatMgrOf(biz::IIMAccount& account) const = 0;
 
  private:
-  // Returns what marks as read what a person can see when it is called. Any thread may call it.
-  std::function<void()> MarkSeen(const Chat& chat, const CallBase& call) const;
+  // Returns what tells whether a person can see the conversation when it is called. Any thread may
+  // call it.
+  std::function<bool()> AskWindow(const Chat& chat, const CallBase& call) const;
   static void Send(const In<SendMsgRequest>& request, bool autoreply, Chat chat, Call<> call);
   static void ReSend(const biz::IMResendRequest& request, Chat chat, Call<> call);
-  // Answers with messages that had to be fetched, then runs `then`.
-  static biz::IMCallback<biz::IMMessagePage> RspFetchMsg(PageCall call,
-                                                         std::function<void()> then = nullptr);
+  // Answers with messages that had to be fetched, then hands them to `then`. A failure is answered
+  // and that is all.
+  static biz::IMCallback<biz::IMMessagePage> RspFetchMsg(
+      PageCall call, std::function<void(const biz::IMMessagePage&)> then = nullptr);
 
   ChatMgr mgr_;  // of the current account, or null
 };

@@ -2,15 +2,15 @@
 #include <utility>
 
 #include "imsdk/client/dynamic_content.h"
+#include "kexbase/guid.h"
 #include "kexcore/kexcom.h"
 #include "source/bridge/bridgeconversation.h"
 #include "source/bridge/jsparams/idtext.h"
 #include "source/bridge/sendercheck.h"
+#include "source/bridge/tracepoint.h"
 
 namespace imsdk::bridge {
 namespace {
-
-using ns_log::CTraceProxy;
 
 std::wstring MsgIdText(const biz::IMMessage& msg) { return base::NumberToWide(msg.msgid); }
 
@@ -25,16 +25,37 @@ biz::IMCallback<biz::IMSearchPage> AnswerSearch(const In<biz::IMSearchRequest>& 
 
 }  // namespace
 
-biz::IMCallback<biz::IMMessagePage> CBridgeConversation::RspFetchMsg(PageCall call,
-                                                                     std::function<void()> then) {
+biz::IMCallback<biz::IMMessagePage> CBridgeConversation::RspFetchMsg(
+    PageCall call, std::function<void(const biz::IMMessagePage&)> then) {
   return [call = std::move(call), then = std::move(then)](const biz::ResultCode& result,
                                                           const biz::IMMessagePage& page) {
-    CTraceProxy(ns_log::kRoutine, call.site(), L"response msgs.")
+    if (!result.ok()) return call.Finish(result);
+    constexpr char kInner[] = "RspFetchMsg";
+    call.Trace(ns_log::kRoutine, L"response msgs.", kInner)
         .Brief("_brief_,msgids", Joined(page.msgs, MsgIdText));
-    CheckSenders(page.msgs, call.site(), L"rsp msg. fromid is invalid!!", kFetchedBrief);
+    CheckSenders(page.msgs, call.site(kInner), L"rsp msg. fromid is invalid!!", kFetchedBrief);
     call.Finish(result, page);
-    if (then) then();
+    if (then) then(page);
   };
+}
+
+void CBridgeConversation::GetRemoteHisMsg(const In<biz::IMPageRequest>& request, Chat chat,
+                                          PageCall call) {
+  const biz::IMMsgPosition from{request.msgtime, request.msgid};
+  chat->GetRemoteHisMsg(
+      request, [call, from, cid = ConversationText(chat->GetCID()), answer = RspFetchMsg(call)](
+                   const biz::ResultCode& result, const biz::IMMessagePage& page) {
+        Mark(call.Trace(result.ok() ? ns_log::kRoutine : ns_log::kError, L"get remote msg rsp",
+                        "RspFetchMsg")
+                 .Brief("_brief_,count", page.msgs.size()),
+             {.node_name = "imsdk_get_remote_msg",
+              .unique_id = base::UTF8ToWide(base::GenerateGUID()),
+              .result_code = result.code,
+              .session_id = cid,
+              .imsdk_msgid = from.msgid,
+              .imsdk_msgtime = from.msgtime});
+        answer(result, page);
+      });
 }
 
 void CBridgeConversation::DeleteLocalMsg(const In<biz::IMDeleteRequest>& request, Chat chat,
@@ -55,8 +76,8 @@ void CBridgeConversation::SearchDBMsg2(const In<biz::IMSearchRequest>& request, 
     return mgr->SearchMsg(request, AnswerSearch(request, std::move(call)));
   }
   Chat chat;
-  const biz::ResultCode found = Find(cid, &chat, call);
-  if (!found.ok()) return call.Finish(found);
+  const biz::ResultCode found = Find(cid, &chat);
+  if (!found.ok()) return call.Refuse(found);
   SearchDBMsg(request, std::move(chat), std::move(call));
 }
 

@@ -13,14 +13,13 @@
 namespace imsdk::bridge {
 namespace {
 
-using ns_log::CTraceProxy;
+constexpr wchar_t kEditFailed[] = L"EditImage failed!";
 
 // The engine's form of a body item. Content that is no Base64 is left out, and traced.
 biz::IMBodyItem ToEngine(const BodyItem& item, const CallBase& call) {
   biz::IMBodyItem made{item.type, item.jvale, item.value, item.filepath, {}};
   if (!base::Base64Decode(base::WideToUTF8(item.filecontent), &made.filecontent)) {
-    CTraceProxy(ns_log::kWarning, call.site(), L"json")
-        .Brief("_brief_,it->filecontent", item.filecontent);
+    call.Trace(ns_log::kWarning, L"json").Brief("_brief_,it->filecontent", item.filecontent);
     made.filecontent.clear();
   }
   return made;
@@ -35,47 +34,45 @@ biz::IMBody ToEngine(const std::vector<BodyItem>& items, const CallBase& call) {
 
 // The engine's callback of a send.
 biz::IMCallback<> AnswerSend(Call<> call) {
-  return [call = std::move(call)](const biz::ResultCode& result) { call.FinishSend(result.code); };
+  return [call = std::move(call)](const biz::ResultCode& result) { call.FinishSend(result); };
 }
 
 // Sends that are answered together, with the first refusal in their order.
 class Sends {
  public:
-  Sends(std::size_t count, Call<> call)
-      : call_(std::move(call)), open_(count), statuses_(count, 0) {}
+  Sends(std::size_t count, Call<> call) : call_(std::move(call)), open_(count), statuses_(count) {}
 
   // Any thread.
-  void Answer(std::size_t index, std::int32_t status) {
+  void Answer(std::size_t index, const biz::ResultCode& status) {
     {
       base::AutoLock hold(lock_);
       statuses_[index] = status;
       if (--open_ != 0) return;
     }
     const auto refused = std::find_if(statuses_.begin(), statuses_.end(),
-                                      [](std::int32_t status_of) { return status_of < 0; });
-    call_.FinishSend(refused == statuses_.end() ? 0 : *refused);
+                                      [](const biz::ResultCode& of) { return of.code < 0; });
+    call_.FinishSend(refused == statuses_.end() ? biz::ResultCode() : *refused);
   }
 
  private:
   const Call<> call_;
   base::Lock lock_;
   std::size_t open_;
-  std::vector<std::int32_t> statuses_;
+  std::vector<biz::ResultCode> statuses_;
 };
 
 // Sends one message to each of `cids`. One refusal does not keep the message from the others.
 void SendToEach(biz::IIMChatMgr& mgr, const std::vector<biz::IMConversationID>& cids,
                 const biz::IMSendRequest& message, Call<> call) {
-  if (cids.empty()) return call.FinishSend(E_INVALIDARG);
+  if (cids.empty()) return call.FinishSend({E_INVALIDARG, 0, L"nobody to send to"});
   const auto sends = std::make_shared<Sends>(cids.size(), std::move(call));
   for (std::size_t i = 0; i < cids.size(); ++i) {
     const RefPtr<biz::IIMConversation> chat = mgr.GetConversation(cids[i]);
     if (!chat) {
-      sends->Answer(i, E_UNEXPECTED);
+      sends->Answer(i, {E_UNEXPECTED, 0, L"GetConversation failed!!"});
       continue;
     }
-    chat->SendMsg(message,
-                  [sends, i](const biz::ResultCode& result) { sends->Answer(i, result.code); });
+    chat->SendMsg(message, [sends, i](const biz::ResultCode& result) { sends->Answer(i, result); });
   }
 }
 
@@ -108,27 +105,23 @@ void CBridgeConversation::ReSend(const biz::IMResendRequest& request, Chat chat,
 }
 
 void CBridgeConversation::EditPic2SendMsg(const EditPicRequest& request, ChatMgr mgr, Call<> call) {
-  const auto refuse = [](const CallBase& refused, std::int32_t code, const wchar_t* text) {
-    CTraceProxy(ns_log::kError, refused.site(), text);
-    refused.Fail(code, text);
-  };
-  if (request.filepath.empty()) return refuse(call, E_INVALIDARG, L"invalid filepath");
+  if (request.filepath.empty()) return call.Fail(E_INVALIDARG, L"invalid filepath");
   for (const biz::IMConversationID& cid : request.cids) {
     if (mgr->GetConversation(cid)) continue;
-    CTraceProxy(ns_log::kError, call.site(), L"IsInvalid cid")
-        .Brief("_brief_,cid", ConversationText(cid));
-    return call.Fail(E_INVALIDARG, L"IsInvalid cid");
+    constexpr wchar_t kInvalid[] = L"IsInvalid cid";
+    call.Trace(ns_log::kError, kInvalid).Brief("_brief_,cid", ConversationText(cid));
+    return call.Finish({E_INVALIDARG, 0, kInvalid});
   }
-  if (request.cids.empty()) return call.FinishSend(E_INVALIDARG);
-  CTraceProxy(ns_log::kRoutine, call.site(), L"EditImage")
+  if (request.cids.empty()) return SendToEach(*mgr, {}, {}, call);
+  call.Trace(ns_log::kRoutine, L"EditImage")
       .Brief("_brief_,vecCIDs", Joined(request.cids, ConversationText));
   const auto editor = kexcore::GetService<client::IPictureEditorService>();
-  if (!editor) return refuse(call, E_UNEXPECTED, L"EditImage failed!");
+  if (!editor) return call.Fail(E_UNEXPECTED, kEditFailed);
   editor->EditImage(
       request.filepath, request.fileMD5,
-      [refuse, mgr, cids = request.cids, call](const biz::ResultCode& result,
-                                               const base::FilePath& edited) {
-        if (!result.ok()) return refuse(call, result.code, L"EditImage failed!");
+      [mgr, cids = request.cids, call](const biz::ResultCode& result,
+                                       const base::FilePath& edited) {
+        if (!result.ok()) return call.Fail({result.code, result.subcode, kEditFailed}, kEditFailed);
         const biz::IMBodyItem picture{biz::kMsgPicture, {}, {}, edited, {}};
         SendToEach(*mgr, cids,
                    {.body = std::make_shared<const std::vector<biz::IMBodyItem>>(1, picture)},
@@ -138,10 +131,12 @@ void CBridgeConversation::EditPic2SendMsg(const EditPicRequest& request, ChatMgr
 
 void CBridgeConversation::ConvertMsgText2Emotion(const EmotionText& request,
                                                  Call<EmotionText> call) {
-  EmotionText converted = request;
+  std::vector<client::IMEmotion> emotions;
   if (const auto service = kexcore::GetService<client::IEmotionListService>()) {
-    converted.value = TextToEmotion(request.value, service->GetEmotions());
+    emotions = service->GetEmotions();
   }
+  EmotionText converted = request;
+  converted.value = TextToEmotion(request.value, emotions);
   call.Succeed(converted);
 }
 

@@ -5,12 +5,12 @@
 #include "imsdk/client/translation.h"
 #include "kexcore/kexcom.h"
 #include "source/bridge/conversationform.h"
+#include "source/bridge/jsparams/idtext.h"
 #include "source/bridge/sendercheck.h"
+#include "source/bridge/tracepoint.h"
 
 namespace imsdk::bridge {
 namespace {
-
-constexpr char kSource[] = "source\\bridge\\bridgesinglemsg";
 
 using MsgsRow = Notification<MsgsNotify, SingleForm>;
 constexpr MsgsRow kOnReceiveNewMsg{L"onReceiveNewMsg", "New messages came."};
@@ -67,7 +67,7 @@ class SingleFeed final : public CAccountFeed {
 
   void NotifyMsgs(const MsgsRow& row, const Messages& msgs, const char* function,
                   std::wstring_view text) const {
-    CheckSenders(msgs, {function, kSource}, text, kEventBrief);
+    CheckSenders(msgs, {function}, text, kEventBrief);
     Notify(row, MsgsNotify{&msgs});
   }
   void OnReceiveNewMsg(const Users&, const Messages& msgs) {
@@ -94,6 +94,16 @@ class SingleFeed final : public CAccountFeed {
   }
   void OnShakeMsg(const biz::IMUserID& cid) { Notify(kOnShakeMsgNotify, cid); }
   void OnFlagMyMsgReaded(const biz::IMUserID&, const std::vector<biz::IMFlagMsgReaded>& flags) {
+    for (const biz::IMFlagMsgReaded& flag : flags) {
+      Mark(ns_log::CTraceProxy(ns_log::kRoutine, {"CBridgeSingleMsg::OnFlagMyMsgReaded"},
+                               L"on my msg readed.")
+               .Brief("_brief_,readflag", flag.readflag),
+           {.node_name = "imsdk_read_flag_bridge_nty",
+            .unique_id = base::NumberToWide(flag.msgid),
+            .session_id = ConversationText(flag.cid),
+            .imsdk_msgid = flag.msgid,
+            .imsdk_msgtime = flag.msgtime});
+    }
     Notify(kOnFlagMyMsgReaded, {flags});
   }
   void OnMsgWithdraw(const biz::IMUserID&, const biz::IMMsgWithdraw& withdraw,

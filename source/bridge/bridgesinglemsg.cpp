@@ -17,10 +17,10 @@ constexpr wchar_t kAudio2textRemind[] =
 class CBridgeSingleMsg final : public ConversationModule<SingleForm> {
  public:
   static constexpr Name kName = "CBridgeSingleMsg";
-  static constexpr char kSource[] = "source\\bridge\\bridgesinglemsg";
 
   explicit CBridgeSingleMsg(ModuleContext context)
-      : ConversationModule(std::move(context), kSingleNotifications, &MakeSingleFeed) {}
+      : ConversationModule(std::move(context), kSingleNotifications, &MakeSingleFeed,
+                           {"CBridgeSingleMsg::OnAccountChanged", L"GetIMSingleChatMgr."}) {}
 
   std::span<const MethodRow> Methods() const override;
   void OwnerPreConstruct() override {
@@ -43,13 +43,6 @@ class CBridgeSingleMsg final : public ConversationModule<SingleForm> {
   }
 
  private:
-  void OnAccountChanged(biz::IIMAccount* engine) override {
-    ConversationModule::OnAccountChanged(engine);
-    if (engine || !Account().valid()) return;
-    ns_log::CTraceProxy(ns_log::kError, {"CBridgeSingleMsg::OnAccountChanged", kSource},
-                        L"GetIMSingleChatMgr.");
-  }
-
   RefPtr<client::ITranslationService> translation_;  // or null
 };
 

@@ -9,12 +9,15 @@
 namespace imsdk::bridge {
 namespace {
 
+constexpr wchar_t kLookUpText[] = L"GetIMVirtualChatMgr.";
+
 class CBridgeVritualMsg final : public ConversationModule<VirtualForm> {
  public:
   static constexpr Name kName = "CBridgeVritualMsg";
-  static constexpr char kSource[] = "source\\bridge\\bridgevirtualmsg";
 
-  using ConversationModule::ConversationModule;
+  explicit CBridgeVritualMsg(ModuleContext context)
+      : ConversationModule(std::move(context), {}, nullptr,
+                           {"CBridgeVritualMsg::OnAccountChanged", kLookUpText}) {}
   std::span<const MethodRow> Methods() const override;
 };
 
@@ -63,13 +66,15 @@ std::shared_ptr<CBridgeBase> MakeBridgeVritualMsg(const ModuleContext& context) 
 std::shared_ptr<CBridgeBase> MakeBridgeSysMsg(const ModuleContext& context) {
   return std::make_shared<CBridgeBase>(
       context, kRows<kOnReceiveSysMsg>,
-      &VirtualFeed<&biz::IMVirtualChatEvents::on_receive_sys_msg, kOnReceiveSysMsg>::Make);
+      &VirtualFeed<&biz::IMVirtualChatEvents::on_receive_sys_msg, kOnReceiveSysMsg>::Make,
+      LookUp{"CBridgeSysMsg::OnAccountChanged", kLookUpText});
 }
 std::shared_ptr<CBridgeBase> MakeBridgeSubscribeMsg(const ModuleContext& context) {
   return std::make_shared<CBridgeBase>(
       context, kRows<kOnReceiveSubscribeMsg>,
       &VirtualFeed<&biz::IMVirtualChatEvents::on_receive_subscribe_msg,
-                   kOnReceiveSubscribeMsg>::Make);
+                   kOnReceiveSubscribeMsg>::Make,
+      LookUp{"CBridgeSubscribeMsg::OnAccountChanged", kLookUpText});
 }
 
 }  // namespace imsdk::bridge

@@ -16,15 +16,14 @@ struct ConversationRows {
   static constexpr MethodRow kGetNewMsg = Row<M, "GetNewMsg", &Base::GetNewMsg>(
       "The new messages; they count as read when the conversation's window can be seen.");
   static constexpr MethodRow kGetOfflineMsg = Row<M, "GetOfflineMsg", &Base::GetOfflineMsg>(
-      "The new messages that came while nobody was logged in; marks read as GetNewMsg.");
+      "The new messages of the time logged out; marks them read if no others are unread.");
   static constexpr MethodRow kPeekNewMsg =
       Row<M, "PeekNewMsg", &Chat::GetNewMsg>("The new messages; marks nothing read.");
   static constexpr MethodRow kPeekOfflineMsg =
       Row<M, "PeekOfflineMsg", &Base::Fetch<&Chat::GetOfflineMsg, Nothing>>(
           "The new messages that came while nobody was logged in; marks nothing read.");
   static constexpr MethodRow kGetRemoteHisMsg =
-      Row<M, "GetRemoteHisMsg", &Base::Fetch<&Chat::GetRemoteHisMsg, biz::IMPageRequest>>(
-          "A page of the server's history.");
+      Row<M, "GetRemoteHisMsg", &Base::GetRemoteHisMsg>("A page of the server's history.");
   static constexpr MethodRow kGetLocalHisMsg =
       Row<M, "GetLocalHisMsg", &Chat::GetLocalHisMsg>("A page of the history on this machine.");
   static constexpr MethodRow kGetUnreadCount = Row<M, "GetUnreadCount", &Chat::GetUnreadCount>(
@@ -67,9 +66,9 @@ struct ConversationRows {
       Row<M, "SetRoamStatus", &Mgr::SetRoamStatus>("Switches the server's history on or off.");
   static constexpr MethodRow kEditPic2SendMsg = Row<M, "EditPic2SendMsg", &Base::EditPic2SendMsg>(
       "Lets the user edit a picture and sends the result to several conversations.");
-  static constexpr MethodRow kConvertMsgText2Emotion =
-      Row<M, "ConvertMsgText2Emotion", &Base::ConvertMsgText2Emotion>(
-          "Turns the emotion shortcuts of a text into tokens.");
+  static constexpr MethodRow kConvertMsgText2Emotion = Row<M, "ConvertMsgText2Emotion",
+                                                           &Base::ConvertMsgText2Emotion>(
+      "Makes the body of a typed text: shortcuts of emotions become tokens, the rest stays text.");
   static constexpr MethodRow kSetNewMsgMaxCache =
       Row<M, "SetNewMsgMaxCache", &Mgr::SetNewMsgMaxCache>(
           "Bounds the number of new messages kept in memory; 0 sets the engine's own bound.");

@@ -31,6 +31,9 @@ constexpr NamedValue kEngineCodeValues[] = {
     {biz::kEngineUnsupported, "kEngineUnsupported", "The account's server cannot do this."},
     {biz::kEnginePositionLost, "kEnginePositionLost",
      "The server does not know any more how far the account had read."},
+    {biz::kEngineDamaged, "kEngineDamaged",
+     "A store was damaged, missing or behind what it was; a login that succeeds has this as its "
+     "subcode."},
 };
 constexpr ValueSet kEngineCode{"EngineCode", kEngineCodeValues};
 
@@ -195,6 +198,9 @@ void Describer::Schema(const TypeInfo& type, const ValueSet* values, Use use) {
     case JsonKind::kUnsigned:
       Member("type", "integer");
       return Member("format", type.kind == JsonKind::kInteger ? "int32" : "uint32");
+    case JsonKind::kWhole:
+      Member("type", "integer");
+      return Member("format", "int64");
     case JsonKind::kFlag:
       Member("type", "integer");
       Key("enum");
@@ -350,7 +356,7 @@ void Describer::Method(const MethodRow& row) {
     Key("code");
     json_.Integer(E_INVALIDARG);
     Key("message");
-    json_.String(row.invalid);
+    json_.String(row.texts.invalid);
     json_.EndObject();
     json_.EndList();
   }

@@ -1,16 +1,11 @@
 #include "source/bridge/emotiontext.h"
 
-#include "kexbase/strings.h"
-#include "kexnet/escape.h"
+#include "kexbase/message_body.h"
 
 namespace imsdk::bridge {
 namespace {
 
 constexpr std::wstring_view kOpening = L"/:";
-
-std::wstring Escape(std::wstring_view text) {
-  return base::UTF8ToWide(net::EscapeQueryParamValue(base::WideToUTF8(text), false));
-}
 
 // The emotion whose shortcut is the longest one that `text` begins with, or null.
 const client::IMEmotion* LongestAt(std::wstring_view text,
@@ -25,13 +20,8 @@ const client::IMEmotion* LongestAt(std::wstring_view text,
 
 }  // namespace
 
-std::wstring EmotionToken(const client::IMEmotion& emotion) {
-  return L"pic:imemotion|ID?filepath=" + Escape(emotion.path) + L"&shortcut=" +
-         Escape(emotion.shortcut);
-}
-
 std::wstring TextToEmotion(std::wstring_view text, const std::vector<client::IMEmotion>& emotions) {
-  std::wstring converted;
+  base::BodyWriter body;
   std::size_t plain = 0;  // where the text begins that is not written yet
   for (std::size_t at = text.find(kOpening); at != text.npos; at = text.find(kOpening, at)) {
     const client::IMEmotion* emotion = LongestAt(text.substr(at), emotions);
@@ -39,13 +29,13 @@ std::wstring TextToEmotion(std::wstring_view text, const std::vector<client::IME
       at += kOpening.size();
       continue;
     }
-    converted += text.substr(plain, at - plain);
-    converted += EmotionToken(*emotion);
+    body.AddText(text.substr(plain, at - plain));
+    body.AddToken(base::EmotionToken(emotion->path, emotion->shortcut));
     at += emotion->shortcut.size();
     plain = at;
   }
-  converted += text.substr(plain);
-  return converted;
+  body.AddText(text.substr(plain));
+  return body.Finish();
 }
 
 }  // namespace imsdk::bridge

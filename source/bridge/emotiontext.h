@@ -1,4 +1,4 @@
-// Turns typed emotion shortcuts into the tokens of a message body.
+// Makes a message body out of typed text.
 #pragma once
 
 #include <string>
@@ -9,11 +9,9 @@
 
 namespace imsdk::bridge {
 
-// The token of a built-in emotion, "pic:imemotion|ID?filepath=…&shortcut=…" with escaped values.
-std::wstring EmotionToken(const client::IMEmotion& emotion);
-
-// `text` with each shortcut of the list replaced by its token. Every shortcut begins with "/:"; of
-// several that fit at one place the longest wins. Everything else stays as it is.
+// The message body of a typed text, with each shortcut of the list replaced by its token. Every
+// shortcut begins with "/:"; of several that fit at one place the longest wins. Everything else
+// arrives as it was typed, also what looks like a token.
 std::wstring TextToEmotion(std::wstring_view text, const std::vector<client::IMEmotion>& emotions);
 
 }  // namespace imsdk::bridge

@@ -16,6 +16,8 @@ class CIMBridgeMgr : public IIMBridgeMgr {
   std::int32_t Init() override;
   void Uninit() override;
   std::int32_t Describe(TextSink sink, void* context) override;
+  std::int32_t ReadCoreRecord(const char* text, std::size_t size, CoreRecord* record) override;
+  std::int32_t WriteCoreRecord(const CoreRecord& record, TextSink sink, void* context) override;
 
   // Whether the business layer runs. Any thread.
   static bool Started();

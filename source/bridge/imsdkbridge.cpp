@@ -1,17 +1,16 @@
 #include "source/bridge/imsdkbridge.h"
 
 #include <array>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "kexbase/json_reader.h"
+#include "kexbase/location.h"
 #include "kexbase/strings.h"
 #include "kexbase/time.h"
 #include "kexcom/result.h"
-#include "kexcore/kexcom.h"
-#include "source/bridge/bridgemodules.h"
 #include "source/bridge/imbridgemgr.h"
-#include "source/bridge/jsparams/secretfree.h"
 #include "source/bridge/scriptarg.h"
 #include "trace/traceproxy.h"
 
@@ -26,9 +25,8 @@ constexpr std::wstring_view kInvokeSuffix = L".invoke";
 constexpr std::size_t kJsonLimit = 4096;  // UTF-16 code units; only traced
 constexpr std::int64_t kSlowMs = 500;
 
-constexpr char kSource[] = "source\\bridge\\imsdkbridge";
-constexpr ns_log::TraceSite kInvokeSite{"CIMSDKBridge::JsInvoke", kSource};
-constexpr ns_log::TraceSite kResponseSite{"CIMSDKBridge::JSResponse", kSource};
+constexpr ns_log::TraceSite kInvokeSite{"CIMSDKBridge::JsInvoke"};
+constexpr ns_log::TraceSite kResponseSite{"CIMSDKBridge::JSResponse"};
 
 struct EventsRequest {
   std::vector<std::wstring> events;
@@ -36,6 +34,13 @@ struct EventsRequest {
   static constexpr auto kFields =
       FieldList(Field("events", &EventsRequest::events, "Names of notifications."));
 };
+
+// The routing path of a module call; nothing when the method is something else.
+std::optional<std::wstring> RoutingPath(const std::wstring& method) {
+  if (!method.ends_with(kInvokeSuffix)) return std::nullopt;
+  const std::wstring_view path = std::wstring_view(method).substr(kHostPrefix.size());
+  return std::wstring(path.substr(0, path.size() - kInvokeSuffix.size()));
+}
 
 }  // namespace
 
@@ -45,35 +50,26 @@ struct CIMSDKBridge::Invocation {
   const std::wstring& jsonparam;
 };
 
-CIMSDKBridge::~CIMSDKBridge() { UnbindPage(); }
+CIMSDKBridge::~CIMSDKBridge() {
+  if (!view_) return;
+  const std::shared_ptr<base::TaskRunner> runner = view_->channel().runner();
+  if (runner->RunsTasksOnCurrentThread()) {
+    view_->Close();
+    return;
+  }
+  try {
+    // A runner that takes no tasks any more lets go of the view with this one.
+    runner->PostTask(FROM_HERE, [view = std::move(view_)] { view->Close(); });
+  } catch (...) {  // out of memory: the same
+  }
+}
 
 std::int32_t CIMSDKBridge::BindPage(const PageBinding& binding) try {
   if (!binding.handler || !binding.runner) return E_POINTER;
-  if (channel_ || !CIMBridgeMgr::Started()) return E_UNEXPECTED;
-  browser_id_ = binding.browserId;
-  channel_ = std::make_shared<PageChannel>(binding.handler, binding.runner);
-  self_ = std::make_shared<CIMSDKBridge*>(this);
-  // Filled once the modules are there; a login that uses it comes later.
-  const auto sources = std::make_shared<std::vector<FeedSource>>();
-  const auto attach = [sources](const biz::IMUserID& account) {
-    const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
-    return std::make_shared<const Attachment>(accounts ? accounts->GetAccount(account) : nullptr,
-                                              *sources);
-  };
-  modules_ =
-      MakeModules({channel_, attach,
-                   [weak = std::weak_ptr(self_)](const biz::IMUserID& account,
-                                                 std::shared_ptr<const Attachment> attached) {
-                     const auto self = weak.lock();
-                     if (self) (*self)->SetAccount(account, std::move(attached));
-                   }});
-  for (const auto& [path, module] : modules_) {
-    if (!module) continue;
-    module->listener().SetPath(path);
-    sources->push_back(module->source());
-    module->OwnerPreConstruct();
-  }
-  if (binding.account.valid()) SetAccount(binding.account, attach(binding.account));
+  if (view_ || !CIMBridgeMgr::Started()) return E_UNEXPECTED;
+  view_ = std::make_shared<BoundView>(binding);
+  view_->Open([this](const ModuleContext& context) { return MakeModules(context); },
+              binding.account);
   return 0;
 } catch (...) {
   UnbindPage();
@@ -81,15 +77,11 @@ std::int32_t CIMSDKBridge::BindPage(const PageBinding& binding) try {
 }
 
 void CIMSDKBridge::UnbindPage() {
-  self_.reset();
-  if (channel_) channel_->Close();
-  // Out of the bridge first: a module's end may come back here through the host.
-  const auto attached = std::exchange(attached_, nullptr);
-  const auto modules = std::exchange(modules_, {});
+  if (view_) view_->Close();
 }
 
 void CIMSDKBridge::JsInvoke(const SdkParam& sdkParam) {
-  if (!channel_) return;
+  if (!view_) return;
   // The page handler may close the view from inside a delivery.
   const RefPtr<CIMSDKBridge> self(this);
   try {
@@ -112,13 +104,14 @@ void CIMSDKBridge::Dispatch(const SdkParam& sdkParam) {
   const std::wstring& strParam2 = ArgText(sdkParam, 1, &made[1]);
   const std::wstring& strParam3 = ArgText(sdkParam, 2, &made[2]);
 
-  if (sdkParam.browserId != browser_id_) {
+  if (sdkParam.browserId != view_->browser_id()) {
     // No record of this call is stored yet, so the answer goes nowhere unless an older call waits
     // under the same identifier.
     JSResponse(strSeqID, {E_NOTIMPL, {}});
     CTraceProxy(ns_log::kError, kInvokeSite, L"browserId NOT match!!!")
         .Brief("_brief_,sdkParam.browserId,sdkParam.method,strSeqID,strParam2,strParam3",
-               sdkParam.browserId, sdkParam.method, strSeqID, strParam2, SecretFree(strParam3));
+               sdkParam.browserId, sdkParam.method, strSeqID, strParam2,
+               SecretFree(strParam3, SecretsFor(RoutingPath(sdkParam.method))));
     return;
   }
   if (!strSeqID.empty()) {
@@ -126,26 +119,25 @@ void CIMSDKBridge::Dispatch(const SdkParam& sdkParam) {
     DropOverdue();
   }
 
-  const std::wstring_view method = std::wstring_view(sdkParam.method).substr(kHostPrefix.size());
   const Invocation call{strSeqID, strParam2, strParam3};
-  if (method.ends_with(kInvokeSuffix)) {
-    CallModule(std::wstring(method.substr(0, method.size() - kInvokeSuffix.size())), call);
-  } else if (method == L"im.event_notify") {
+  if (const auto path = RoutingPath(sdkParam.method)) {
+    CallModule(*path, call);
+  } else if (sdkParam.method == L"workbench.im.event_notify") {
     EventNotify(call);
-  } else if (method == L"im.event_register") {
+  } else if (sdkParam.method == L"workbench.im.event_register") {
     EventRegister(call);
   }
 }
 
 void CIMSDKBridge::CallModule(const std::wstring& scRoutingPath, const Invocation& call) {
   const auto& [strSeqID, bizmethod, jsonparam] = call;
-  const auto found = modules_.find(scRoutingPath);
-  if (found == modules_.end()) return;
+  const auto found = view_->modules().find(scRoutingPath);
+  if (found == view_->modules().end()) return;
   if (strSeqID.empty()) CTraceProxy(ns_log::kWarning, kInvokeSite, L"invalid seqid");
   if (base::Utf16Length(jsonparam) > kJsonLimit) {
     CTraceProxy(ns_log::kError, kInvokeSite, L"unexpected json!!! too large.")
         .Brief("_brief_,scRoutingPath,bizmethod,jsonparam", scRoutingPath, bizmethod,
-               SecretFree(jsonparam));
+               SecretFree(jsonparam, SecretsFor(scRoutingPath)));
   }
   const std::shared_ptr<CBridgeBase> module = found->second;
   if (!module) {
@@ -159,9 +151,16 @@ void CIMSDKBridge::CallModule(const std::wstring& scRoutingPath, const Invocatio
   }
 }
 
+// What goes to nobody known may hold secrets.
+Secrets CIMSDKBridge::SecretsFor(const std::optional<std::wstring>& path) const {
+  const auto found = path ? view_->modules().find(*path) : view_->modules().end();
+  if (found == view_->modules().end() || !found->second) return {true, {}};
+  return SecretsOf(found->second->Methods());
+}
+
 void CIMSDKBridge::EventNotify(const Invocation& call) {
   const std::wstring& eventname = call.bizmethod;
-  channel_->Raise(eventname, call.jsonparam, L"");
+  view_->channel().Raise(eventname, call.jsonparam, L"");
   CTraceProxy(ns_log::kRoutine, kInvokeSite, L"im.event_notify!!!")
       .Brief("_brief_,eventname", eventname);
   AnswerEvent(call.strSeqID, {});
@@ -174,7 +173,8 @@ void CIMSDKBridge::EventRegister(const Invocation& call) {
     return AnswerEvent(call.strSeqID, {});
   }
   CTraceProxy(ns_log::kRoutine, kInvokeSite, L"im.event_register!!!")
-      .Brief("_brief_,bizmethod,jsonparam", call.bizmethod, call.jsonparam);
+      .Brief("_brief_,bizmethod,jsonparam", call.bizmethod,
+             SecretFree(call.jsonparam, Secrets{true, {}}));
   AnswerEvent(call.strSeqID, ChangeRegistration(call));
 }
 
@@ -192,7 +192,7 @@ biz::ResultCode CIMSDKBridge::ChangeRegistration(const Invocation& call) {
   for (const std::wstring& name : request.events) {
     if (!KnowsNotification(name)) return {E_INVALIDARG, 0, L"unknown event: " + name};
   }
-  for (const auto& [path, module] : modules_) {
+  for (const auto& [path, module] : view_->modules()) {
     if (!module) continue;
     for (const std::wstring& name : request.events) module->listener().Register(name, add);
   }
@@ -200,13 +200,13 @@ biz::ResultCode CIMSDKBridge::ChangeRegistration(const Invocation& call) {
 }
 
 void CIMSDKBridge::RegisterAll(bool wanted) {
-  for (const auto& [path, module] : modules_) {
+  for (const auto& [path, module] : view_->modules()) {
     if (module) module->listener().RegisterAll(wanted);
   }
 }
 
 bool CIMSDKBridge::KnowsNotification(std::wstring_view name) const {
-  for (const auto& [path, module] : modules_) {
+  for (const auto& [path, module] : view_->modules()) {
     if (!module) continue;
     for (const NotifyInfo* known : module->listener().rows()) {
       if (known->name == name) return true;
@@ -220,7 +220,7 @@ void CIMSDKBridge::AnswerEvent(const std::wstring& strSeqID, const biz::ResultCo
 }
 
 AnswerCallback CIMSDKBridge::MakeAnswer(const std::wstring& strSeqID) {
-  return {RefPtr<CIMSDKBridge>(this), channel_->runner(), strSeqID};
+  return {RefPtr<CIMSDKBridge>(this), view_->channel().runner(), strSeqID};
 }
 
 void CIMSDKBridge::DropOverdue() {
@@ -233,7 +233,7 @@ void CIMSDKBridge::DropOverdue() {
 }
 
 void CIMSDKBridge::JSResponse(const std::wstring& strSeqID, const AnswerResult& result) {
-  const RefPtr<IPageHandler> handler = channel_->handler();
+  const RefPtr<IPageHandler> handler = view_->channel().handler();
   if (!handler || strSeqID.empty()) {
     CTraceProxy(ns_log::kError, kResponseSite, L"ERROR!!!").Brief("_brief_,strSeqID", strSeqID);
     return;
@@ -248,23 +248,15 @@ void CIMSDKBridge::JSResponse(const std::wstring& strSeqID, const AnswerResult& 
   if (timeDiff >= kSlowMs) {
     CTraceProxy(ns_log::kWarning, kResponseSite, L"js invoke take too much time!")
         .Brief("_brief_,strSeqID, timeDiff, method, params", strSeqID, timeDiff, call->method,
-               SecretFree(call->params));
+               SecretFree(call->params, SecretsFor(RoutingPath(call->method))));
   } else {
     CTraceProxy(ns_log::kRoutine, kResponseSite, L"js invoke!")
         .Brief("_brief_,strSeqID, timeDiff, method", strSeqID, timeDiff, call->method);
   }
   try {
-    handler->DeliverAnswer(browser_id_, strSeqID, result.code != 0, result.payload);
+    handler->DeliverAnswer(view_->browser_id(), strSeqID, result.code != 0, result.payload);
   } catch (...) {  // the page side's trouble ends here
   }
-}
-
-void CIMSDKBridge::SetAccount(const biz::IMUserID& account,
-                              std::shared_ptr<const Attachment> attached) {
-  for (const auto& [path, module] : modules_) {
-    if (module) module->SetAccount(account, attached ? attached->engine() : nullptr);
-  }
-  attached_ = std::move(attached);
 }
 
 std::int64_t CIMSDKBridge::NowMs() const { return base::TimeTicks::Now().ToMilliseconds(); }

@@ -2,19 +2,21 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "bridge/imsdkbridge.h"
 #include "kexcom/factory.h"
 #include "source/bridge/answercallback.h"
+#include "source/bridge/boundview.h"
 #include "source/bridge/bridgemodules.h"
-#include "source/bridge/pagechannel.h"
 #include "source/bridge/pendingcalls.h"
 
 namespace imsdk::bridge {
 
-// The pending-call table has no lock: everything but the counts runs on the view's thread.
+// The pending-call table has no lock: everything but the counts and the end runs on the view's
+// thread.
 class CIMSDKBridge : public IIMSDKBridge {
  public:
   using Interface = IIMSDKBridge;
@@ -25,7 +27,7 @@ class CIMSDKBridge : public IIMSDKBridge {
   std::int32_t BindPage(const PageBinding& binding) override;
   void JsInvoke(const SdkParam& sdkParam) override;
   void UnbindPage() override;
-  const wchar_t* NotifyingPath() const override { return channel_ ? channel_->path() : L""; }
+  const wchar_t* NotifyingPath() const override { return view_ ? view_->channel().path() : L""; }
 
   // Answers one call. View's thread; called through `AnswerCallback`.
   void JSResponse(const std::wstring& strSeqID, const AnswerResult& result);
@@ -43,6 +45,8 @@ class CIMSDKBridge : public IIMSDKBridge {
 
   void Dispatch(const SdkParam& sdkParam);
   void CallModule(const std::wstring& scRoutingPath, const Invocation& call);
+  // What a request to the module of this path may hold.
+  Secrets SecretsFor(const std::optional<std::wstring>& path) const;
   void EventNotify(const Invocation& call);
   void EventRegister(const Invocation& call);
   biz::ResultCode ChangeRegistration(const Invocation& call);
@@ -51,15 +55,9 @@ class CIMSDKBridge : public IIMSDKBridge {
   void AnswerEvent(const std::wstring& strSeqID, const biz::ResultCode& result);
   AnswerCallback MakeAnswer(const std::wstring& strSeqID);
   void DropOverdue();
-  void SetAccount(const biz::IMUserID& account, std::shared_ptr<const Attachment> attached);
 
-  std::wstring browser_id_;
-  std::shared_ptr<PageChannel> channel_;  // null until bound
-  ModuleTable modules_;
-  std::shared_ptr<const Attachment> attached_;  // to the account of the modules, or null
+  std::shared_ptr<BoundView> view_;  // null until bound
   PendingCalls pending_;
-  // What `ModuleContext::set_account` looks at to see that the bridge is still bound.
-  std::shared_ptr<CIMSDKBridge*> self_;
 };
 
 }  // namespace imsdk::bridge

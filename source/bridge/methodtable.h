@@ -12,8 +12,8 @@
 //
 // What an operation belongs to, and a member function works on, is found by the module:
 // `biz::ResultCode Find(RefPtr<Target>*) const` for a service, and for a conversation
-// `biz::ResultCode Find(const biz::IMConversationID&, RefPtr<biz::IIMConversation>*,
-// const CallBase&) const`. What it refuses is answered with its code and text.
+// `biz::ResultCode Find(const biz::IMConversationID&, RefPtr<biz::IIMConversation>*) const`. What
+// it refuses is answered with its code and text, and traced by the text.
 #pragma once
 
 #include <algorithm>
@@ -22,62 +22,11 @@
 #include <type_traits>
 #include <utility>
 
-#include "kexcom/result.h"
 #include "source/bridge/bridgebase.h"
+#include "source/bridge/call.h"
 #include "source/bridge/jsparams/form.h"
 
 namespace imsdk::bridge {
-
-// One call in the hands of what serves it. Copyable; it is answered through exactly one of the
-// copies, on any thread.
-class CallBase {
- public:
-  CallBase(AnswerCallback answer, const MethodRow& row) : answer_(std::move(answer)), row_(&row) {}
-
-  // The answer's envelope alone.
-  void Finish(const biz::ResultCode& result) const { answer_(result.code, AnswerText(result)); }
-  void Fail(std::int32_t code, std::wstring text) const { Finish({code, 0, std::move(text)}); }
-  void Invalid() const { Fail(E_INVALIDARG, row_->invalid); }
-
-  // The outcome of a send: the engine's status, negative when it refused. A positive one is a
-  // success too, so the call has not failed.
-  void FinishSend(std::int32_t status) const {
-    const biz::ResultCode result{status, 0, status < 0 ? L"failed" : L"success"};
-    answer_(std::min(status, 0), AnswerText(result));
-  }
-
-  const ns_log::TraceSite& site() const { return row_->site; }
-
- protected:
-  AnswerCallback answer_;
-
- private:
-  const MethodRow* row_;  // rows are static
-};
-
-template <class Answer = biz::IMNothing>
-class Call : public CallBase {
- public:
-  using Writer = std::wstring (*)(const biz::ResultCode&, const Answer&);
-
-  Call(AnswerCallback answer, const MethodRow& row, Writer writer)
-      : CallBase(std::move(answer), row), writer_(writer) {}
-
-  using CallBase::Finish;
-  // The envelope and the answer's keys.
-  void Finish(const biz::ResultCode& result, const Answer& answer) const {
-    answer_(result.code, writer_(result, answer));
-  }
-  void Succeed(const Answer& answer) const { Finish({}, answer); }
-
-  // A call is the engine's callback of the operation that it asked for.
-  void operator()(const biz::ResultCode& result, const Answer& answer = {}) const {
-    Finish(result, answer);
-  }
-
- private:
-  Writer writer_;
-};
 
 // The types of what serves a method. `Target` is void for a member function that needs none.
 template <class R, class T, class A>
@@ -107,25 +56,24 @@ void RunRow(CBridgeBase& base, const MethodRow& row, const std::wstring& jsonStr
   auto& module = static_cast<Module&>(base);
   CBridgeBase::TraceInput(row, jsonStr);
 
+  Call<Answer> call(std::move(answer), row, &AnswerText<Form, Answer>);
   typename Types::Request request;
   if constexpr (!std::is_same_v<decltype(request), biz::IMNothing>) {
-    const auto json = CBridgeBase::ReadRequest(row, jsonStr, answer);
-    if (!json) return;
+    const auto json = CBridgeBase::ReadRequest(row, jsonStr);
+    if (!json) return call.Unreadable(jsonStr);
     ReadValue<Form>(*json, &request);
   }
-
-  Call<Answer> call(std::move(answer), row, &AnswerText<Form, Answer>);
   if constexpr (std::is_void_v<Target>) {
     (module.*kServes)(request, std::move(call));
   } else {
     RefPtr<Target> target;
     biz::ResultCode found;
     if constexpr (std::is_same_v<Target, biz::IIMConversation>) {
-      found = module.Find(request.cid, &target, call);
+      found = module.Find(request.cid, &target);
     } else {
       found = module.Find(&target);
     }
-    if (!found.ok()) return call.Finish(found);
+    if (!found.ok()) return call.Refuse(found);
     if constexpr (std::is_invocable_v<decltype(kServes), Module&, decltype(request), RefPtr<Target>,
                                       Call<Answer>>) {
       (module.*kServes)(request, std::move(target), std::move(call));
@@ -154,26 +102,39 @@ inline constexpr auto kTraceName = [] {
 }();
 template <Name kName>
 inline constexpr auto kWideName = [] {
-  std::array<wchar_t, kName.view().size()> name{};
+  std::array<wchar_t, kName.view().size() + 1> name{};
   std::copy_n(kName.text, name.size(), name.begin());
   return name;
 }();
 
 // The row of `Module` for the method `kName`. Traces name it by `kHandler`, which pages do not see.
-// A module says its `Form`, and as traces name them its class (`kName`) and source file
-// (`kSource`).
+// A module says its `Form` and its class as traces name it (`kName`); `texts` are those of the row
+// alone.
 template <class Module, Name kName, auto kServes, Name kHandler = kName>
-constexpr MethodRow Row(const char* sentence) {
+constexpr MethodRow Row(const char* sentence, const RowTexts& texts = {}) {
   using Types = decltype(TypesOf(kServes));
   using Form = typename Module::Form;
   return {kName.view(),
-          {kWideName<kName>.data(), kWideName<kName>.size()},
           sentence,
           &TypeInfoOf<Form, typename Types::Request>::kInfo,
           &TypeInfoOf<Form, typename Types::Answer>::kInfo,
-          {kTraceName<Module::kName, kHandler>.data(), Module::kSource},
-          Form::kInvalid,
+          {kTraceName<Module::kName, kHandler>.data()},
+          texts.Or(Module::kTexts).Or(CBridgeBase::kTexts).Or({.input = kWideName<kName>.data()}),
+          Module::kTakesSecrets,
           &RunRow<Module, kServes>};
+}
+
+// A row whose requests have a secret under a key that is none elsewhere.
+constexpr MethodRow Secret(const char* key, MethodRow row) {
+  row.takes_secrets = true;
+  row.secret_key = key;
+  return row;
+}
+
+// A row that modules share, with texts of its own in one of them.
+constexpr MethodRow With(const RowTexts& texts, MethodRow row) {
+  row.texts = texts.Or(row.texts);
+  return row;
 }
 
 }  // namespace imsdk::bridge

@@ -5,6 +5,7 @@
 #include "kexbase/guid.h"
 #include "kexcom/result.h"
 #include "source/bridge/jsparams/idtext.h"
+#include "source/bridge/tracepoint.h"
 
 namespace imsdk::bridge {
 namespace {
@@ -24,14 +25,13 @@ void CheckSender(const biz::IMMessage& msg, const ns_log::TraceSite& site, std::
                  const char* brief) {
   const biz::IMUserID& cid = msg.cid.user;
   if (SameMainAccount(cid, msg.fromid) || SameMainAccount(cid, msg.toid)) return;
-  using ns_log::MakeTraceItem;
-  ns_log::CTraceProxy(ns_log::kError, site, text)
-      .Brief(brief, IdText(cid), IdText(msg.toid), IdText(msg.fromid), msg.msgtime)
-      .Item(MakeTraceItem("node_name", "imsdk_bc_msg_fromid_check"))
-      .Item(MakeTraceItem("unique_id", base::GenerateGUID()))
-      .Item(MakeTraceItem("result_code", E_INVALIDARG))
-      .Item(MakeTraceItem("session_id", IdText(cid)))
-      .Item(MakeTraceItem("imsdk_msgid", msg.msgid));
+  Mark(ns_log::CTraceProxy(ns_log::kError, site, text)
+           .Brief(brief, IdText(cid), IdText(msg.toid), IdText(msg.fromid), msg.msgtime),
+       {.node_name = "imsdk_bc_msg_fromid_check",
+        .unique_id = base::UTF8ToWide(base::GenerateGUID()),
+        .result_code = E_INVALIDARG,
+        .session_id = IdText(cid),
+        .imsdk_msgid = msg.msgid});
 }
 
 void CheckSenders(const std::vector<biz::IMMessage>& msgs, const ns_log::TraceSite& site,

@@ -106,20 +106,16 @@ TEST(Feeds, NothingFallsBetweenALoginAndItsAnswer) {
   TestHost host;
   host.Bind();
   host.Invoke(L"workbench.im.event_register", L"r", L"register_all");
-  // Twice: the second login comes while the first is open, and is the same view's.
-  for (const wchar_t* seq : {L"1", L"2"}) {
-    host.bridge->JsInvoke({L"view-1",
-                           L"workbench.im.login.invoke",
-                           {std::wstring(seq), std::wstring(L"DoLoginByPassWord"), kLogin}});
-  }
+  host.bridge->JsInvoke({L"view-1",
+                         L"workbench.im.login.invoke",
+                         {std::wstring(L"1"), std::wstring(L"DoLoginByPassWord"), kLogin}});
   engine_thread.Stop();
   EXPECT_TRUE(host.page.notifications.empty());
   host.RunLoop();
-  ASSERT_EQ(host.page.answers.size(), 3u);  // with that of the registration
+  ASSERT_EQ(host.page.answers.size(), 2u);  // with that of the registration
   std::vector<std::wstring> order;
   for (const auto& notification : host.page.notifications) order.push_back(notification.event);
-  EXPECT_EQ(order, (std::vector<std::wstring>{L"onIMLoginOK", L"onReceiveNewMsg", L"onIMLoginOK",
-                                              L"onReceiveNewMsg"}));
+  EXPECT_EQ(order, (std::vector<std::wstring>{L"onIMLoginOK", L"onReceiveNewMsg"}));
 }
 
 TEST(Feeds, AViewThatClosesDuringItsLoginLeavesNothingBehind) {

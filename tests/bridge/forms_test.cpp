@@ -77,9 +77,8 @@ struct Record<Users> {
 
 namespace {
 
-// What im.tribemsg will say of itself: the identifier, its message list, its texts.
+// What im.tribemsg will say of itself: the identifier, its message list.
 struct TribeForm : PlainForm {
-  static constexpr wchar_t kInvalid[] = L"invalid";
   static constexpr biz::IMCIDType kType = biz::kCIDTribe;
   static constexpr auto kIdFields = FieldList(Field(
       "tribeid", Path(&InConversation::cid, &biz::IMConversationID::tribe, &biz::IMTribeID::id),
@@ -108,7 +107,7 @@ namespace {
 class TribeModule final : public ConversationModule<TribeForm> {
  public:
   static constexpr Name kName = "CBridgeTribeMsg";
-  static constexpr char kSource[] = "source\\bridge\\bridgetribemsg";
+  static constexpr RowTexts kTexts{.invalid = L"invalid"};
   using ConversationModule::ConversationModule;
   std::span<const MethodRow> Methods() const override;
 
@@ -125,13 +124,14 @@ using Rows = ConversationRows<TribeModule>;
 constexpr MethodRow kMethods[] = {
     Rows::kGetNewMsg,
     Rows::kGetUnreadCountInBulk,
-    Rows::kDeleteLocalMsg,
+    With({.input = L"discard", .invalid = L"invalid!"}, Rows::kDeleteLocalMsg),
     Rows::kSearchDBMsg,
     Rows::kForwardChatMsg,
     Rows::kGetMsgPicture<"GetMsgPictures">,
     Row<TribeModule, "SendNormalTribeMsg", &TribeModule::SendMsg<false>>("Sends a message."),
     Row<TribeModule, "GetFile", &TribeModule::GetFile>("A file."),
-    Row<TribeModule, "GetTexts", &TribeModule::GetTexts>("Texts."),
+    Row<TribeModule, "GetTexts", &TribeModule::GetTexts>("Texts.",
+                                                         {.unreadable = L"PARAM ERROR, JSON:"}),
 };
 std::span<const MethodRow> TribeModule::Methods() const { return kMethods; }
 
@@ -185,7 +185,10 @@ TEST_F(TribeForms, ServeTribesByTheSameHandlers) {
 TEST_F(TribeForms, HaveTheirOwnTexts) {
   const std::wstring invalid = LR"({"code":-2147024809,"subcode":0,"result":"invalid"})";
   EXPECT_EQ(Payload(L"GetNewMsg", L"{oops"), invalid);
-  EXPECT_EQ(Payload(L"DeleteLocalMsg", LR"({"tribeid":"10001"})"), invalid);
+  EXPECT_TRUE(Payload(L"DeleteLocalMsg", LR"({"tribeid":"10001"})").ends_with(LR"("invalid!"})"));
+  EXPECT_EQ(host.log->Lines(L"discard").size(), 1u);
+  EXPECT_EQ(Payload(L"GetTexts", L"[oops"), invalid);
+  EXPECT_EQ(host.log->Lines(L"PARAM ERROR, JSON:").at(0).items.at("jsonStr"), L"[oops");
   // A user's name is no tribe.
   for (const wchar_t* json : {L"{}", LR"({"tribeid":10001})", LR"({"tribeid":"7"})",
                               LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})"}) {

@@ -219,5 +219,37 @@ TEST(EventRegister, RefusesWhatItDoesNotKnow) {
   }
 }
 
+TEST(JsInvoke, NoLineShowsASecretWhereverItComes) {
+  TestHost host;
+  host.Bind();
+  const std::wstring secret = LR"({"pass\u0077ord":"hunter2"})";
+  const std::wstring unreadable = L"{hunter2";
+  for (const std::wstring& json : {secret, unreadable}) {
+    for (const wchar_t* method :
+         {L"im.login.invoke", L"im.event_register", L"im.event_notify", L"im.nobody.invoke"}) {
+      const std::wstring full = L"workbench." + std::wstring(method);
+      host.bridge->now = 0;
+      host.Invoke(full, L"1", L"DoLoginByPassWord", json);
+      host.Invoke(full, L"2", L"DoLogout", json + std::wstring(5000, L' '));
+      host.bridge->now = 1000;
+      host.bridge->JSResponse(L"1", {});
+      host.bridge->JsInvoke({L"view-2", full, {std::wstring(L"3"), std::wstring(L"x"), json}});
+    }
+  }
+  const std::wstring tribes = L"workbench.im.tribemgr.invoke";
+  for (const std::wstring& json : {std::wstring(LR"({"s\u0074r":["hunter2"]})"), unreadable}) {
+    host.bridge->now = 0;
+    host.Invoke(tribes, L"4", L"SetJoinPwd", json);
+    host.Invoke(tribes, L"5", L"SetJoinPwd", json + std::wstring(5000, L' '));
+    host.bridge->now = 1000;
+    host.bridge->JSResponse(L"4", {});
+    host.bridge->JsInvoke({L"view-2", tribes, {std::wstring(L"6"), std::wstring(L"x"), json}});
+  }
+  EXPECT_GT(host.log->Lines().size(), 20u);
+  for (const auto& line : host.log->Lines()) {
+    EXPECT_EQ(line.record.find(L"hunter2"), line.record.npos) << base::WideToUTF8(line.record);
+  }
+}
+
 }  // namespace
 }  // namespace imsdk

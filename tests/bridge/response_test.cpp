@@ -97,12 +97,15 @@ TEST(AnswerCallback, DroppedUncalledAnswersUnexpected) {
   kept = nullptr;
   ASSERT_EQ(host.page.answers.size(), 1u);
   EXPECT_TRUE(host.page.answers[0].failed);
+  EXPECT_EQ(host.log->Lines(L"never answered!!!").at(0).function,
+            "CBridgeSingleMsg::GetLocalHisMsg");
 
   // Answering twice, also after the first was delivered, is answering once.
   host.Invoke(L"workbench.im.singlemsg.invoke", L"2", L"GetLocalHisMsg", request);
   kept({}, {});
   kept({}, {});
   kept = nullptr;
+  EXPECT_EQ(host.log->Lines(L"already done!!!").size(), 1u);
   EXPECT_EQ(host.page.answers.size(), 2u);
   EXPECT_FALSE(host.page.answers[1].failed);
 }
@@ -123,6 +126,26 @@ TEST(AnswerCallback, OutlivesTheBridge) {
   }
   kept({}, {});  // the view's loop is gone
   kept = nullptr;
+}
+
+TEST(AnswerCallback, KeepsNoBridgeThatItHasAnsweredTo) {
+  test::MemoryEngine engine;
+  TestHost host;
+  test::PageDone kept;
+  engine.Chats().Chat(test::kLighthouse).on_history = [&](test::PageDone done) { kept = done; };
+  const auto alive = std::make_shared<int>();  // held by the bridge
+  RefPtr view(new component::CKexCOMObject<test::OpenBridge>);
+  view->change = [alive](const auto&...) {};
+  view->BindPage({L"v", &host.page, host.loop.task_runner(), test::kHarbor});
+  view->JsInvoke(
+      {L"v",
+       L"workbench.im.singlemsg.invoke",
+       {L"1", L"GetLocalHisMsg", LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})"}});
+  view->UnbindPage();
+  view = nullptr;
+  EXPECT_EQ(alive.use_count(), 2);  // the answer is still to come
+  kept({}, {});
+  EXPECT_EQ(alive.use_count(), 1);
 }
 
 TEST(PendingCalls, GiveWayFromTheOldestWhenFull) {

@@ -89,6 +89,42 @@ TEST_F(SingleMsg, FetchedMessagesAreTracedAndChecked) {
   }
 }
 
+TEST_F(SingleMsg, TracePointsFollowAMessage) {
+  Payload(L"GetRemoteHisMsg", WithCid(LR"("msgid":"7","msgtime":"8")"));
+  chat.result = {biz::kEngineNoLink, 0, {}};
+  Payload(L"GetRemoteHisMsg", kCid);
+  engine.Chats().events.on_flag_my_msg_readed(
+      kLighthouse, {{kChat, 3, 4, biz::kMsgRead}, {kChat, 5, 6, biz::kMsgRead}});
+  const struct {
+    const wchar_t *node, *unique, *code, *msgid;
+    int level;
+    const char* function;
+  } expected[] = {
+      {L"imsdk_get_remote_msg", nullptr, L"0", L"7", 0,
+       "CBridgeSingleMsg::GetRemoteHisMsg::RspFetchMsg"},
+      {L"imsdk_get_remote_msg", nullptr, L"-5", L"0", 3,
+       "CBridgeSingleMsg::GetRemoteHisMsg::RspFetchMsg"},
+      {L"imsdk_read_flag_bridge_nty", L"3", L"0", L"3", 0, "CBridgeSingleMsg::OnFlagMyMsgReaded"},
+      {L"imsdk_read_flag_bridge_nty", L"5", L"0", L"5", 0, "CBridgeSingleMsg::OnFlagMyMsgReaded"},
+  };
+  auto points = host.log->Lines();
+  std::erase_if(points, [](const Line& line) { return !line.items.contains("node_name"); });
+  ASSERT_EQ(points.size(), std::size(expected));
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    auto& items = points[i].items;
+    EXPECT_EQ(items["node_name"], expected[i].node);
+    EXPECT_EQ(items["result_code"], expected[i].code);
+    EXPECT_EQ(items["session_id"], L"cnbazarolighthouse");
+    EXPECT_EQ(items["imsdk_msgid"], expected[i].msgid);
+    EXPECT_EQ(points[i].level, expected[i].level);
+    EXPECT_EQ(points[i].function, expected[i].function);
+    EXPECT_FALSE(items["unique_id"].empty());
+    if (expected[i].unique) {
+      EXPECT_EQ(items["unique_id"], expected[i].unique);
+    }
+  }
+}
+
 class Translation final : public RefPtrCounted<client::ITranslationService> {
  public:
   bool IsEnabled() override { return true; }

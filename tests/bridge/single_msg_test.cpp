@@ -13,6 +13,7 @@ namespace {
 class Windows final : public RefPtrCounted<client::IChatWindowService> {
  public:
   Windows(bool visible, bool activated) : visible_(visible), activated_(activated) {}
+  void SetViewAccount(const std::wstring&, const biz::IMUserID&) override {}
   bool IsVisible(const biz::IMUserID& account, const biz::IMConversationID& cid) override {
     return visible_ && account == kHarbor && cid == kChat;
   }
@@ -51,6 +52,39 @@ TEST_F(SingleMsg, GetNewMsgMarksReadOnlyWhatIsSeen) {
     EXPECT_EQ(host.log->Lines(L"SetNewMsgReaded req").size(), marked);
     EXPECT_EQ(host.log->Lines(L"SetNewMsgReaded rsp").size(), marked);
   }
+}
+
+TEST_F(SingleMsg, GetOfflineMsgMarksReadOnlyWhatThePageGot) {
+  const Registered<client::IChatWindowService> windows(RefPtr(new Windows(true, true)));
+  const struct {
+    bool good;
+    int unread;
+    bool marked;
+  } cases[] = {{true, 1, true}, {true, 2, false}, {false, 1, false}};
+  for (const auto& c : cases) {
+    chat.page.msgs = {MakeMessage(5, kLighthouse, kHarbor, L"a")};
+    chat.page.outofcache = !c.marked;
+    chat.result = {c.good ? 0 : biz::kEngineStorage, 0, {}};
+    chat.unread = c.unread;
+    host.log->Clear();
+    const auto answer = Payload(L"GetOfflineMsg", kCid);
+    if (c.good) {
+      EXPECT_NE(answer.find(c.marked ? LR"("outofcache":0)" : LR"("outofcache":1)"), answer.npos);
+    }
+    EXPECT_EQ(chat.unread, c.marked ? 0 : c.unread);
+    // What follows a good fetch follows no other.
+    EXPECT_EQ(host.log->Lines(L"window is visible or BeActived!!").size(), c.good ? 1u : 0u);
+    EXPECT_EQ(host.log->Lines(L"response msgs.").size(), c.good ? 1u : 0u);
+    if (c.marked) {
+      const Line marked = host.log->Lines(L"SetNewMsgReaded rsp").at(0);
+      EXPECT_EQ(marked.function, "CBridgeSingleMsg::GetOfflineMsg::SetNewMsgReaded");
+      EXPECT_EQ(marked.source, "source\\bridge\\bridgeconversation");
+    }
+  }
+  chat.result = {biz::kEngineStorage, 0, {}};
+  chat.unread = 1;
+  EXPECT_TRUE(host.Call(kPath, L"GetNewMsg", kCid).failed);
+  EXPECT_EQ(chat.unread, 1);
 }
 
 TEST_F(SingleMsg, MessagesAnswerHasItsKeysInOrder) {

@@ -1,7 +1,11 @@
 // "im.singlemsg": sending.
 
+#include <random>
+
 #include "imsdk/client/emotion_list.h"
 #include "imsdk/client/picture_editor.h"
+#include "kexbase/message_body.h"
+#include "source/bridge/emotiontext.h"
 #include "tests/bridge/single_msg_fixture.h"
 
 namespace imsdk::test {
@@ -111,8 +115,37 @@ TEST_F(SingleMsg, ConvertsShortcutsLongestFirst) {
   EXPECT_EQ(host.Call(kPath, L"ConvertMsgText2Emotion", request).payload,
             LR"({"code":0,"subcode":0,"result":"success","type":4,)"
             LR"("value":"/: xpic:imemotion|ID?filepath=a%20b.png&shortcut=%2F%3A))"
-            LR"(pic:imemotion|ID?filepath=%E4%BD%A0%26.png&shortcut=%2F%3A))/:(y/:",)"
-            LR"("jvale":"j"})");
+            L"\x200B"
+            LR"(pic:imemotion|ID?filepath=%E4%BD%A0%26.png&shortcut=%2F%3A)))"
+            L"\x200B"
+            LR"(/:(y/:","jvale":"j"})");
+}
+
+TEST_F(SingleMsg, TypedTextArrivesAsItIsWithAndWithoutEmotions) {
+  const auto emotions = RefPtr(new Emotions)->GetEmotions();
+  const wchar_t* const pieces[] = {L"/:)",    L"/:))",
+                                   L"/:",     L":)",
+                                   L")",      L"!",
+                                   L" ",      L"\n",
+                                   L"\x4E2D", L"pic:imemotion",
+                                   L"|",      L"ID?filepath=a&shortcut=b",
+                                   L"file:",  L"filepath=",
+                                   L"\x200B", L"%3A",
+                                   L"\\"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 5000; ++round) {
+    std::wstring typed;
+    for (auto left = random() % 12; left > 0; --left) typed += pieces[random() % std::size(pieces)];
+    for (const auto& list : {emotions, std::vector<client::IMEmotion>()}) {
+      std::wstring shown;
+      const std::wstring body = bridge::TextToEmotion(typed, list);
+      for (const base::BodyPart& part : base::ReadBody(body)) {
+        const bool smile = part.path == L"a%20b.png";
+        shown += part.kind == base::BodyPart::kText ? part.source : smile ? L"/:)" : L"/:))";
+      }
+      ASSERT_EQ(shown, typed);
+    }
+  }
 }
 
 TEST_F(SingleMsg, ForwardingNamesTheMessage) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <future>
 #include <thread>
 
 #include "kexbase/thread.h"
@@ -184,6 +185,59 @@ TEST(Threads, ViewsOfManyThreadsShareAnAccountThatComesAndGoes) {
   raising.join();
   engine_thread.Stop();
   EXPECT_GT(received, 100u);
+}
+
+class CountingPage final : public bridge::IPageHandler {
+ public:
+  void AddRef() override { ++refs; }
+  void Release() override { --refs; }
+  void DeliverAnswer(const std::wstring&, const std::wstring&, bool, const std::wstring&) override {
+  }
+  void Reserved() override {}
+  void Notify(const std::wstring&, const std::wstring&) override {
+    notified.fetch_add(1, std::memory_order_relaxed);
+  }
+  std::atomic<int> refs{0};
+  std::atomic<int> notified{0};
+};
+
+// A host that stops in the middle of everything: nobody unbinds, the host has let go of the bridge,
+// its loop is quit between two of many events, and the answer that comes then has the last
+// reference. Relaxed, so that nothing but the bridge puts the threads in order.
+TEST(Threads, StopsUnderLoadTouchNothingThatIsGone) {
+  test::MemoryEngine engine;
+  test::TestHost host;  // the business layer runs
+  GetKexCOM()->UnregisterService(ns_log::ILogService::kServiceId);
+  ns_log::TraceTarget::Attach();
+  auto& chats = engine.Chats();
+  test::PageDone kept;
+  chats.Chat(kLighthouse).on_history = [&](test::PageDone done) { kept = std::move(done); };
+  const auto msg = test::MakeMessage(1, kLighthouse, kHarbor, L"text");
+  for (int round = 0; round < 100; ++round) {
+    CountingPage page;
+    std::promise<base::MessageLoop*> running;
+    std::thread view_thread([&] {
+      base::MessageLoop loop;
+      RefPtr view(new component::CKexCOMObject<test::OpenBridge>);
+      view->BindPage({L"v", &page, loop.task_runner(), kHarbor});
+      view->JsInvoke({L"v", L"workbench.im.event_register", {L"r", L"register_all", L"{}"}});
+      view->JsInvoke({L"v", L"workbench.im.singlemsg.invoke", {L"1", L"GetLocalHisMsg", kCid}});
+      view = nullptr;
+      running.set_value(&loop);
+      loop.Run();
+    });
+    base::MessageLoop* const loop = running.get_future().get();
+    for (int i = 0; i < 300; ++i) {
+      chats.events.on_receive_new_msg({kLighthouse}, {msg});
+      engine.accounts->events.on_net_reconnect_ok(kHarbor);
+    }
+    while (page.notified.load(std::memory_order_relaxed) < round % 60) std::this_thread::yield();
+    loop->Quit();
+    kept({}, {});
+    kept = nullptr;
+    view_thread.join();
+    EXPECT_EQ(page.refs, 0);
+  }
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace {
 using ns_log::CTraceProxy;
 using ns_log::MakeTraceItem;
 
-constexpr ns_log::TraceSite kSite{"Test::Function", "source\\test"};
+constexpr ns_log::TraceSite kSite{"Test::Function"};
 
 TEST(Trace, KeyGroupTakesItsItemsWhateverTheOrder) {
   test::TestHost host;
@@ -53,6 +53,15 @@ TEST(Trace, TemporariesAreKeptUntilTheLineIsWritten) {
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_EQ(lines[0].items.at("text"), long_text());
   EXPECT_EQ(lines[0].items.at("view"), L"v");
+}
+
+TEST(Trace, SourceAndLineAreThePlaceThatTraces) {
+  test::TestHost host;
+  CTraceProxy(ns_log::kRoutine, {"Test::Function", "Inner"}, L"here");
+  const int line = __LINE__ - 1;
+  EXPECT_EQ(host.log->Lines(L"here").at(0).source, "trace_test");
+  EXPECT_EQ(host.log->Lines(L"here").at(0).line, line);
+  EXPECT_EQ(host.log->Lines(L"here").at(0).function, "Test::Function::Inner");
 }
 
 class Trouble final : public RefPtrCounted<ns_log::ILogger> {

@@ -36,5 +36,22 @@ TEST_F(SingleMsg, VirtualConversationsAreReadLikeOthers) {
   EXPECT_TRUE(host.page.notifications[1].json.starts_with(LR"({"msgs":[{"msgid":"5")"));
 }
 
+TEST(AccountThatIsNotLoggedIn, IsTracedByEveryModuleThatLooksItUp) {
+  MemoryEngine engine;
+  TestHost host;
+  host.Bind(kLighthouse);
+  const std::pair<const wchar_t*, std::vector<std::string>> expected[] = {
+      {L"GetIMSingleChatMgr.", {"CBridgeSingleMsg"}},
+      {L"GetIMTribeMgr.", {"CBridgeTribeMgr"}},
+      {L"GetIMVirtualChatMgr.", {"CBridgeVritualMsg", "CBridgeSubscribeMsg", "CBridgeSysMsg"}}};
+  for (const auto& [text, modules] : expected) {
+    std::vector<std::string> functions;
+    for (const Line& line : host.log->Lines(text)) functions.push_back(line.function);
+    std::vector<std::string> named;
+    for (const auto& module : modules) named.push_back(module + "::OnAccountChanged");
+    EXPECT_EQ(functions, named);
+  }
+}
+
 }  // namespace
 }  // namespace imsdk::test

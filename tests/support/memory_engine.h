@@ -8,6 +8,7 @@
 
 #include "imsdk/biz/account.h"
 #include "kexcore/kexcom.h"
+#include "tests/support/memory_tribes.h"
 
 namespace imsdk::test {
 
@@ -199,16 +200,6 @@ using MemoryTribeChats =
     MemoryChatMgr<biz::IIMTribeChatMgr, biz::IMTribeChatEvents, biz::kCIDTribe>;
 using MemoryVirtualChats =
     MemoryChatMgr<biz::IIMVirtualChatMgr, biz::IMVirtualChatEvents, biz::kCIDSystem>;
-
-class MemoryTribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {
- public:
-  void GetAllClass(const biz::IMNothing&, biz::IMCallback<biz::IMTribeClasses> done) override {
-    done({}, {{{3, L"Work"}}});
-  }
-  void SetTribeName(const biz::IMTribeText& request, biz::IMCallback<> done) override {
-    done({request.tribeid.id == 7 ? 0 : biz::kEngineRefused, 0, request.str});
-  }
-};
 
 class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
  public:

@@ -7,6 +7,7 @@ void KeepingLogger::Write(const ns_log::ITraceLine& line) {
             std::wstring(line.Text()),
             std::string(line.Function()),
             std::string(line.Source()),
+            line.Line(),
             std::string(line.Brief()),
             {},
             line.Record()};

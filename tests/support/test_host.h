@@ -25,6 +25,7 @@ struct Line {
   std::wstring text;
   std::string function;
   std::string source;
+  int line;
   std::string brief;
   std::map<std::string, std::wstring> items;
   std::wstring record;

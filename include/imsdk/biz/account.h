@@ -16,11 +16,19 @@ namespace imsdk::biz {
 struct IMPasswordLogin {
   IMUserID userid;
   std::wstring password;
+
+  static constexpr auto Bounds() {
+    return Bounded(Letters("password", &IMPasswordLogin::password, kMaxSecretLetters));
+  }
 };
 
 struct IMTokenLogin {
   IMUserID userid;
   std::wstring token;
+
+  static constexpr auto Bounds() {
+    return Bounded(Letters("token", &IMTokenLogin::token, kMaxSecretLetters));
+  }
 };
 
 // What a login gives.
@@ -54,14 +62,15 @@ class IIMAccount : public IKexCOMRefCounted {
   virtual RefPtr<IIMSingleChatMgr> GetIMSingleChatMgr() = 0;
   virtual RefPtr<IIMTribeChatMgr> GetIMTribeChatMgr() = 0;
   virtual RefPtr<IIMVirtualChatMgr> GetIMVirtualChatMgr() = 0;
-  // The account's tribes. Never null; counted.
+  // The account's tribes; null in an engine that has none. Counted.
   virtual RefPtr<IIMTribeMgr> GetIMTribeMgr() = 0;
 
  protected:
   ~IIMAccount() = default;
 };
 
-// What happens to accounts; each event names its account. Raised on engine threads.
+// What happens to accounts; each event names its account. Raised on engine threads. When
+// `on_logouted` is raised, `GetAccount` does not give that session any more.
 struct IMAccountEvents {
   base::event<void(IMUserID)> on_login_ok;
   base::event<void(IMUserID, ResultCode)> on_login_failed;

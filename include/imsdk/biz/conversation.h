@@ -26,6 +26,12 @@ struct IMSendRequest {
   // the body and kind of the account's stored message are sent.
   std::int64_t forward_msgid = 0;
   std::int32_t forward_msgtype = kMsgText;
+
+  static constexpr auto Bounds() {
+    return Bounded(Entries("msgbody", &IMSendRequest::body, kMaxBodyItems),
+                   Whole("msgbody", BoundUnit::kBytes, kMaxMessageBytes),
+                   Whole("msgbody", BoundUnit::kContent, kMaxContentBytes));
+  }
 };
 
 struct IMResendRequest {
@@ -40,6 +46,8 @@ struct IMShieldRequest {
 // A note of the client.
 struct IMNote {
   std::wstring text;
+
+  static constexpr auto Bounds() { return Bounded(Bytes("text", &IMNote::text, kMaxBodyBytes)); }
 };
 
 // Counted, any thread. What the kind of a conversation cannot do is refused with `kEngineRefused`:
@@ -54,7 +62,8 @@ class IIMConversation : public IKexCOMRefCounted {
   // answered at once. `outofcache` tells that unread messages were dropped from the bounded cache,
   // or that the cache held fewer than `count`.
   virtual void GetNewMsg(const IMPageRequest& request, IMCallback<IMMessagePage> done) = 0;
-  // The new messages that came while the account was not logged in. Reads only.
+  // The new messages that came while the account was not logged in, as far as the cache holds them.
+  // Reads only; answered at once. `outofcache` tells that unread messages were dropped from it.
   virtual void GetOfflineMsg(const IMNothing& request, IMCallback<IMMessagePage> done) = 0;
   // Marks every message received so far as read, in the cache at once and in the store. The
   // account's other devices follow. Nobody else is told; `SetFlagsPeerMsgReaded` does that.
@@ -83,13 +92,23 @@ class IIMConversation : public IKexCOMRefCounted {
   // bring them back. Unknown identifiers are passed over; answers the number removed.
   virtual void DeleteLocalMsg(const IMDeleteRequest& request, IMCallback<IMCount> done) = 0;
 
-  // Sends a message; answered at once. Good: it was taken, is or will be in the store,
-  // `on_send_new_msg` has been or will be raised with it, and `on_send_msg_status` follows once;
-  // once more, and good, when a message that was given up turns out to be in the server's archive.
-  // A negative code refuses: nothing was stored.
+  // Sends a message. What each word promises:
+  // - the answer, good: the message is in the account's store and survives the death of the process
+  //   and of the machine; it is sent now or at the next login, and arrives once. `on_send_new_msg`
+  //   is raised with it right behind the answer. Negative: refused, nothing was stored and no event
+  //   follows. A typing state is answered when it is taken; nothing of it is stored.
+  // - `on_send_new_msg`: as the answer, good.
+  // - `on_send_msg_status`, good: the message is on the server's disk and is delivered, whatever
+  //   happens here; the account's store says so too, or finds it out at the next login. Failed: the
+  //   account does not try any more by itself; the message stays, and may be sent again. It comes
+  //   once; once more, and good, when a message that was given up turns out to be in the server's
+  //   archive. A process that dies between the two raises it after the next login, when the server
+  //   has answered.
   virtual void SendMsg(const IMSendRequest& request, IMCallback<> done) = 0;
-  // Sends a stored message again, only one that failed. Answers as `SendMsg`. Resending never
-  // delivers twice: the server knows the message by its sender and identifier.
+  // Sends a stored message again, only one that failed; answered at once. Good: it is tried, and
+  // `on_send_msg_status` follows; if the process dies before that, the message is still stored, as
+  // failed or as one to be sent at the next login. Resending never delivers twice: the server knows
+  // the message by its sender and identifier.
   virtual void ReSendMsg(const IMResendRequest& request, IMCallback<> done) = 0;
   // Takes back a message of this account. The server refuses with `kEngineRefused` by rules of its
   // own, for instance when the message is too old, and with `kEngineNotFound` when it does not know

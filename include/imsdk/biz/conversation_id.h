@@ -37,6 +37,8 @@ struct IMConversationID {
   IMCIDType type = kCIDUser;
   IMUserID user;    // empty for a tribe
   IMTribeID tribe;  // 0 for everything else
+
+  static constexpr auto Bounds() { return Bounded(Inner("user", &IMConversationID::user)); }
 };
 
 }  // namespace imsdk::biz

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "imsdk/biz/bounds.h"
 #include "imsdk/biz/callback.h"
 #include "kexcom/ref_counted.h"
 
@@ -11,6 +12,10 @@ namespace imsdk::biz {
 // A file as the tokens of a message name it: relative to the data folder, with "/".
 struct IMFileRequest {
   std::wstring path;
+
+  static constexpr auto Bounds() {
+    return Bounded(Letters("path", &IMFileRequest::path, kMaxPathLetters));
+  }
 };
 
 // Brings files of messages to this machine. Found in the component registry. Any thread.

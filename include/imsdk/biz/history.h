@@ -49,12 +49,20 @@ struct IMMsgRequest {
 // Several messages of a conversation. What none means, the operation says.
 struct IMMsgsRequest {
   std::vector<std::int64_t> msgids{};
+
+  static constexpr auto Bounds() {
+    return Bounded(Entries("msgids", &IMMsgsRequest::msgids, kMaxIDs));
+  }
 };
 
 // What to delete: the messages named, or all there are now.
 struct IMDeleteRequest {
   std::vector<std::int64_t> msgids{};
   bool all = false;
+
+  static constexpr auto Bounds() {
+    return Bounded(Entries("msgids", &IMDeleteRequest::msgids, kMaxIDs));
+  }
 };
 
 // A message to take back. The times are those that the page knows it by; the identifier counts.
@@ -71,8 +79,7 @@ struct IMReadFlags {
 
 // What to search for. A message fits when it contains every keyword: words by their beginning,
 // letters of scripts without spaces and emoji anywhere; case and accents make no difference.
-// Keywords without any letter, digit or emoji fit nothing. Keywords of over 1,024 letters together
-// and over 64 kinds are refused with `kEngineTooLarge`.
+// Keywords without any letter, digit or emoji fit nothing; one that is there twice counts once.
 struct IMSearchRequest {
   std::vector<std::wstring> keywords{};
   std::vector<std::int32_t> msgtypes{};  // empty: all
@@ -87,6 +94,14 @@ struct IMSearchRequest {
   // Or by number: page `page`, counted from 1, the newest messages on the first one, with totals.
   bool needpage = false;
   std::int32_t page = 0;
+
+  // Each word, each letter of a script without spaces and each kind is a reader of the index of its
+  // own.
+  static constexpr auto Bounds() {
+    return Bounded(Entries("keywords", &IMSearchRequest::keywords, 1024),
+                   Letters("keywords", &IMSearchRequest::keywords, 1024),
+                   Entries("msgtypes", &IMSearchRequest::msgtypes, 64));
+  }
 };
 
 // A page of what was found, oldest first. The numbers are 0 unless they were asked for.
@@ -112,6 +127,10 @@ struct IMPictureRequest {
   bool ignoreboundary = false;
   bool gohistory = false;
   std::int32_t count = 0;
+
+  static constexpr auto Bounds() {
+    return Bounded(Letters("pictureid", &IMPictureRequest::pictureid, kMaxNameLetters));
+  }
 };
 
 // Oldest first.

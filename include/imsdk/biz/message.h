@@ -1,4 +1,6 @@
 // Messages of conversations of every kind.
+//
+// Bodies are made and read by kexbase/message_body.h; docs/message-bodies.md has their form.
 #pragma once
 
 #include <cstdint>
@@ -45,6 +47,10 @@ struct IMMessageExt {
   std::int32_t fixmsgread = 0;   // the read state is fixed: was reported read, or needs no report
   std::int32_t autochatmsg = 0;  // an automatic reply
   std::int32_t syschatmsg = 0;   // a system chat message
+
+  static constexpr auto Bounds() {
+    return Bounded(Bytes("others", &IMMessageExt::others, kMaxExtraBytes));
+  }
 };
 
 // One message of a conversation as one account sees it. Times are milliseconds since the Unix
@@ -57,7 +63,7 @@ struct IMMessage {
   IMUserID toid;  // empty in a tribe
   std::int32_t msgtype = kMsgText;
   std::int32_t msgstatus = kMsgSending;
-  std::wstring msgbody;      // text, with pictures and emotions as tokens
+  std::wstring msgbody;      // text with tokens in it, see kexbase/message_body.h
   std::int64_t svrtime = 0;  // by the server's clock; 0 until it is known
   std::int32_t readflag = kMsgUnread;
   IMMessageExt extinfo;
@@ -69,9 +75,16 @@ using TMMsgType = IMMsgType;
 struct IMBodyItem {
   std::int32_t type = kMsgText;  // an `IMMsgType`
   std::wstring jvale;            // extra JSON text, carried as it stands
-  std::wstring value;            // text or token
+  std::wstring value;            // a body: text, tokens, or both
   base::FilePath filepath;       // a local file, where the element carries one
   std::string filecontent;       // binary content, where the element carries it inside
+
+  static constexpr auto Bounds() {
+    return Bounded(Bytes("jvale", &IMBodyItem::jvale, kMaxExtraBytes),
+                   Bytes("value", &IMBodyItem::value, kMaxBodyBytes),
+                   Letters("filepath", &IMBodyItem::filepath, kMaxPathLetters),
+                   Content("filecontent", &IMBodyItem::filecontent, kMaxContentBytes));
+  }
 };
 
 // Which of the account's own messages the peer has reported read, or not.

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "imsdk/biz/bounds.h"
 #include "kexcore/string_t.h"
 
 namespace imsdk::biz {
@@ -20,6 +21,11 @@ struct IMUserID {
   bool valid() const { return !appkey.empty() && !nick.empty(); }
   friend bool operator==(const IMUserID&, const IMUserID&) = default;
   friend auto operator<=>(const IMUserID&, const IMUserID&) = default;
+
+  static constexpr auto Bounds() {
+    return Bounded(Letters("appkey", &IMUserID::appkey, kMaxNameLetters),
+                   Letters("nick", &IMUserID::nick, kMaxNameLetters));
+  }
 };
 
 // A tribe (group). 0 names none.
@@ -55,6 +61,11 @@ enum EngineCode : std::int32_t {
   kEngineBusy = -12,          // too many operations of this account are open
   kEngineUnsupported = -13,   // the account's server cannot do this
   kEnginePositionLost = -14,  // the server does not know any more how far the account had read
+  // A store was found damaged, missing or behind its own record. As the code of a failure: nothing
+  // was done; what can be read is read when the store is opened next. As the subcode of a login
+  // that succeeded: what could be read was kept, the text says what was set aside, and what the
+  // server has comes back by itself.
+  kEngineDamaged = -15,
 };
 
 }  // namespace imsdk::biz

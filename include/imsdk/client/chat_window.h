@@ -1,6 +1,8 @@
 // The client's chat windows, implemented by the host.
 #pragma once
 
+#include <string>
+
 #include "imsdk/biz/conversation_id.h"
 #include "kexcom/ref_counted.h"
 
@@ -12,6 +14,9 @@ class IChatWindowService : public IKexCOMRefCounted {
  public:
   static constexpr char kServiceId[] = "imsdk.client.IChatWindowService";
 
+  // The view `browserId` works for `account` from now on, or for nobody: when it is bound, at each
+  // login and logout, and at its end. Its windows are that account's. Called by the bridge.
+  virtual void SetViewAccount(const std::wstring& browserId, const biz::IMUserID& account) = 0;
   // Whether a chat window of `account` shows the conversation `cid` on the screen.
   virtual bool IsVisible(const biz::IMUserID& account, const biz::IMConversationID& cid) = 0;
   // Whether such a window has the input focus.

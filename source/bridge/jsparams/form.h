@@ -1,7 +1,7 @@
 // Forms: how the modules whose messages belong to conversations differ.
 //
 // A conversation is one thing from page to engine, whatever it is held with. What differs is what
-// a form says: how an identifier stands in JSON, which keys a record has, and the fixed texts.
+// a form says: how an identifier stands in JSON and which keys a record has.
 #pragma once
 
 #include "imsdk/biz/conversation_id.h"

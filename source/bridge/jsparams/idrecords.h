@@ -8,10 +8,7 @@
 namespace imsdk::bridge {
 
 // The form of the modules that know no conversations.
-struct PlainForm {
-  // The answer to a request that cannot be used.
-  static constexpr wchar_t kInvalid[] = L"invalid!";
-};
+struct PlainForm {};
 
 // No keys. The JSON text of such a request is not even looked at.
 template <>

@@ -42,6 +42,11 @@
 
 namespace imsdk::bridge {
 
+// A 64-bit number that JSON has as an integer, against the rule. Only written.
+struct WholeNumber {
+  std::int64_t value = 0;
+};
+
 // One value of an enumeration and what it means.
 struct NamedValue {
   std::int64_t value;

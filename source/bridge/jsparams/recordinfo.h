@@ -13,6 +13,7 @@ enum class JsonKind {
   kFile,      // a string: the path of a file
   kInteger,   // an integer of 32 bits
   kUnsigned,  // an integer of 32 bits from 0 on
+  kWhole,     // an integer of 64 bits
   kFlag,      // an integer: 0 or 1; readers take every other one for 1
   kDecimal,   // a string: an integer of 64 bits in decimal
   kRecord,    // an object
@@ -99,6 +100,8 @@ constexpr TypeInfo MakeTypeInfo() {
     return {JsonKind::kUnsigned};
   } else if constexpr (kIsInteger<T>) {
     return {JsonKind::kInteger};
+  } else if constexpr (std::is_same_v<T, WholeNumber>) {
+    return {JsonKind::kWhole};
   } else if constexpr (std::is_same_v<T, bool>) {
     return {JsonKind::kFlag};
   } else if constexpr (std::is_same_v<T, std::int64_t>) {

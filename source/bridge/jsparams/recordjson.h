@@ -114,6 +114,8 @@ void WriteValue(JsonText& json, const T& value) {
     json.Integer(value);
   } else if constexpr (std::is_same_v<T, std::int64_t>) {
     json.DecimalString(value);
+  } else if constexpr (std::is_same_v<T, WholeNumber>) {
+    json.Integer(value.value);
   } else if constexpr (std::is_pointer_v<T>) {  // what the record only points to
     WriteValue<Form>(json, *value);
   } else if constexpr (kIsVector<T>) {

@@ -15,7 +15,7 @@ struct BodyItem {
   static constexpr auto kFields = FieldList(
       Field("type", &BodyItem::type, "Kind of the item.", &kMsgType),
       Field("jvale", &BodyItem::jvale, "Extra JSON text, carried as it stands."),
-      Field("value", &BodyItem::value, "The text or token."),
+      Field("value", &BodyItem::value, "Its body: text with tokens in it."),
       Field("filecontent", &BodyItem::filecontent,
             "The content of a file, Base64, where it comes along."),
       Field("filepath", &BodyItem::filepath, "The path of a local file, where one is meant."));
