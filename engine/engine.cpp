@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 #include "account/files/file_mgr.h"
@@ -15,22 +13,25 @@ namespace imsdk {
 
 namespace {
 
-// Enough that one account's large file or slow listener does not stop the others.
-constexpr std::size_t kFewestWorkers = 2;
-constexpr std::size_t kMostWorkers = 4;
+// An account has one of them at a time, whatever it does. Enough that some with large files, long
+// searches or slow listeners leave one for the others.
+constexpr std::size_t kWorkers = 8;
 
 class AccountEngine final : public Engine {
  public:
   explicit AccountEngine(const EngineSetup& setup)
       : folder_(std::filesystem::absolute(account::ToPath(setup.options.data))),
-        pool_(std::make_shared<account::WorkerPool>(std::clamp<std::size_t>(
-            std::thread::hardware_concurrency(), kFewestWorkers, kMostWorkers))) {
+        pool_(std::make_shared<account::WorkerPool>(kWorkers)) {
     std::filesystem::create_directories(folder_.MessageIds().parent_path());
     const auto clock =
         setup.clock ? setup.clock : [] { return base::Time::Now().ToMilliseconds(); };
     // First, because it holds the data folder against other engines.
-    ids_ =
-        std::make_shared<account::MessageIds>(folder_.MessageIds(), clock, pool_->First().runner);
+    ids_ = std::make_shared<account::MessageIds>(
+        sqlite::StorePlace{folder_.MessageIds(), folder_.MessageIdsRecord()}, clock,
+        pool_->First().runner);
+    if (ids_->loss() && setup.options.report) {
+      setup.options.report(ids_->loss()->Text("the store of message numbers"));
+    }
     std::shared_ptr<link::ServerLink> link = setup.options.link ? setup.options.link() : nullptr;
     if (!link) throw std::runtime_error("there is no link to a server");
     if (setup.wrap_link) link = setup.wrap_link(std::move(link));
@@ -39,7 +40,8 @@ class AccountEngine final : public Engine {
                                      folder_,
                                      setup.timeouts,
                                      account::DeviceName(folder_.DeviceName()),
-                                     {}};
+                                     {},
+                                     setup.options.report};
     for (const base::FilePath& folder : setup.options.send_from) {
       environment.send_from.push_back(account::ToPath(folder));
     }

@@ -16,7 +16,7 @@ struct EngineSetup {
   account::Timeouts timeouts;
   // Puts something between the accounts and their server.
   std::function<std::shared_ptr<link::ServerLink>(std::shared_ptr<link::ServerLink>)> wrap_link;
-  account::MessageIds::Clock clock;  // for message numbers; the system's when empty
+  account::MessageIds::Clock clock;  // for message numbers and times; the system's when empty
 };
 
 std::unique_ptr<Engine> StartEngine(const EngineSetup& setup, std::string* error);

@@ -3,22 +3,25 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "account/conversations/link_message.h"
 #include "account/files/data_folder.h"
+#include "account/files/file_box.h"
 #include "account/files/file_tokens.h"
-#include "account/sending/body_composer.h"
 #include "account/sending/message_ids.h"
 #include "account/store/message_store.h"
 #include "demo/demo_media.h"
 #include "demo/demo_script.h"
 #include "embedded/embedded_server.h"
 #include "kexbase/md5.h"
+#include "kexbase/message_body.h"
 #include "kexbase/strings.h"
 #include "kexbase/time.h"
 #include "kexnet/escape.h"
@@ -60,8 +63,8 @@ void AddFile(const ScriptLine& line, const account::DataFolder& folder, embedded
   kept.md5 = base::UTF8ToWide(base::MD5String(content));
   kept.type = base::UTF8ToWide(account::TypeOfName(title));
   kept.path = kept.md5 + L'.' + kept.type;
-  message.body = line.kind == biz::kMsgPicture ? account::PictureToken(kept)
-                                               : account::FileToken(title.value(), kept);
+  message.body = line.kind == biz::kMsgPicture ? base::PictureToken(kept.path, kept.md5, kept.type)
+                                               : base::FileToken(title.value(), kept.path);
   message.files.push_back({base::WideToUTF8(kept.path), {}, content.size()});
   const auto place = folder.FileOf(message.from, message.files[0].name);
   std::filesystem::create_directories(place.parent_path());
@@ -131,7 +134,7 @@ bool SeenBy(const biz::IMUserID& self, const Past& past, biz::IMCIDType sender,
 void FillStore(const account::DataFolder& folder, const biz::IMUserID& self, const Past& past,
                const std::vector<link::Message>& messages) {
   std::filesystem::create_directories(folder.AccountFolder(self));
-  account::MessageStore store(folder.MessageStore(self), self,
+  account::MessageStore store({folder.MessageStore(self), folder.MessageStoreRecord(self)}, self,
                               std::make_shared<account::OpenStores>());
   const std::wstring files =
       base::UTF8ToWide(net::EscapeQueryParamValue(folder.FilesFolder(self) + '/', false));
@@ -159,15 +162,35 @@ void FillStore(const account::DataFolder& folder, const biz::IMUserID& self, con
   transaction.Commit();
 }
 
+// Whether there is a file at this place or anywhere below it. What cannot be read counts as one.
+bool HoldsFiles(const std::filesystem::path& place) {
+  std::error_code failure;
+  const auto status = std::filesystem::status(place, failure);
+  if (status.type() == std::filesystem::file_type::not_found) return false;
+  if (!std::filesystem::is_directory(status)) return true;
+  auto entries = std::filesystem::recursive_directory_iterator(place, failure);
+  const auto end = std::filesystem::end(entries);
+  while (!failure && entries != end) {
+    if (!entries->is_directory(failure)) return true;
+    entries.increment(failure);
+  }
+  return static_cast<bool>(failure);
+}
+
+bool HoldsAny(const std::filesystem::path& root, std::initializer_list<const char*> parts) {
+  return std::any_of(parts.begin(), parts.end(),
+                     [&](const char* part) { return HoldsFiles(root / part); });
+}
+
 void Fill(const account::DataFolder& folder, embedded::Server& server) {
+  // Nothing is ever removed to make room for the demo set.
+  if (HoldsAny(folder.root(), {"accounts", account::kFilesFolder, "client"}) || server.HasLost()) {
+    throw std::runtime_error("the demo set is made only in a folder that holds no messages");
+  }
   const Past past = MakePast(folder);
   const auto& users = past.seeding.users;
   const bool filled = server.Seed(past.seeding, [&](const std::vector<link::Message>& messages) {
-    // An earlier filling that broke off may have left these, but nothing on the server.
-    for (const biz::IMUserID& user : users) {
-      std::filesystem::remove_all(folder.AccountFolder(user));
-      FillStore(folder, user, past, messages);
-    }
+    for (const biz::IMUserID& user : users) FillStore(folder, user, past, messages);
   });
   if (!filled) throw std::runtime_error("the demo accounts could not be made");
 }
@@ -175,6 +198,11 @@ void Fill(const account::DataFolder& folder, embedded::Server& server) {
 }  // namespace
 
 }  // namespace demo
+
+bool HoldsMessages(const base::FilePath& data) {
+  return demo::HoldsAny(account::ToPath(data), {"server", "accounts", account::kFilesFolder,
+                                                "client", account::kRecordsFolder});
+}
 
 bool FillDemoSet(const base::FilePath& data, EmbeddedServer& server, std::string* error) {
   try {

@@ -15,6 +15,11 @@ std::optional<StoredAccount> AccountTable::Find(const biz::IMUserID& user) {
                        row.Int64(5)};
 }
 
+biz::IMUserID AccountTable::User(std::int64_t account) {
+  auto row = database_.Prepare("SELECT appkey, nick FROM accounts WHERE id=?", account);
+  return row.Step() ? biz::IMUserID{row.Wide(0), row.Wide(1)} : biz::IMUserID{};
+}
+
 bool AccountTable::Any() { return database_.Prepare("SELECT 1 FROM accounts").Step(); }
 
 bool AccountTable::Add(const biz::IMUserID& user, const std::string& password_hash,

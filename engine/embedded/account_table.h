@@ -28,6 +28,8 @@ class AccountTable {
   explicit AccountTable(sqlite::Database& database) : database_(database) {}
 
   std::optional<StoredAccount> Find(const biz::IMUserID& user);
+  // Empty for a number that no account has.
+  biz::IMUserID User(std::int64_t account);
   bool Any();
   // False when the account exists. A virtual user has no password.
   bool Add(const biz::IMUserID& user, const std::string& password_hash,

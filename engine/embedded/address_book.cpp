@@ -5,7 +5,7 @@ namespace imsdk::embedded {
 Found FindConversation(ServerStore& store, const Caller& caller, const biz::IMConversationID& cid) {
   Found found;
   if (cid.is_tribe()) {
-    const auto tribe = store.conversations().FindTribe(cid.tribe);
+    const auto tribe = store.tribes().Find(cid.tribe);
     if (tribe) found.stay = store.conversations().CurrentStay(caller.account, tribe->conversation);
     if (!found.stay) {
       found.result = NotAMember();
@@ -13,6 +13,7 @@ Found FindConversation(ServerStore& store, const Caller& caller, const biz::IMCo
     }
     found.conversation = tribe->conversation;
     found.open_history = tribe->open_history;
+    found.closed = !tribe->enabled;
     return found;
   }
   const auto peer = store.accounts().Find(cid.user);

@@ -16,6 +16,7 @@ struct Found {
   std::int64_t peer = 0;          // the other account; 0 for a tribe
   std::optional<Stay> stay;       // in a tribe
   bool open_history = false;      // of the tribe
+  bool closed = false;            // the tribe is
 };
 
 // `kEngineUnknownUser` when there is no such user; `kEngineRefused` for a tribe that the caller is

@@ -4,13 +4,6 @@
 
 namespace imsdk::embedded {
 
-namespace {
-
-// The server's choice of identifiers begins behind this.
-constexpr std::int64_t kTribesFrom = 10000;
-
-}  // namespace
-
 std::optional<std::int64_t> ConversationTable::FindPair(std::int64_t one, std::int64_t other) {
   auto row =
       database_.Prepare("SELECT id FROM conversations WHERE first=? AND second=? AND tribe=0",
@@ -28,39 +21,10 @@ std::int64_t ConversationTable::MakePair(std::int64_t one, std::int64_t other) {
   return database_.LastInsertId();
 }
 
-std::optional<StoredTribe> ConversationTable::FindTribe(biz::IMTribeID tribe) {
-  auto row = database_.Prepare("SELECT conversation, open_history, owner FROM tribes WHERE id=?",
-                               tribe.id);
-  if (!row.Step()) return std::nullopt;
-  return StoredTribe{row.Int64(0), row.Bool(1), row.Int64(2)};
-}
-
-biz::IMTribeID ConversationTable::FreeTribe() {
-  auto row = database_.Prepare("SELECT max(id) FROM tribes");
-  return {std::max(row.Step() ? row.Int64(0) : 0, kTribesFrom) + 1};
-}
-
-std::int64_t ConversationTable::AddTribe(biz::IMTribeID tribe, const std::wstring& name,
-                                         std::int64_t owner) {
+std::int64_t ConversationTable::MakeTribe(biz::IMTribeID tribe) {
   database_.Prepare("INSERT INTO conversations(first, second, tribe) VALUES(0,0,?)", tribe.id)
       .Run();
-  const std::int64_t conversation = database_.LastInsertId();
-  database_
-      .Prepare("INSERT INTO tribes(id, conversation, name, owner) VALUES(?,?,?,?)", tribe.id,
-               conversation, name, owner)
-      .Run();
-  return conversation;
-}
-
-void ConversationTable::SetTribeName(biz::IMTribeID tribe, const std::wstring& name) {
-  database_.Prepare("UPDATE tribes SET name=? WHERE id=?", name, tribe.id).Run();
-}
-
-void ConversationTable::SetOpenHistory(biz::IMTribeID tribe, bool open) {
-  database_
-      .Prepare("UPDATE tribes SET open_history=? WHERE id=?", static_cast<std::int64_t>(open),
-               tribe.id)
-      .Run();
+  return database_.LastInsertId();
 }
 
 std::optional<Stay> ConversationTable::CurrentStay(std::int64_t account,

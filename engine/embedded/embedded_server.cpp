@@ -29,6 +29,7 @@ class Door final : public link::ServerLink {
       : gate_(std::move(gate)), runner_(std::move(runner)) {}
 
   void Login(const link::LoginRequest& request, link::LoginCallback done) override {
+    if (const auto why = link::CheckBounds(request); !why.ok()) return done(why, {});
     runner_->PostTask(FROM_HERE,
                       base::BindWeak(gate_, [request, done = std::move(done)](Gate& gate) {
                         gate.Login(request, done);
@@ -36,6 +37,7 @@ class Door final : public link::ServerLink {
   }
 
   void Connect(const link::ConnectRequest& request, link::ConnectCallback done) override {
+    if (const auto why = link::CheckBounds(request); !why.ok()) return done(why, {});
     runner_->PostTask(FROM_HERE,
                       base::BindWeak(gate_, [request, done = std::move(done)](Gate& gate) {
                         gate.Connect(request, done);
@@ -52,15 +54,17 @@ class Door final : public link::ServerLink {
 Server::Server(const EmbeddedServerOptions& options, const HashCost& hash_cost)
     : hash_cost_(hash_cost),
       folder_(FolderIn(options.data)),
-      store_(folder_ / "server.db"),
-      desks_(store_, std::chrono::milliseconds(options.withdraw_limit_ms)),
+      store_({folder_ / "server.db", folder_.parent_path() / "stores" / "server"}),
+      presence_(store_),
+      desks_(store_, presence_, std::chrono::milliseconds(options.withdraw_limit_ms)),
       files_(folder_ / "files"),
       store_thread_("ImServerStore"),
       commit_([this]() -> sqlite::Database& { return store_.database(); },
               [this] { OnStore([this] { commit_.Flush(); }); }) {
+  if (store_.loss() && options.report) options.report(store_.loss()->Text("the server's store"));
   if (!InitCredentials()) throw std::runtime_error("the system gives no random numbers");
   const auto here = store_thread_.task_runner();
-  room_ = std::make_shared<MailRoom>(store_, desks_, commit_, files_, here);
+  room_ = std::make_shared<MailRoom>(store_, desks_, presence_, commit_, files_, here);
   gate_ = std::make_shared<Gate>(store_, commit_, *room_, here, options.token_life_ms);
   if (!store_thread_.Start()) throw std::runtime_error("the system gives no threads");
 }
@@ -81,20 +85,22 @@ std::shared_ptr<link::ServerLink> Server::Link() {
 
 bool Server::HasAccounts() {
   bool any = false;
-  DoOnStore([&] { any = store_.accounts().Any(); });
-  return any;
+  // Whatever cannot be read is no empty server.
+  return !DoOnStore([&] { any = store_.accounts().Any(); }).ok() || any;
 }
 
 bool Server::CreateAccount(const biz::IMUserID& user, const std::wstring& password) {
   if (!user.valid()) return false;
   const std::string hash = HashPassword(base::WideToUTF8(password), hash_cost_);
   bool added = false;
-  return !hash.empty() && DoOnStore([&] { added = store_.accounts().Add(user, hash); }) && added;
+  return !hash.empty() && WriteOnStore([&] { added = store_.accounts().Add(user, hash); }).ok() &&
+         added;
 }
 
-std::wstring Server::IssueToken(const biz::IMUserID& user) {
-  std::wstring token;
-  return DoOnStore([&] { token = gate_->IssueToken(user); }) ? token : std::wstring();
+biz::ResultCode Server::IssueToken(const biz::IMUserID& user, std::wstring* token) {
+  biz::ResultCode issued;
+  const biz::ResultCode done = DoOnStore([&] { issued = gate_->IssueToken(user, token); });
+  return done.ok() ? issued : done;
 }
 
 template <class Reply, class Request>
@@ -141,9 +147,12 @@ bool Server::Change(const SetOpenHistory& change) {
 bool Server::Seed(const Seeding& seeding,
                   const std::function<void(const std::vector<link::Message>&)>& before_commit) {
   std::vector<std::string> hashes;
-  for (std::size_t i = 0; i < seeding.users.size(); ++i) {
-    hashes.push_back(HashPassword(base::WideToUTF8(seeding.password), hash_cost_));
-    if (hashes.back().empty()) return false;
+  // No password fits an empty hash, so a crowd that logs in by tokens costs no hashing.
+  hashes.resize(seeding.users.size());
+  for (std::string& hash : hashes) {
+    if (seeding.password.empty()) break;
+    hash = HashPassword(base::WideToUTF8(seeding.password), hash_cost_);
+    if (hash.empty()) return false;
   }
   for (const PastMessage& past : seeding.messages) {
     for (const link::File& file : past.message.files) {
@@ -155,24 +164,28 @@ bool Server::Seed(const Seeding& seeding,
       if (!kept.get_future().get()) return false;
     }
   }
-  return DoOnStore([&] {
-    sqlite::Transaction transaction(store_.database());
-    before_commit(WritePast(store_, desks_, seeding, hashes));
-    transaction.Commit();
-  });
+  return WriteOnStore([&] { before_commit(WritePast(store_, desks_, seeding, hashes)); }).ok();
 }
 
 bool Server::OnStore(const std::function<void()>& task) {
   return store_thread_.task_runner()->PostTask(FROM_HERE, task);
 }
 
-bool Server::DoOnStore(const std::function<void()>& work) {
-  std::promise<bool> answer;
+biz::ResultCode Server::DoOnStore(const std::function<void()>& work) {
+  std::promise<biz::ResultCode> answer;
   const bool posted = OnStore([&] {
     commit_.Flush();
-    answer.set_value(sqlite::Guarded(work).ok());
+    answer.set_value(sqlite::Guarded(work));
   });
-  return posted && answer.get_future().get();
+  return posted ? answer.get_future().get() : ServerStops();
+}
+
+biz::ResultCode Server::WriteOnStore(const std::function<void()>& work) {
+  return DoOnStore([&] {
+    sqlite::Transaction transaction(store_.database());
+    work();
+    transaction.Commit();
+  });
 }
 
 }  // namespace embedded

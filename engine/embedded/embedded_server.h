@@ -13,6 +13,7 @@
 #include "embedded/file_room.h"
 #include "embedded/gate.h"
 #include "embedded/mail_room.h"
+#include "embedded/presence.h"
 #include "embedded/seeding.h"
 #include "embedded/server_store.h"
 #include "imsdk/embedded_server.h"
@@ -34,7 +35,7 @@ class Server final : public EmbeddedServer {
   std::shared_ptr<link::ServerLink> Link() override;
   bool HasAccounts() override;
   bool CreateAccount(const biz::IMUserID& user, const std::wstring& password) override;
-  std::wstring IssueToken(const biz::IMUserID& user) override;
+  biz::ResultCode IssueToken(const biz::IMUserID& user, std::wstring* token) override;
   bool Publish(VirtualKind kind, const biz::IMUserID& from, const biz::IMUserID& to,
                const std::wstring& body) override;
   biz::IMTribeID CreateTribe(const NewTribe& tribe) override;
@@ -42,6 +43,8 @@ class Server final : public EmbeddedServer {
   // These wait for the store too, and say whether it was done.
   bool Change(const SetMember& change);
   bool Change(const SetOpenHistory& change);
+  // Whether its store has lost something at some time.
+  bool HasLost() const { return store_.HasLost(); }
   // Fills a server without accounts. `before_commit` gets the messages with what the server adds,
   // and may throw to have nothing of it done. All or nothing; false for nothing.
   bool Seed(const Seeding& seeding,
@@ -50,7 +53,9 @@ class Server final : public EmbeddedServer {
  private:
   bool OnStore(const std::function<void()>& task);
   // Runs `work`, which may throw, on the store's thread and waits. Tells whether it was done.
-  bool DoOnStore(const std::function<void()>& work);
+  biz::ResultCode DoOnStore(const std::function<void()>& work);
+  // The same in a transaction.
+  biz::ResultCode WriteOnStore(const std::function<void()>& work);
   // Has a desk answer and waits; a reply is empty unless all is good.
   template <class Reply, class Request>
   Reply Administer(const Request& request, bool* good);
@@ -58,6 +63,7 @@ class Server final : public EmbeddedServer {
   const HashCost hash_cost_;
   const std::filesystem::path folder_;
   ServerStore store_;
+  Presence presence_;
   Desks desks_;
   FileRoom files_;
   base::Thread store_thread_;

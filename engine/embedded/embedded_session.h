@@ -24,7 +24,16 @@ class EmbeddedSession final : public link::Session {
     InRoom([number = number_](MailRoom& room) { room.Close(number); });
   }
 
+  // Whoever sends: what breaks its bounds never comes into the server's queue.
   void Ask(link::Request request) override {
+    const bool refused = std::visit(
+        [](const auto& asked) {
+          const biz::ResultCode why = link::CheckBounds(asked.operation);
+          if (!why.ok() && asked.done) asked.done(why, {});
+          return !why.ok();
+        },
+        request);
+    if (refused) return;
     const auto held = std::make_shared<link::Request>(std::move(request));
     InRoom([number = number_, held](MailRoom& room) { room.Ask(number, std::move(*held)); });
   }

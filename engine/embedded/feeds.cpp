@@ -40,10 +40,15 @@ struct Feeds::Filling {
 Feeds::Feeds(ServerStore& store, std::function<void()> schedule)
     : store_(store), schedule_(std::move(schedule)) {}
 
-void Feeds::Open(std::int64_t session, const Caller& caller, Position after, bool placeless,
+void Feeds::Open(std::int64_t session, const Caller& caller, const Start& start,
                  std::weak_ptr<link::SessionListener> listener) {
-  Client client{session, caller, std::move(listener), store_.mail().newest(), after, placeless};
+  const Position after = start.after;
+  Client client{session, caller,         std::move(listener), store_.mail().newest(),
+                after,   start.placeless};
   See(client, {{Stream::Kind::kAccount, caller.account}}, after);
+  if (start.restore) {
+    See(client, {{Stream::Kind::kSent, caller.account}, 0, client.began}, after);
+  }
   for (const Stay& stay : store_.conversations().StaysAfter(caller.account, after)) {
     for (const Stream::Kind kind : kTribeKinds) {
       See(client, {{kind, stay.conversation}, stay.joined, stay.until}, after);
@@ -102,8 +107,21 @@ void Feeds::End(std::int64_t session, const biz::ResultCode& why) {
 }
 
 void Feeds::Note(const Effects& effects) {
-  for (const StayChange& change : effects.stays) NoteStay(change);
+  // Who joins hears of it in the tribe, and so does who leaves.
+  const auto note_stays = [&](bool joining) {
+    for (const StayChange& change : effects.stays) {
+      if (change.member == joining) NoteStay(change);
+    }
+  };
+  note_stays(true);
   for (const News& news : effects.news) NoteNews(news);
+  note_stays(false);
+}
+
+void Feeds::Tell(std::int64_t session, const link::TribePresence& presence) {
+  const auto client = clients_.find(session);
+  if (client == clients_.end()) return;
+  if (const auto listener = client->second.listener.lock()) listener->OnTribePresence(presence);
 }
 
 void Feeds::NoteStay(const StayChange& change) {
@@ -175,7 +193,7 @@ void Feeds::PushTo(Client& client, Round& round) {
   const auto listener = client.listener.lock();
   if (!listener) return;
   if (std::exchange(client.placeless, false) && client.news.empty()) {
-    listener->OnBatch({.entries = {}, .position = std::to_string(client.pushed)});
+    listener->OnBatch({.entries = {}, .position = store_.PositionText(client.pushed)});
   }
   while (client.open.size() < kOpenBatches) {
     if (client.news.empty()) {
@@ -188,7 +206,7 @@ void Feeds::PushTo(Client& client, Round& round) {
     // A store that cannot be read now is asked again at the next message or acknowledgement.
     const bool read = Fill(client, round, filling);
     if (!filling.batch.entries.empty()) {
-      filling.batch.position = std::to_string(filling.last);
+      filling.batch.position = store_.PositionText(filling.last);
       filling.batch.more = filling.batch.offline && !client.news.empty() &&
                            client.news.begin()->first <= client.began;
       client.pushed = filling.last;

@@ -18,6 +18,13 @@
 
 namespace imsdk::embedded {
 
+// Where a session begins.
+struct Start {
+  Position after = 0;      // with what is behind this
+  bool placeless = false;  // the device named no position, so it is given one at once
+  bool restore = false;    // with what the account itself sent before the session, too
+};
+
 // Lives on the store's thread; listeners are called there. A session remembers where each of its
 // streams goes on, so that nothing is asked for that has nothing new, and what many sessions are to
 // hear is read once for all of them.
@@ -26,9 +33,8 @@ class Feeds {
   // `schedule` has `Push` called soon.
   Feeds(ServerStore& store, std::function<void()> schedule);
 
-  // Begins to feed a session with what is behind `after`. May throw `sqlite::Error`.
-  // `placeless`: the device named no position, so it is given one at once.
-  void Open(std::int64_t session, const Caller& caller, Position after, bool placeless,
+  // Begins to feed a session. May throw `sqlite::Error`.
+  void Open(std::int64_t session, const Caller& caller, const Start& start,
             std::weak_ptr<link::SessionListener> listener);
   // Answers that wait are given. Nothing happens for a session that is not fed.
   void Close(std::int64_t session);
@@ -39,6 +45,8 @@ class Feeds {
   void Note(const Effects& effects);
   // Tells the account's sessions except one.
   void Signal(const Typing& typing, std::int64_t except);
+  // Tells one session who is online in a tribe.
+  void Tell(std::int64_t session, const link::TribePresence& presence);
   // Sends what was noted.
   void Push();
   // Calls `answer` when the session was sent all that is noted now.

@@ -1,5 +1,6 @@
 #include "embedded/gate.h"
 
+#include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -14,15 +15,11 @@ namespace imsdk::embedded {
 
 namespace {
 
-// Each waiting login takes a tenth of a second of hashing; a longer queue helps nobody.
-constexpr int kMostHashesWaiting = 64;
-
 std::int64_t Now() { return base::Time::Now().ToMilliseconds(); }
 
 // What the contract's defaults say, but for these.
 link::Capabilities Abilities() {
   link::Capabilities abilities;
-  abilities.join_approval = false;
   abilities.resumable_transfer = false;  // nothing breaks on the way within a process
   return abilities;
 }
@@ -50,29 +47,49 @@ void Gate::Login(const link::LoginRequest& request, const link::LoginCallback& d
   const biz::ResultCode read =
       sqlite::Guarded([&] { found = store_.accounts().Find(request.user); });
   if (!read.ok()) return done(read, {});
-  if (!found || found->is_virtual()) return done(UnknownUser(), {});
+  if (!found || found->is_virtual()) return done(UnknownHere(), {});
   Verify(request, *found, done);
 }
 
 void Gate::Verify(const link::LoginRequest& request, const StoredAccount& account,
                   const link::LoginCallback& done) {
-  if (hashes_waiting_ >= kMostHashesWaiting) {
-    return done(Failure(biz::kEngineBusy, L"too many logins are under way"), {});
+  if (!attempts_.Add({account.id, request.user, account.password_hash,
+                      std::get<link::Password>(request.proof).text, done})) {
+    return done(Failure(biz::kEngineBusy, L"too many logins of this account are under way"), {});
   }
-  ++hashes_waiting_;
-  auto answer = base::BindWeak(
-      weak_from_this(), [user = request.user, id = account.id, done](Gate& gate, bool good) {
-        if (!good) return done(Failure(biz::kEngineWrongPassword, L"the password is wrong"), {});
-        gate.Give(user, id, done);
+  CheckNext();
+}
+
+void Gate::CheckNext() {
+  if (hashes_) return;
+  const auto now = Attempts::Clock::now();
+  const auto attempt = attempts_.Take(now);
+  if (!attempt) {
+    const auto next = attempts_.Next();
+    if (!next) return;
+    here_->PostDelayedTask(FROM_HERE, base::BindWeak(weak_from_this(), &Gate::CheckNext),
+                           std::chrono::ceil<std::chrono::milliseconds>(*next - now));
+    return;
+  }
+  auto checked = base::BindWeak(weak_from_this(),
+                                [attempt](Gate& gate, bool good) { gate.Checked(*attempt, good); });
+  hashes_ = hashing_.task_runner()->PostTask(
+      FROM_HERE, [here = here_, attempt, checked = std::move(checked)] {
+        const bool good = VerifyPassword(attempt->hash, base::WideToUTF8(attempt->password));
+        here->PostTask(FROM_HERE, [checked, good] { checked(good); });
       });
-  const bool posted = hashing_.task_runner()->PostTask(
-      FROM_HERE, [this, hash = account.password_hash, answer = std::move(answer),
-                  password = base::WideToUTF8(std::get<link::Password>(request.proof).text)] {
-        const bool good = VerifyPassword(hash, password);
-        --hashes_waiting_;
-        here_->PostTask(FROM_HERE, [answer, good] { answer(good); });
-      });
-  if (!posted) done(ServerStops(), {});
+  if (!hashes_) attempt->done(ServerStops(), {});
+}
+
+void Gate::Checked(const Attempts::Attempt& attempt, bool good) {
+  hashes_ = false;
+  attempts_.Note(attempt.account, good, Attempts::Clock::now());
+  if (good) {
+    Give(attempt.user, attempt.account, attempt.done);
+  } else {
+    attempt.done(Failure(biz::kEngineWrongPassword, L"the password is wrong"), {});
+  }
+  CheckNext();
 }
 
 void Gate::Give(const biz::IMUserID& user, std::int64_t account, const link::LoginCallback& done) {
@@ -85,12 +102,21 @@ void Gate::Give(const biz::IMUserID& user, std::int64_t account, const link::Log
               });
 }
 
-std::wstring Gate::IssueToken(const biz::IMUserID& user) {
+biz::ResultCode Gate::IssueToken(const biz::IMUserID& user, std::wstring* token) {
   const auto account = store_.accounts().Find(user);
-  if (!account || account->is_virtual()) return {};
-  const std::string token = NewToken();
-  store_.accounts().AddToken(account->id, HashToken(token), Now() + token_life_ms_, Now());
-  return base::UTF8ToWide(token);
+  if (!account || account->is_virtual()) return UnknownHere();
+  const std::string fresh = NewToken();
+  sqlite::Transaction transaction(store_.database());
+  store_.accounts().AddToken(account->id, HashToken(fresh), Now() + token_life_ms_, Now());
+  transaction.Commit();
+  *token = base::UTF8ToWide(fresh);
+  return {};
+}
+
+biz::ResultCode Gate::UnknownHere() const {
+  if (!store_.HasLost()) return UnknownUser();
+  return Failure(biz::kEngineDamaged,
+                 L"there is no such user any more: the server's store was damaged or missing");
 }
 
 void Gate::Connect(const link::ConnectRequest& request, const link::ConnectCallback& done) {
@@ -99,7 +125,7 @@ void Gate::Connect(const link::ConnectRequest& request, const link::ConnectCallb
   StoredAccount account;
   biz::ResultCode result = CheckToken(request.user, request.token, &account);
   Position start = 0;
-  if (result.ok()) result = FindStart(request.position, account, &start);
+  if (result.ok()) result = FindStart(request, account, &start);
   if (!result.ok()) return done(result, {});
   link::Connected connected{nullptr, Abilities()};
   result = sqlite::Guarded([&] {
@@ -107,18 +133,22 @@ void Gate::Connect(const link::ConnectRequest& request, const link::ConnectCallb
                         store_.accounts().Device(account.id, request.device)};
     connected.session = std::make_shared<EmbeddedSession>(
         room_.weak_from_this(), here_,
-        room_.Open(caller, start, request.position.empty(), request.listener));
+        room_.Open(caller, {start, request.position.empty(), request.restore}, request.listener));
   });
+  if (result.ok() && store_.loss()) {
+    result = {biz::kEngineOk, biz::kEngineDamaged,
+              base::UTF8ToWide(store_.loss()->Text("the server's store"))};
+  }
   // What a device names it has in its store, also when the acknowledgement was lost.
   if (result.ok() && !request.position.empty()) room_.NoteAcknowledged(account.id, start);
   done(result, connected);
 }
 
-biz::ResultCode Gate::FindStart(const std::string& position, const StoredAccount& account,
+biz::ResultCode Gate::FindStart(const link::ConnectRequest& request, const StoredAccount& account,
                                 Position* start) {
-  *start = account.acknowledged;
-  if (position.empty()) return {};
-  const auto given = ParsePosition(position);
+  *start = request.restore ? 0 : account.acknowledged;
+  if (request.position.empty()) return {};
+  const auto given = store_.KnownPosition(request.position);
   if (!given || *given > store_.mail().newest()) {
     return Failure(biz::kEnginePositionLost, L"the server does not know this position");
   }
@@ -136,7 +166,7 @@ biz::ResultCode Gate::CheckToken(const biz::IMUserID& user, const std::wstring& 
         found && store_.accounts().HasToken(found->id, HashToken(base::WideToUTF8(token)), Now());
   });
   if (!read.ok()) return read;
-  if (!found) return UnknownUser();
+  if (!found) return UnknownHere();
   if (!good) {
     return Failure(biz::kEngineTokenExpired, L"the token is over or was never given");
   }

@@ -1,11 +1,11 @@
 // Logging in to the embedded server.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
 
+#include "embedded/attempts.h"
 #include "embedded/mail_room.h"
 #include "embedded/server_store.h"
 #include "kexbase/thread.h"
@@ -24,23 +24,26 @@ class Gate : public std::enable_shared_from_this<Gate> {
 
   void Login(const link::LoginRequest& request, const link::LoginCallback& done);
   void Connect(const link::ConnectRequest& request, const link::ConnectCallback& done);
-  // A token for an account on the administration's word; empty for an unknown one. May throw
-  // `sqlite::Error`.
-  std::wstring IssueToken(const biz::IMUserID& user);
+  // A token for an account on the administration's word. May throw `sqlite::Error`.
+  biz::ResultCode IssueToken(const biz::IMUserID& user, std::wstring* token);
 
-  // Finishes the hashes that are under way. Any thread but the store's.
+  // Finishes the hash that is under way; the others are not begun. Any thread but the store's.
   void Stop() { hashing_.Stop(); }
 
  private:
   void Verify(const link::LoginRequest& request, const StoredAccount& account,
               const link::LoginCallback& done);
+  void CheckNext();
+  void Checked(const Attempts::Attempt& attempt, bool good);
   void Give(const biz::IMUserID& user, std::int64_t account, const link::LoginCallback& done);
   // The account that the token stands for, or a failure.
   biz::ResultCode CheckToken(const biz::IMUserID& user, const std::wstring& token,
                              StoredAccount* account);
   // Where the session begins, or `kEnginePositionLost`.
-  biz::ResultCode FindStart(const std::string& position, const StoredAccount& account,
+  biz::ResultCode FindStart(const link::ConnectRequest& request, const StoredAccount& account,
                             Position* start);
+  // No such account, as far as is known.
+  biz::ResultCode UnknownHere() const;
 
   ServerStore& store_;
   sqlite::GroupCommit& commit_;
@@ -48,7 +51,8 @@ class Gate : public std::enable_shared_from_this<Gate> {
   const std::shared_ptr<base::TaskRunner> here_;
   const std::int64_t token_life_ms_;
   base::Thread hashing_;
-  std::atomic<int> hashes_waiting_{0};
+  Attempts attempts_;
+  bool hashes_ = false;
 };
 
 }  // namespace imsdk::embedded

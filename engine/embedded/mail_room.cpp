@@ -13,6 +13,8 @@ namespace {
 // An acknowledgement that is lost costs a message sent twice, which clients recognise. So it need
 // not have a commit of its own.
 constexpr std::chrono::milliseconds kAcknowledgeDelay{100};
+// Who comes and goes in a tribe is told together.
+constexpr std::chrono::milliseconds kPresenceDelay{1000};
 
 biz::ResultCode SessionOver() { return Failure(biz::kEngineNotLoggedIn, L"the session is over"); }
 
@@ -32,23 +34,47 @@ auto DoneOf(std::shared_ptr<link::Asked<Operation>> asked) {
 
 }  // namespace
 
-MailRoom::MailRoom(ServerStore& store, Desks& desks, sqlite::GroupCommit& commit, FileRoom& files,
+MailRoom::MailRoom(ServerStore& store, Desks& desks, Presence& presence,
+                   sqlite::GroupCommit& commit, FileRoom& files,
                    std::shared_ptr<base::TaskRunner> here)
     : store_(store),
       desks_(desks),
+      presence_(presence),
       commit_(commit),
       files_(files),
       here_(std::move(here)),
       feeds_(store, [this] {
         here_->PostTask(FROM_HERE, base::BindWeak(weak_from_this(),
                                                   [](MailRoom& room) { room.feeds_.Push(); }));
-      }) {}
+      }) {
+  presence_.Use(
+      {[this] {
+         here_->PostDelayedTask(
+             FROM_HERE,
+             base::BindWeak(weak_from_this(), [](MailRoom& room) { room.presence_.Tell(); }),
+             kPresenceDelay);
+       },
+       [this](std::int64_t session, const link::TribePresence& told) {
+         feeds_.Tell(session, told);
+       }});
+}
 
-std::int64_t MailRoom::Open(const Caller& caller, Position after, bool placeless,
+void MailRoom::Note(std::int64_t session, const Caller& caller, const Effects& effects) {
+  feeds_.Note(effects);
+  if (effects.typing) feeds_.Signal(*effects.typing, session);
+  for (const StayChange& change : effects.stays) presence_.NoteStay(change);
+  // The session may have ended while the store was busy.
+  if (effects.watch && sessions_.contains(session)) {
+    presence_.Change(session, caller.account, *effects.watch);
+  }
+}
+
+std::int64_t MailRoom::Open(const Caller& caller, const Start& start,
                             std::weak_ptr<link::SessionListener> listener) {
   const std::int64_t session = ++last_session_;
-  feeds_.Open(session, caller, after, placeless, std::move(listener));
+  feeds_.Open(session, caller, start, std::move(listener));
   sessions_[session] = caller;
+  presence_.Opened(caller.account);
   return session;
 }
 
@@ -63,7 +89,11 @@ void MailRoom::CarryFor(std::int64_t session, std::shared_ptr<const Operation> o
 template <class Operation>
 void MailRoom::Serve(std::int64_t session, link::Asked<Operation> asked) {
   const auto held = std::make_shared<link::Asked<Operation>>(std::move(asked));
-  CarryFor(session, Inside(held), DoneOf(held));
+  if constexpr (requires { desks_.Answer(Caller{}, held->operation); }) {
+    CarryFor(session, Inside(held), DoneOf(held));
+  } else {
+    DoneOf(held)({biz::kEngineUnsupported, 0, L"the server does not know how"}, {});
+  }
 }
 
 // The content crosses first; then the desk knows whose it is.
@@ -104,7 +134,7 @@ void MailRoom::Ask(std::int64_t session, link::Request request) {
 
 void MailRoom::Acknowledge(std::int64_t session, const std::string& text) {
   const auto caller = sessions_.find(session);
-  const auto position = ParsePosition(text);
+  const auto position = store_.KnownPosition(text);
   if (caller == sessions_.end() || !position) return;
   NoteAcknowledged(caller->second.account, feeds_.Acknowledge(session, *position));
 }
@@ -129,8 +159,12 @@ void MailRoom::StoreAcknowledged() {
 }
 
 bool MailRoom::Close(std::int64_t session) {
-  if (sessions_.erase(session) == 0) return false;
+  const auto caller = sessions_.find(session);
+  if (caller == sessions_.end()) return false;
+  const std::int64_t account = caller->second.account;
+  sessions_.erase(caller);
   feeds_.Close(session);
+  presence_.Closed(session, account);
   return true;
 }
 

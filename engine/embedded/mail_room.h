@@ -13,6 +13,7 @@
 #include "embedded/feeds.h"
 #include "embedded/file_room.h"
 #include "embedded/outcome.h"
+#include "embedded/presence.h"
 #include "embedded/server_store.h"
 #include "kexbase/task_runner.h"
 #include "link/server_link.h"
@@ -24,12 +25,12 @@ namespace imsdk::embedded {
 // called there too.
 class MailRoom : public std::enable_shared_from_this<MailRoom> {
  public:
-  MailRoom(ServerStore& store, Desks& desks, sqlite::GroupCommit& commit, FileRoom& files,
-           std::shared_ptr<base::TaskRunner> here);
+  MailRoom(ServerStore& store, Desks& desks, Presence& presence, sqlite::GroupCommit& commit,
+           FileRoom& files, std::shared_ptr<base::TaskRunner> here);
 
   // Begins a session behind a position and returns its number. Its first batch comes with a later
   // task. May throw `sqlite::Error`.
-  std::int64_t Open(const Caller& caller, Position after, bool placeless,
+  std::int64_t Open(const Caller& caller, const Start& start,
                     std::weak_ptr<link::SessionListener> listener);
   void Ask(std::int64_t session, link::Request request);
   void Acknowledge(std::int64_t session, const std::string& position);
@@ -41,6 +42,7 @@ class MailRoom : public std::enable_shared_from_this<MailRoom> {
   // Has a desk answer nobody's session. `done` takes the result and the reply.
   template <class Request, class Done>
   void Administer(Request request, Done done) {
+    if (const auto why = link::CheckBounds(request); !why.ok()) return done(why, {});
     Carry(0, {}, std::make_shared<const Request>(std::move(request)), std::move(done));
   }
   // The account has everything up to a position, on one of its devices.
@@ -54,21 +56,25 @@ class MailRoom : public std::enable_shared_from_this<MailRoom> {
              Done done) {
     using Answered = decltype(desks_.Answer(caller, *request));
     const auto outcome = std::make_shared<Answered>();
-    commit_.Add([this, caller, request,
-                 outcome](sqlite::Database&) { *outcome = desks_.Answer(caller, *request); },
-                [this, session, outcome, done = std::move(done)](const biz::ResultCode& stored) {
-                  if (!stored.ok()) *outcome = Answered(stored);
-                  auto answer = [outcome, done] { done(outcome->result, outcome->reply); };
-                  if (outcome->effects.after_news) {
-                    feeds_.AfterNews(session, answer);
-                  } else {
-                    answer();
-                  }
-                  feeds_.Note(outcome->effects);
-                  if (outcome->effects.typing) feeds_.Signal(*outcome->effects.typing, session);
-                });
+    commit_.Add(
+        [this, caller, request, outcome](sqlite::Database&) {
+          *outcome = desks_.Answer(caller, *request);
+        },
+        [this, session, caller, outcome, done = std::move(done)](const biz::ResultCode& stored) {
+          if (!stored.ok()) *outcome = Answered(stored);
+          const Effects& effects = outcome->effects;
+          auto answer = [outcome, done] { done(outcome->result, outcome->reply); };
+          // Who has changed a tribe hears of that first, and is answered when it is known.
+          const bool waits =
+              effects.after_news || (link::kOfTribes<Request> && !effects.news.empty());
+          if (!waits) answer();
+          Note(session, caller, effects);
+          if (waits) feeds_.AfterNews(session, answer);
+        });
   }
 
+  // What is on the disk now, for those who are to hear of it.
+  void Note(std::int64_t session, const Caller& caller, const Effects& effects);
   template <class Operation>
   void Serve(std::int64_t session, link::Asked<Operation> asked);
   void Serve(std::int64_t session, link::Asked<link::Upload> asked);
@@ -80,6 +86,7 @@ class MailRoom : public std::enable_shared_from_this<MailRoom> {
 
   ServerStore& store_;
   Desks& desks_;
+  Presence& presence_;
   sqlite::GroupCommit& commit_;
   FileRoom& files_;
   const std::shared_ptr<base::TaskRunner> here_;

@@ -92,10 +92,10 @@ Position MailTable::AddEntry(const NewEntry& entry) {
   database_
       .Prepare(
           "INSERT INTO entries(position, stream, kind, conversation, message, actor, numbers, "
-          "device) VALUES(?,?,?,?,?,?,?,?)",
+          "device, detail) VALUES(?,?,?,?,?,?,?,?,?)",
           ++newest_, tribe ? -entry.stream.id : entry.stream.id,
           static_cast<std::int64_t>(entry.kind), entry.conversation, entry.message, entry.actor,
-          JoinNumbers(entry.numbers), entry.device)
+          JoinNumbers(entry.numbers), entry.device, entry.detail)
       .Run();
   return newest_;
 }

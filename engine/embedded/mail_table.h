@@ -27,6 +27,15 @@ enum class EntryKind : std::int32_t {
   kPeerRead = 2,       // `numbers` are identifiers of messages, `actor` has read them
   kReadElsewhere = 3,  // `numbers` are msgtime and msgid
   kMembership = 4,     // `numbers` is 1 or 0
+  // In a tribe's stream; tribe_changes.h tells what they hold.
+  kTribeJoined = 5,
+  kTribeLeft = 6,
+  kTribeLevelChanged = 7,
+  kTribeTransferred = 8,
+  kTribeInfoChanged = 9,
+  kTribeMemberChanged = 10,
+  kTribeEnabled = 11,
+  kTribeVisitorsCleared = 12,
 };
 
 // What is to be heard. What a kind does not need stays empty.
@@ -38,6 +47,7 @@ struct NewEntry {
   std::int64_t actor = 0;  // an account
   std::vector<std::int64_t> numbers{};
   std::int64_t device = 0;  // the account's device that knows it already; 0 for none
+  std::string detail{};     // texts, packed
 };
 
 // Who sends a message where, from which of its devices.

@@ -8,6 +8,7 @@
 
 #include "embedded/streams.h"
 #include "imsdk/biz/conversation_id.h"
+#include "imsdk/biz/tribe.h"
 #include "imsdk/biz/user_id.h"
 
 namespace imsdk::embedded {
@@ -40,14 +41,27 @@ struct Typing {
   std::int32_t status = 0;
 };
 
+// The session that asks begins to watch who is online in a tribe, or ends that.
+struct WatchChange {
+  biz::IMTribeID tribe;
+  std::int64_t conversation = 0;
+  bool on = true;
+};
+
 // What sessions are to be told once the work is on the disk.
 struct Effects {
   std::vector<StayChange> stays;
   std::vector<News> news;
   std::optional<Typing> typing;
+  std::optional<WatchChange> watch;
   // The answer waits until its session was sent all that is new, so that a message comes as new
   // before it comes as history.
   bool after_news = false;
+
+  void Add(Effects&& more) {
+    stays.insert(stays.end(), more.stays.begin(), more.stays.end());
+    news.insert(news.end(), more.news.begin(), more.news.end());
+  }
 };
 
 // What a desk answers.
@@ -69,8 +83,14 @@ inline biz::ResultCode UnknownUser() {
   return Failure(biz::kEngineUnknownUser, L"there is no such user");
 }
 inline biz::ResultCode ServerStops() { return Failure(biz::kEngineNoLink, L"the server stops"); }
+inline biz::ResultCode Refusal(biz::TribeRefusal why, std::wstring text) {
+  return {biz::kEngineRefused, why, std::move(text)};
+}
 inline biz::ResultCode NotAMember() {
-  return Failure(biz::kEngineRefused, L"the account is no member of this tribe");
+  return Refusal(biz::kTribeNotAMember, L"the account is no member of this tribe");
+}
+inline biz::ResultCode TribeIsClosed() {
+  return Refusal(biz::kTribeIsClosed, L"the tribe is closed");
 }
 
 }  // namespace imsdk::embedded

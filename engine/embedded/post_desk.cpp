@@ -6,7 +6,6 @@
 
 #include "embedded/address_book.h"
 #include "embedded/file_room.h"
-#include "kexbase/strings.h"
 
 namespace imsdk::embedded {
 
@@ -17,12 +16,6 @@ constexpr int kPublishedBits = 20;
 
 biz::ResultCode UnknownMessage() {
   return Failure(biz::kEngineNotFound, L"there is no such message");
-}
-
-biz::ResultCode TooLarge() { return Failure(biz::kEngineTooLarge, L"the message is too large"); }
-
-bool IsTooLarge(const std::wstring& body) {
-  return base::WideToUTF8(body).size() > link::kMaxBodyBytes;
 }
 
 std::wstring InWords(std::chrono::milliseconds time) {
@@ -60,6 +53,7 @@ Outcome<link::Delivered> PostDesk::Accept(const Sending& sending, std::int64_t r
   if (receiver == 0) {
     const Stream stream{Stream::Kind::kTribeMessages, sending.conversation};
     outcome.effects.news.push_back({stream, place, sending.device});
+    store_.members().NoteMessage(sending.conversation, sending.sender, message.svrtime);
     return outcome;
   }
   NewEntry entry{OfAccount(receiver), EntryKind::kMessage, sending.conversation, place};
@@ -74,10 +68,10 @@ Outcome<link::Delivered> PostDesk::Accept(const Sending& sending, std::int64_t r
 
 Outcome<link::Delivered> PostDesk::Answer(const Caller& caller, const link::Deliver& request) {
   const link::Message& message = request.message;
-  if (IsTooLarge(message.body)) return TooLarge();
   Found found = FindConversation(store_, caller, message.cid);
   if (!found.result.ok()) return found.result;
   if (message.cid.is_virtual()) return UnknownUser();
+  if (found.closed) return TribeIsClosed();
   if (found.conversation == 0) {
     found.conversation = store_.conversations().MakePair(caller.account, found.peer);
   }
@@ -159,7 +153,6 @@ Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::SendTy
 }
 
 Outcome<link::Nothing> PostDesk::Answer(const Caller& /*nobody*/, const Publication& request) {
-  if (IsTooLarge(request.body)) return TooLarge();
   const auto receiver = store_.accounts().Find(request.to);
   if (!receiver || receiver->is_virtual()) return UnknownUser();
   store_.accounts().Add(request.from, {}, request.kind);
@@ -172,6 +165,7 @@ Outcome<link::Nothing> PostDesk::Answer(const Caller& /*nobody*/, const Publicat
   message.msgid = last_published_ =
       std::max(last_published_ + 1, message.msgtime << kPublishedBits);
   message.body = request.body;
+  message.ext.others = request.others;
   const std::int64_t conversation = store_.conversations().MakePair(sender->id, receiver->id);
   Outcome<link::Nothing> outcome;
   outcome.effects = Accept({conversation, sender->id, 0}, receiver->id, message).effects;

@@ -17,6 +17,13 @@ struct Publication {
   biz::IMUserID from;
   biz::IMUserID to;
   std::wstring body;
+  std::wstring others{};  // extra data, see `biz::IMMessageExt`
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Inner("from", &Publication::from), biz::Inner("to", &Publication::to),
+                        biz::Bytes("body", &Publication::body, biz::kMaxBodyBytes),
+                        biz::Bytes("others", &Publication::others, biz::kMaxExtraBytes));
+  }
 };
 
 // As every desk: decides and writes. An answer runs inside a transaction, may run again when that

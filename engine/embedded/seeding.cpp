@@ -32,7 +32,7 @@ std::vector<link::Message> WritePast(ServerStore& store, TribeDesk& tribes, cons
     if (past.kind != biz::kCIDUser) store.accounts().Add(message.from, {}, past.kind);
     Sending sending{0, Known(store, message.from), 0};
     if (message.cid.is_tribe()) {
-      const auto tribe = store.conversations().FindTribe(message.cid.tribe);
+      const auto tribe = store.tribes().Find(message.cid.tribe);
       if (!tribe) throw sqlite::Error("a message of the past names an unknown tribe");
       sending.conversation = tribe->conversation;
     } else {

@@ -22,7 +22,7 @@ struct PastMessage {
 
 struct Seeding {
   std::vector<biz::IMUserID> users{};
-  std::wstring password{};
+  std::wstring password{};  // empty: they log in by tokens only, and nothing is hashed
   std::vector<NewTribe> tribes{};
   std::vector<PastMessage> messages{};                   // by the server's time, oldest first
   std::map<std::string, std::filesystem::path> files{};  // contents by `link::File::name`

@@ -1,6 +1,7 @@
 #include "embedded/server_store.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "kexbase/time.h"
 
@@ -61,19 +62,121 @@ constexpr const char* kSchema[] = {R"sql(
   CREATE INDEX messages_with ON message_files(address);
   CREATE TABLE uploads(
     address TEXT NOT NULL, account INTEGER NOT NULL, PRIMARY KEY(address, account)) WITHOUT ROWID;
+)sql",
+                                   R"sql(
+  -- What a tribe is. `members`, `visits` and `level` are kept here so that nobody has to count;
+  -- `visit_era` grows when the visitors are cleared.
+  ALTER TABLE tribes ADD COLUMN type INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE tribes ADD COLUMN description TEXT NOT NULL DEFAULT '';
+  ALTER TABLE tribes ADD COLUMN portrait TEXT NOT NULL DEFAULT '';
+  ALTER TABLE tribes ADD COLUMN bulletin TEXT NOT NULL DEFAULT '';
+  ALTER TABLE tribes ADD COLUMN ntfimage TEXT NOT NULL DEFAULT '';
+  ALTER TABLE tribes ADD COLUMN businessimage TEXT NOT NULL DEFAULT '';
+  ALTER TABLE tribes ADD COLUMN class INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE tribes ADD COLUMN level INTEGER NOT NULL DEFAULT 1;
+  ALTER TABLE tribes ADD COLUMN auth INTEGER NOT NULL DEFAULT 3;
+  ALTER TABLE tribes ADD COLUMN password TEXT NOT NULL DEFAULT '';
+  ALTER TABLE tribes ADD COLUMN at_all INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE tribes ADD COLUMN visitors INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE tribes ADD COLUMN enabled INTEGER NOT NULL DEFAULT 1;
+  ALTER TABLE tribes ADD COLUMN members INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE tribes ADD COLUMN visits INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE tribes ADD COLUMN visit_era INTEGER NOT NULL DEFAULT 0;
+  CREATE INDEX tribes_by_conversation ON tribes(conversation);
+
+  -- Who is a member now. `activity` counts messages and fades, it was so at `active_at`.
+  CREATE TABLE members(
+    conversation INTEGER NOT NULL, account INTEGER NOT NULL, level INTEGER NOT NULL,
+    nickname TEXT NOT NULL DEFAULT '', remind INTEGER NOT NULL DEFAULT 0,
+    activity INTEGER NOT NULL DEFAULT 0, active_at INTEGER NOT NULL DEFAULT 0,
+    PRIMARY KEY(conversation, account)) WITHOUT ROWID;
+  CREATE INDEX managers_of ON members(conversation) WHERE level>1;
+  CREATE INDEX managed_by ON members(account) WHERE level>1;
+  INSERT INTO members(conversation, account, level)
+    SELECT s.conversation, s.account, CASE WHEN t.owner=s.account THEN 3 ELSE 1 END
+    FROM stays s JOIN tribes t ON t.conversation=s.conversation
+    WHERE s.until=9223372036854775807;
+  UPDATE tribes SET members=(SELECT count(*) FROM members m WHERE m.conversation=tribes.conversation);
+  -- An owner who is no member any more could not be found in the tribe: one of the members follows.
+  UPDATE tribes SET owner=coalesce((SELECT account FROM members m
+      WHERE m.conversation=tribes.conversation ORDER BY account LIMIT 1), owner)
+    WHERE NOT EXISTS(SELECT 1 FROM members m
+      WHERE m.conversation=tribes.conversation AND m.account=tribes.owner);
+  UPDATE members SET level=3 WHERE account=(
+    SELECT owner FROM tribes WHERE tribes.conversation=members.conversation);
+
+  CREATE TABLE attention(
+    account INTEGER NOT NULL, conversation INTEGER NOT NULL, member INTEGER NOT NULL,
+    PRIMARY KEY(account, conversation, member)) WITHOUT ROWID;
+  CREATE TABLE black(
+    conversation INTEGER NOT NULL, account INTEGER NOT NULL, addtime INTEGER NOT NULL,
+    PRIMARY KEY(conversation, account)) WITHOUT ROWID;
+  CREATE TABLE visitors(
+    conversation INTEGER NOT NULL, account INTEGER NOT NULL, era INTEGER NOT NULL,
+    PRIMARY KEY(conversation, account)) WITHOUT ROWID;
+
+  -- Requests, invitations and what became of them. `audience` is an account, or below zero the
+  -- conversation of a tribe whose managers see it; `subject` would join; `manager` decided.
+  CREATE TABLE verify(
+    id INTEGER PRIMARY KEY AUTOINCREMENT, audience INTEGER NOT NULL, conversation INTEGER NOT NULL,
+    sender INTEGER NOT NULL, subject INTEGER NOT NULL, type INTEGER NOT NULL,
+    msgtime INTEGER NOT NULL, words TEXT NOT NULL, manager INTEGER NOT NULL DEFAULT 0);
+  CREATE INDEX verify_for ON verify(audience, id);
+  CREATE INDEX verify_open ON verify(conversation, subject) WHERE type<3;
+  CREATE TABLE verify_deleted(
+    account INTEGER NOT NULL, verify INTEGER NOT NULL, PRIMARY KEY(account, verify)) WITHOUT ROWID;
+
+  -- Texts of what happens in a tribe.
+  ALTER TABLE entries ADD COLUMN detail TEXT NOT NULL DEFAULT '';
 )sql"};
+
+void Prepare(sqlite::Database& database) {
+  // What is taken back leaves no copy in a page that is free.
+  database.Execute("PRAGMA secure_delete=ON");
+  sqlite::Migrate(database, kSchema);
+}
 
 }  // namespace
 
-PreparedDatabase::PreparedDatabase(const std::filesystem::path& file)
-    : sqlite::Database(file, sqlite::Locking::kExclusive) {
-  // What is taken back leaves no copy in a page that is free.
-  Execute("PRAGMA secure_delete=ON");
-  sqlite::Migrate(*this, kSchema);
+ServerStore::ServerStore(const sqlite::StorePlace& place)
+    : opened_(sqlite::OpenStore(place, {sqlite::Locking::kExclusive, Prepare})),
+      database_(*opened_.database),
+      generation_(sqlite::GenerationOf(database_)),
+      last_time_(std::max(mail_.NewestTime(), accounts_.NewestOpenTime())) {
+  if (loss() && loss()->kind == sqlite::Loss::Kind::kDamaged && !loss()->complete) KeepNumbers();
 }
 
-ServerStore::ServerStore(const std::filesystem::path& file)
-    : database_(file), last_time_(std::max(mail_.NewestTime(), accounts_.NewestOpenTime())) {}
+void ServerStore::KeepNumbers() {
+  // Nobody new gets the number of an account or a conversation that could not be read, and with it
+  // what others wrote. Nobody can log in to these.
+  sqlite::Transaction transaction(database_);
+  database_.Execute(R"sql(
+    INSERT OR IGNORE INTO accounts(id, appkey, nick, kind, password_hash)
+      SELECT id, '', 'lost ' || id, 0, '' FROM (
+        SELECT sender AS id FROM messages UNION SELECT first FROM conversations
+        UNION SELECT second FROM conversations UNION SELECT account FROM stays
+        UNION SELECT owner FROM tribes UNION SELECT account FROM devices
+        UNION SELECT account FROM members)
+      WHERE id>0;
+    INSERT OR IGNORE INTO conversations(id, first, second, tribe)
+      SELECT id, -id, -id, 0 FROM (
+        SELECT conversation AS id FROM messages UNION SELECT conversation FROM tribes
+        UNION SELECT conversation FROM stays)
+      WHERE id>0;
+  )sql");
+  transaction.Commit();
+}
+
+std::string ServerStore::PositionText(Position position) const {
+  const std::string text = std::to_string(position);
+  return generation_.empty() ? text : text + '.' + generation_;
+}
+
+std::optional<Position> ServerStore::KnownPosition(const std::string& text) const {
+  const std::size_t dot = text.find('.');
+  const std::string life = dot == std::string::npos ? std::string() : text.substr(dot + 1);
+  return life == generation_ ? ParsePosition(text.substr(0, dot)) : std::nullopt;
+}
 
 std::int64_t ServerStore::Now() {
   return last_time_ = std::max(last_time_, base::Time::Now().ToMilliseconds());

@@ -2,33 +2,44 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
+#include <optional>
+#include <string>
 
 #include "embedded/account_table.h"
 #include "embedded/conversation_table.h"
 #include "embedded/file_table.h"
 #include "embedded/mail_table.h"
-#include "sqlite/database.h"
+#include "embedded/member_table.h"
+#include "embedded/tribe_table.h"
+#include "embedded/verify_table.h"
+#include "sqlite/kept_store.h"
 
 namespace imsdk::embedded {
 
-// The server's tables, made when the file is new. Positions are counted in memory, so the file is
-// held against other servers.
-struct PreparedDatabase : sqlite::Database {
-  explicit PreparedDatabase(const std::filesystem::path& file);
-};
-
-// Used on one thread.
+// Used on one thread. Positions are counted in memory, so the file is held against other servers.
 class ServerStore {
  public:
   // Opens or makes the file. Throws `sqlite::Error`.
-  explicit ServerStore(const std::filesystem::path& file);
+  explicit ServerStore(const sqlite::StorePlace& place);
+
+  // What the file was found to have lost.
+  const std::optional<sqlite::Loss>& loss() const { return opened_.loss; }
+  // Whether it has lost something at some time, and with that accounts, maybe.
+  bool HasLost() const { return !generation_.empty(); }
+
+  // A position as the link has it. After a loss positions are counted anew, so they carry the life
+  // of the store that they belong to; one of another life is not known.
+  std::string PositionText(Position position) const;
+  std::optional<Position> KnownPosition(const std::string& text) const;
 
   sqlite::Database& database() { return database_; }
   AccountTable& accounts() { return accounts_; }
   ConversationTable& conversations() { return conversations_; }
   MailTable& mail() { return mail_; }
   FileTable& files() { return files_; }
+  TribeTable& tribes() { return tribes_; }
+  MemberTable& members() { return members_; }
+  VerifyTable& verify() { return verify_; }
 
   // The server's time: it never goes back, also over restarts.
   std::int64_t Now();
@@ -36,11 +47,18 @@ class ServerStore {
   std::int64_t LaterThanAll() { return last_time_ = Now() + 1; }
 
  private:
-  PreparedDatabase database_;
+  void KeepNumbers();
+
+  sqlite::OpenedStore opened_;
+  sqlite::Database& database_;
+  const std::string generation_;
   AccountTable accounts_{database_};
   ConversationTable conversations_{database_};
   MailTable mail_{database_};
   FileTable files_{database_};
+  TribeTable tribes_{database_};
+  MemberTable members_{database_};
+  VerifyTable verify_{database_};
   std::int64_t last_time_;
 };
 

@@ -4,11 +4,14 @@
 
 #include "embedded/mail_table.h"
 #include "embedded/message_row.h"
+#include "embedded/tribe_changes.h"
 #include "kexbase/strings.h"
 
 namespace imsdk::embedded {
 
 namespace {
+
+constexpr int kEntryDetailColumn = kMessageColumns + 6;
 
 link::Entry ReadEntry(sqlite::Database& database, const sqlite::Statement& row,
                       std::int64_t viewer) {
@@ -31,6 +34,19 @@ link::Entry ReadEntry(sqlite::Database& database, const sqlite::Statement& row,
     case EntryKind::kMembership:
       numbers.resize(1);
       return link::Membership{ReadCid(row, viewer).tribe, numbers[0] != 0};
+    case EntryKind::kTribeJoined:
+    case EntryKind::kTribeLeft:
+    case EntryKind::kTribeLevelChanged:
+    case EntryKind::kTribeTransferred:
+    case EntryKind::kTribeInfoChanged:
+    case EntryKind::kTribeMemberChanged:
+    case EntryKind::kTribeEnabled:
+    case EntryKind::kTribeVisitorsCleared:
+      return link::TribeHappening{
+          ReadCid(row, viewer).tribe,
+          {row.Wide(kMessageColumns + 2), row.Wide(kMessageColumns + 3)},
+          ReadChange(database, static_cast<EntryKind>(row.Int32(kMessageColumns)), numbers,
+                     row.Text(kEntryDetailColumn))};
   }
   return ReadMessage(database, row, viewer);
 }
@@ -42,7 +58,7 @@ std::int64_t NumberOf(const Stream& stream) {
 
 constexpr const char* kEntries =
     "SELECT " MESSAGE_COLUMNS
-    "e.kind, e.numbers, r.appkey, r.nick, e.position, e.device FROM entries e " CID_JOINS(
+    "e.kind, e.numbers, r.appkey, r.nick, e.position, e.device, e.detail FROM entries e " CID_JOINS(
         "e.conversation") "LEFT JOIN messages m ON m.position=e.message " MESSAGE_JOINS
                           "LEFT JOIN accounts r ON r.id=e.actor WHERE e.stream=?1 AND "
                           "e.position>=?2 AND "
@@ -55,13 +71,23 @@ constexpr const char* kMessages =
     "WHERE m.conversation=?1 AND m.position>=?2 AND m.position<=?3 AND "
     "(m.device=0 OR m.device<>?4) ORDER BY m.position";
 
+constexpr const char* kSentMessages =
+    "SELECT " MESSAGE_COLUMNS "0 FROM messages m " CID_JOINS("m.conversation") MESSAGE_JOINS
+    "WHERE m.sender=?1 AND c.tribe=0 AND m.position>=?2 AND m.position<=?3 AND "
+    "(m.device=0 OR m.device<>?4) ORDER BY m.position";
+
 }  // namespace
 
 StreamPart ReadStream(sqlite::Database& database, const StreamRequest& request) {
-  const bool messages = request.stream.kind == Stream::Kind::kTribeMessages;
-  const std::int64_t viewer = request.stream.kind == Stream::Kind::kAccount ? request.stream.id : 0;
-  auto row = database.Prepare(messages ? kMessages : kEntries, NumberOf(request.stream),
-                              request.from, request.until, request.device);
+  const Stream::Kind kind = request.stream.kind;
+  const bool sent = kind == Stream::Kind::kSent;
+  const bool messages = sent || kind == Stream::Kind::kTribeMessages;
+  const std::int64_t viewer = sent || kind == Stream::Kind::kAccount ? request.stream.id : 0;
+  auto row =
+      database.Prepare(sent       ? kSentMessages
+                       : messages ? kMessages
+                                  : kEntries,
+                       NumberOf(request.stream), request.from, request.until, request.device);
   StreamPart part;
   std::size_t text = 0;
   while (row.Step()) {
@@ -79,11 +105,14 @@ StreamPart ReadStream(sqlite::Database& database, const StreamRequest& request) 
   return part;
 }
 
-std::size_t TextOf(const link::Message& message) { return message.body.size() * sizeof(wchar_t); }
+std::size_t TextOf(const link::Message& message) {
+  return (message.body.size() + message.ext.others.size()) * sizeof(wchar_t);
+}
 
 std::size_t TextOf(const link::Entry& entry) {
-  const auto* message = std::get_if<link::Message>(&entry);
-  return message ? TextOf(*message) : 0;
+  if (const auto* message = std::get_if<link::Message>(&entry)) return TextOf(*message);
+  const auto* happening = std::get_if<link::TribeHappening>(&entry);
+  return happening ? TextOf(happening->change) : 0;
 }
 
 std::optional<Position> ParsePosition(const std::string& text) {

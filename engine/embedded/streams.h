@@ -20,9 +20,9 @@ inline constexpr Position kNever = std::numeric_limits<Position>::max();
 
 // A sequence of happenings that has its readers: what concerns one account alone, what happens to
 // the messages of a tribe, and those messages themselves, which are in no other place than their
-// conversation.
+// conversation; and, for a device that lost them, the messages that an account sent to others.
 struct Stream {
-  enum class Kind : std::int32_t { kAccount, kTribe, kTribeMessages };
+  enum class Kind : std::int32_t { kAccount, kTribe, kTribeMessages, kSent };
   Kind kind = Kind::kAccount;
   std::int64_t id = 0;  // an account, or a tribe's conversation
 
@@ -64,7 +64,7 @@ StreamPart ReadStream(sqlite::Database& database, const StreamRequest& request);
 std::size_t TextOf(const link::Message& message);
 std::size_t TextOf(const link::Entry& entry);
 
-// A position as the link has it: a decimal number from 1 on.
+// A place as the link has it: a decimal number from 1 on.
 std::optional<Position> ParsePosition(const std::string& text);
 
 }  // namespace imsdk::embedded

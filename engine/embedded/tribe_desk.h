@@ -1,5 +1,7 @@
-// Tribes on the embedded server: making them, joining and leaving.
+// Tribes on the embedded server: what they are, and the lists of them.
 #pragma once
+
+#include <vector>
 
 #include "embedded/outcome.h"
 #include "embedded/server_store.h"
@@ -8,7 +10,8 @@
 
 namespace imsdk::embedded {
 
-// A user becomes a member of a tribe, or is none any more. Again is good again.
+// A user becomes a member of a tribe, or is none any more. Again is good again. False for its
+// owner.
 struct SetMember {
   biz::IMTribeID tribe;
   biz::IMUserID user;
@@ -26,14 +29,19 @@ class TribeDesk {
  public:
   explicit TribeDesk(ServerStore& store) : store_(store) {}
 
-  Outcome<link::Nothing> Answer(const Caller& caller, const link::SetTribeName& request);
+  Outcome<link::Tribes> Answer(const Caller& caller, const link::GetTribes& request);
+  Outcome<biz::IMTribeInfo> Answer(const Caller& caller, const link::GetTribe& request);
+  Outcome<biz::IMTribeRequest> Answer(const Caller& caller, const link::CreateTribe& request);
+  Outcome<link::Nothing> Answer(const Caller& caller, const link::ChangeTribe& request);
+  Outcome<biz::IMTribeTextValue> Answer(const Caller& caller, const link::GetJoinPassword& request);
+  Outcome<biz::IMTribeNumberValue> Answer(const Caller& caller, const link::CountVisitors& request);
+  Outcome<link::Nothing> Answer(const Caller& caller, const link::EnableTribe& request);
+
   Outcome<biz::IMTribeID> Answer(const Caller& nobody, const NewTribe& request);
   Outcome<link::Nothing> Answer(const Caller& nobody, const SetMember& request);
   Outcome<link::Nothing> Answer(const Caller& nobody, const SetOpenHistory& request);
 
  private:
-  void Change(Effects& effects, std::int64_t account, std::int64_t conversation, bool member);
-
   ServerStore& store_;
 };
 

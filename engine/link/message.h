@@ -7,15 +7,14 @@
 #include <variant>
 #include <vector>
 
+#include "imsdk/biz/bounds.h"
 #include "imsdk/biz/conversation_id.h"
 #include "imsdk/biz/history.h"
 #include "imsdk/biz/message.h"
 #include "imsdk/biz/user_id.h"
+#include "link/tribe.h"
 
 namespace imsdk::link {
-
-// Largest text of a message, in bytes of UTF-8. Both sides hold to it.
-inline constexpr std::size_t kMaxBodyBytes = 1024 * 1024;
 
 // A file whose content crosses the link by itself. Tokens in a message's body name it by `name`.
 struct File {
@@ -24,6 +23,11 @@ struct File {
   std::uint64_t size = 0;  // in bytes
 
   friend bool operator==(const File&, const File&) = default;
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Letters("name", &File::name, biz::kMaxNameLetters),
+                        biz::Letters("address", &File::address, biz::kMaxSecretLetters));
+  }
 };
 
 // A message as the account that gets or gives it sees it.
@@ -45,6 +49,15 @@ struct Message {
   std::string place{};       // where the server's history has it; empty when not known yet
   bool withdrawn = false;    // taken back; a server that erases leaves no text
   bool read = false;         // its receiver has reported it read
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Inner("cid", &Message::cid), biz::Inner("from", &Message::from),
+                        biz::Bytes("body", &Message::body, biz::kMaxBodyBytes),
+                        biz::Inner("ext", &Message::ext),
+                        biz::Entries("files", &Message::files, biz::kMaxBodyItems),
+                        biz::Letters("place", &Message::place, biz::kMaxSecretLetters),
+                        biz::Whole("", biz::BoundUnit::kBytes, biz::kMaxMessageBytes));
+  }
 };
 
 // A message of this account is in the server's archive now, or its time and place came to be known.
@@ -84,7 +97,8 @@ struct Membership {
   bool member = true;
 };
 
-using Entry = std::variant<Message, Archived, Withdrawal, PeerRead, ReadElsewhere, Membership>;
+using Entry = std::variant<Message, Archived, Withdrawal, PeerRead, ReadElsewhere, Membership,
+                           TribeHappening>;
 
 // Some of what happened, in the order of the server. Nothing can be told from one batch about
 // another: a server may repeat entries, overlap batches, and send older entries late. The account

@@ -1,5 +1,6 @@
 // What an account can ask its server for: one type per operation, which names the type of its
-// reply. A new operation is its type here and its place in `Request`.
+// reply and says how much its fields may hold. A new operation is its type here or in
+// tribe_operations.h and its place in `Request`; both sides refuse by its bounds what is too large.
 #pragma once
 
 #include <cstdint>
@@ -9,12 +10,13 @@
 #include <variant>
 #include <vector>
 
+#include "imsdk/biz/bounds.h"
 #include "imsdk/biz/history.h"
+#include "link/check_bounds.h"
 #include "link/message.h"
+#include "link/tribe_operations.h"
 
 namespace imsdk::link {
-
-struct Nothing {};
 
 // How far a delivery has come.
 enum class Step {
@@ -32,6 +34,8 @@ struct Delivered {
 struct Deliver {
   using Reply = Delivered;
   Message message;  // what the server adds is empty
+
+  static constexpr auto Bounds() { return biz::Bounded(biz::Inner("message", &Deliver::message)); }
 };
 
 // Takes back a message of this account. Everybody concerned hears of it, this device too. Again is
@@ -40,7 +44,12 @@ struct Withdraw {
   using Reply = Nothing;
   biz::IMConversationID cid;
   std::int64_t msgid = 0;
+
+  static constexpr auto Bounds() { return biz::Bounded(biz::Inner("cid", &Withdraw::cid)); }
 };
+
+// The most messages in one report; more go in several.
+inline constexpr std::size_t kMaxReported = 1000;
 
 // Tells the senders that these messages of the conversation were read. Those that were reported
 // before and unknown ones are passed over.
@@ -48,6 +57,11 @@ struct ReportRead {
   using Reply = Nothing;
   biz::IMConversationID cid;
   std::vector<std::int64_t> msgids;
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Inner("cid", &ReportRead::cid),
+                        biz::Entries("msgids", &ReportRead::msgids, kMaxReported));
+  }
 };
 
 // Tells the account's other devices that the conversation is read up to and with a place.
@@ -55,6 +69,8 @@ struct MarkRead {
   using Reply = Nothing;
   biz::IMConversationID cid;
   biz::IMMsgPosition upto;
+
+  static constexpr auto Bounds() { return biz::Bounded(biz::Inner("cid", &MarkRead::cid)); }
 };
 
 // Passes the account's typing state on to the sessions that the peer has now.
@@ -62,6 +78,8 @@ struct SendTyping {
   using Reply = Nothing;
   biz::IMConversationID cid;
   std::int32_t status = biz::kInputStopped;
+
+  static constexpr auto Bounds() { return biz::Bounded(biz::Inner("cid", &SendTyping::cid)); }
 };
 
 // Which part of a conversation to hand out, in the server's own order. It starts behind `place`,
@@ -76,6 +94,11 @@ struct GetHistory {
   std::int64_t btime = 0;  // by the server's clock from here on
   std::int64_t etime = 0;  // up to and with this; 0: to the end
   std::int32_t count = 0;  // at most this many; the server has a limit of its own
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Inner("cid", &GetHistory::cid),
+                        biz::Letters("place", &GetHistory::place, biz::kMaxSecretLetters));
+  }
 };
 
 // Oldest first. `kEngineRefused` while the account's roaming is off.
@@ -88,12 +111,16 @@ struct History {
 
 struct GetRoaming {
   using Reply = biz::IMRoamStatus;
+
+  static constexpr auto Bounds() { return biz::Bounded(); }
 };
 
 // Switching on sets the open time to now.
 struct SetRoaming {
   using Reply = Nothing;
   std::int32_t status = biz::kRoamingOff;
+
+  static constexpr auto Bounds() { return biz::Bounded(); }
 };
 
 // How many of a file's bytes have crossed. Any thread; must not wait.
@@ -106,6 +133,8 @@ struct Upload {
   std::filesystem::path from;
   File file;  // without an address
   Progress progress{};
+
+  static constexpr auto Bounds() { return biz::Bounded(biz::Inner("file", &Upload::file)); }
 };
 struct Uploaded {
   std::string address;
@@ -118,23 +147,21 @@ struct Download {
   File file;
   std::filesystem::path to;
   Progress progress{};
-};
 
-// Renames a tribe. `kEngineRefused` for everybody but its owner.
-struct SetTribeName {
-  using Reply = Nothing;
-  biz::IMTribeID tribe;
-  std::wstring name;
+  static constexpr auto Bounds() { return biz::Bounded(biz::Inner("file", &Download::file)); }
 };
 
 // Ends the session for good. Its listener hears nothing further.
 struct Logout {
   using Reply = Nothing;
+
+  static constexpr auto Bounds() { return biz::Bounded(); }
 };
 
 // An operation with the way its reply takes.
 template <class Operation>
 struct Asked {
+  static_assert(HasBounds<Operation>, "an operation says how much its fields may hold");
   using Reply = typename Operation::Reply;
   Operation operation;
   std::function<void(const biz::ResultCode&, const Reply&)> done;
@@ -143,6 +170,12 @@ struct Asked {
 using Request =
     std::variant<Asked<Deliver>, Asked<Withdraw>, Asked<ReportRead>, Asked<MarkRead>,
                  Asked<SendTyping>, Asked<GetHistory>, Asked<GetRoaming>, Asked<SetRoaming>,
-                 Asked<Upload>, Asked<Download>, Asked<SetTribeName>, Asked<Logout>>;
+                 Asked<Upload>, Asked<Download>, Asked<GetTribes>, Asked<GetTribe>,
+                 Asked<GetTribeMembers>, Asked<FindTribeMembers>, Asked<ChangeTribe>,
+                 Asked<GetJoinPassword>, Asked<CountVisitors>, Asked<EnableTribe>,
+                 Asked<SetTribeNickname>, Asked<SetTribeLevel>, Asked<RemoveMember>,
+                 Asked<SetRemindType>, Asked<SetAttention>, Asked<GetAttention>, Asked<CreateTribe>,
+                 Asked<JoinTribe>, Asked<InviteToTribe>, Asked<SetTribeBlack>, Asked<GetTribeBlack>,
+                 Asked<GetVerifyMsgs>, Asked<DecideVerify>, Asked<DeleteVerify>, Asked<Logout>>;
 
 }  // namespace imsdk::link

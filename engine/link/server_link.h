@@ -32,6 +32,7 @@ struct Capabilities {
   bool roaming_switch = true;      // `GetRoaming`, `SetRoaming`; without it roaming is always on
   bool receipts = true;            // `ReportRead`
   bool typing = true;              // `SendTyping`
+  bool tribes = true;              // what concerns tribes besides their messages
   bool join_approval = true;       // tribes that ask an administrator before somebody joins
   bool resumable_transfer = true;  // a transfer goes on where it ended
   bool private_files = true;       // only who is part of the conversation can fetch its files
@@ -46,6 +47,8 @@ class SessionListener {
   virtual void OnBatch(Batch batch) = 0;
   // The peer's typing state (`biz::InputStatus`). Not kept for sessions that begin later.
   virtual void OnTyping(const biz::IMConversationID& cid, std::int32_t status) = 0;
+  // Who is online in a tribe that the session watches, gathered. Not kept.
+  virtual void OnTribePresence(const TribePresence& presence) = 0;
   // The session is over: `kEngineNoLink` when the link broke, another code when the server ended
   // it. The last call.
   virtual void OnEnded(const biz::ResultCode& why) = 0;
@@ -65,13 +68,26 @@ class Session {
 
 struct Password {
   std::wstring text;
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Letters("password", &Password::text, biz::kMaxSecretLetters));
+  }
 };
 struct Token {
   std::wstring text;
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Letters("token", &Token::text, biz::kMaxSecretLetters));
+  }
 };
 struct LoginRequest {
   biz::IMUserID user;
   std::variant<Password, Token> proof;
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Inner("user", &LoginRequest::user),
+                        biz::Inner("proof", &LoginRequest::proof));
+  }
 };
 
 // What a login gives: a token that stands for the password until `expires` (milliseconds since the
@@ -89,6 +105,18 @@ struct ConnectRequest {
   std::string device;    // the account's name for this device
   std::string position;  // of the last batch that the account stored; empty for none
   std::weak_ptr<SessionListener> listener;
+  // The device has lost some of what came behind the position, or without one everything, and comes
+  // under a new name: the server sends it all again, from the very beginning without a position,
+  // and what the account itself sent. A server that cannot do so begins as usual.
+  bool restore = false;
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(
+        biz::Inner("user", &ConnectRequest::user),
+        biz::Letters("token", &ConnectRequest::token, biz::kMaxSecretLetters),
+        biz::Letters("device", &ConnectRequest::device, biz::kMaxNameLetters),
+        biz::Letters("position", &ConnectRequest::position, biz::kMaxSecretLetters));
+  }
 };
 
 struct Connected {
@@ -96,7 +124,8 @@ struct Connected {
   Capabilities capabilities;
 };
 // `kEnginePositionLost`: the server does not know the position any more. The account then connects
-// without one, and what it may have missed is fetched as history.
+// without one, and what it may have missed is fetched as history. A good result may have
+// `kEngineDamaged` as its subcode: the server itself has lost something.
 using ConnectCallback = std::function<void(const biz::ResultCode&, const Connected&)>;
 
 // A server. Any thread.

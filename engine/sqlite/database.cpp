@@ -26,7 +26,7 @@ bool Statement::Step() {
     case SQLITE_DONE:
       return false;
     default:
-      Fail();
+      database_->Fail();
   }
 }
 
@@ -51,7 +51,7 @@ std::wstring Statement::Wide(int column) const {
 }
 
 void Statement::Bind(int index, std::int64_t value) {
-  if (sqlite3_bind_int64(statement_, index, value) != SQLITE_OK) Fail();
+  if (sqlite3_bind_int64(statement_, index, value) != SQLITE_OK) database_->Fail();
 }
 
 void Statement::Bind(int index, std::string_view text) {
@@ -59,7 +59,7 @@ void Statement::Bind(int index, std::string_view text) {
   const char* data = text.empty() ? "" : text.data();
   if (sqlite3_bind_text64(statement_, index, data, text.size(), SQLITE_TRANSIENT, SQLITE_UTF8) !=
       SQLITE_OK) {
-    Fail();
+    database_->Fail();
   }
 }
 
@@ -67,8 +67,6 @@ void Statement::Bind(int index, std::wstring_view text) {
   const std::string utf8 = base::WideToUTF8(text);
   Bind(index, std::string_view(utf8));
 }
-
-void Statement::Fail() const { throw Error(sqlite3_errmsg(sqlite3_db_handle(statement_))); }
 
 Database::Database(const std::filesystem::path& file, Locking locking) {
   const std::u8string name = file.u8string();
@@ -110,7 +108,29 @@ sqlite3_stmt* Database::Cached(const char* sql) {
   return statement;
 }
 
-void Database::Fail() const { throw Error(handle_ ? sqlite3_errmsg(handle_) : "out of memory"); }
+void Database::CountIn(std::unique_ptr<StoreRecord> record, std::int64_t commits) {
+  record_ = std::move(record);
+  commits_ = commits;
+}
+
+void Database::CountCommit() {
+  if (!record_) return;
+  Prepare("UPDATE store_identity SET commits=?", commits_ + 1).Run();
+}
+
+void Database::Committed() {
+  if (record_) record_->SetCommits(++commits_);
+}
+
+void Database::Fail() const {
+  if (!handle_) throw Error("out of memory");
+  const std::string text = sqlite3_errmsg(handle_);
+  const int code = sqlite3_errcode(handle_);
+  if (code != SQLITE_CORRUPT && code != SQLITE_NOTADB) throw Error(text);
+  // Whoever opens the store next reads out of it what can be read.
+  if (record_) record_->SetDamaged();
+  throw Damaged(text);
+}
 
 Transaction::Transaction(Database& database) : database_(database) {
   database_.Execute("BEGIN IMMEDIATE");
@@ -125,8 +145,10 @@ Transaction::~Transaction() {
 }
 
 void Transaction::Commit() {
+  database_.CountCommit();
   database_.Execute("COMMIT");
   open_ = false;
+  database_.Committed();
 }
 
 void Migrate(Database& database, const char* const* steps, std::size_t count) {
@@ -136,12 +158,16 @@ void Migrate(Database& database, const char* const* steps, std::size_t count) {
     if (query.Step()) version = query.Int64(0);
   }
   if (version == static_cast<std::int64_t>(count)) return;
-  if (version != 0) {
+  if (version < 0 || version > static_cast<std::int64_t>(count)) {
+    const bool newer = version > 0;
     throw Error("the store has version " + std::to_string(version) +
-                ", this program uses version " + std::to_string(count));
+                ", this program uses version " + std::to_string(count) +
+                (newer ? ": it was written by a newer program" : ""));
   }
   Transaction transaction(database);
-  for (std::size_t step = 0; step < count; ++step) database.Execute(steps[step]);
+  for (auto step = static_cast<std::size_t>(version); step < count; ++step) {
+    database.Execute(steps[step]);
+  }
   database.Execute(("PRAGMA user_version=" + std::to_string(count)).c_str());
   transaction.Commit();
 }

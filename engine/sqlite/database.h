@@ -3,11 +3,14 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+
+#include "sqlite/store_record.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -21,12 +24,21 @@ class Error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The file's content makes no sense, or is no store at all.
+class Damaged : public Error {
+ public:
+  using Error::Error;
+};
+
+class Database;
+
 // A statement borrowed from its database's cache, bound and ready to step. Gives itself back
 // (reset, unbound) when it dies; it must not outlive the database.
 class Statement {
  public:
   ~Statement();
-  Statement(Statement&& other) noexcept : statement_(std::exchange(other.statement_, nullptr)) {}
+  Statement(Statement&& other) noexcept
+      : database_(other.database_), statement_(std::exchange(other.statement_, nullptr)) {}
   Statement& operator=(Statement&&) = delete;
 
   // Goes to the next row; false after the last one.
@@ -43,15 +55,16 @@ class Statement {
 
  private:
   friend class Database;
-  explicit Statement(sqlite3_stmt* statement) : statement_(statement) {}
+  Statement(Database& database, sqlite3_stmt* statement)
+      : database_(&database), statement_(statement) {}
 
   void Bind(int index, std::int64_t value);
   void Bind(int index, std::string_view text);
   void Bind(int index, std::wstring_view text);
   void Bind(int index, const std::string& text) { Bind(index, std::string_view(text)); }
   void Bind(int index, const std::wstring& text) { Bind(index, std::wstring_view(text)); }
-  [[noreturn]] void Fail() const;
 
+  Database* database_;
   sqlite3_stmt* statement_;
 };
 
@@ -74,7 +87,7 @@ class Database {
   // `values` bound from the first parameter on. One borrower of one text at a time.
   template <class... Values>
   Statement Prepare(const char* sql, const Values&... values) {
-    Statement statement(Cached(sql));
+    Statement statement(*this, Cached(sql));
     int index = 0;
     (statement.Bind(++index, values), ...);
     return statement;
@@ -89,12 +102,23 @@ class Database {
   // Rows that the last statement changed.
   std::int64_t Changes() const;
 
+  // From now on transactions are counted, in the store, which has a count already, and behind it in
+  // its record; so is a damage that shows itself.
+  void CountIn(std::unique_ptr<StoreRecord> record, std::int64_t commits);
+
  private:
+  friend class Statement;
+  friend class Transaction;
+
   sqlite3_stmt* Cached(const char* sql);
   void Close();
+  void CountCommit();
+  void Committed();
   [[noreturn]] void Fail() const;
 
   sqlite3* handle_ = nullptr;
+  std::unique_ptr<StoreRecord> record_;
+  std::int64_t commits_ = 0;
   std::unordered_map<const char*, sqlite3_stmt*> statements_;
 };
 
@@ -112,8 +136,9 @@ class Transaction {
   bool open_ = true;
 };
 
-// Makes the schema of a fresh file, whose version is then the number of `steps`. Throws `Error` for
-// a store of any other version.
+// Brings a store to the version that is the number of `steps`, by those that it has not had yet; a
+// fresh file has had none. All or nothing. Throws `Error` for a store of a later version,
+// which is left as it is.
 template <std::size_t N>
 void Migrate(Database& database, const char* const (&steps)[N]);
 void Migrate(Database& database, const char* const* steps, std::size_t count);

@@ -1,8 +1,11 @@
 #include "sqlite/group_commit.h"
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "kexbase/strings.h"
+#include "sqlite/interrupt.h"
 
 namespace imsdk::sqlite {
 
@@ -10,6 +13,7 @@ namespace {
 
 // A transaction of more writes makes those at its front wait for nothing.
 constexpr std::size_t kMostInOneCommit = 512;
+constexpr std::chrono::milliseconds kLongestCommit{100};
 
 }  // namespace
 
@@ -17,6 +21,8 @@ biz::ResultCode Guarded(const std::function<void()>& work) {
   try {
     work();
     return {};
+  } catch (const Damaged& failure) {
+    return {biz::kEngineDamaged, 0, L"a store is damaged: " + base::UTF8ToWide(failure.what())};
   } catch (const std::exception& failure) {
     return {biz::kEngineStorage, 0, base::UTF8ToWide(failure.what())};
   }
@@ -33,12 +39,13 @@ void GroupCommit::Flush() {
   while (!queue_.empty()) {
     const std::vector<Entry> entries = std::exchange(queue_, {});
     for (std::size_t from = 0; from < entries.size();) {
-      const std::size_t to = std::min(entries.size(), from + kMostInOneCommit);
-      const biz::ResultCode together = Commit(entries, from, to);
+      std::size_t to = std::min(entries.size(), from + kMostInOneCommit);
+      const biz::ResultCode together = Commit(entries, from, &to);
       for (std::size_t i = from; i < to; ++i) {
         // One bad write must not take its neighbours with it.
         const bool alone = !together.ok() && to - from > 1;
-        entries[i].after(alone ? Commit(entries, i, i + 1) : together);
+        std::size_t next = i + 1;
+        entries[i].after(alone ? Commit(entries, i, &next) : together);
       }
       from = to;
     }
@@ -46,13 +53,22 @@ void GroupCommit::Flush() {
 }
 
 biz::ResultCode GroupCommit::Commit(const std::vector<Entry>& entries, std::size_t from,
-                                    std::size_t to) {
-  return Guarded([&] {
+                                    std::size_t* to) {
+  if (const biz::ResultCode why = refuse_(); !why.ok()) return why;
+  const biz::ResultCode result = Guarded([&] {
+    const auto end = std::chrono::steady_clock::now() + kLongestCommit;
     Database& database = open_();
+    const Interrupt unless(database, [this] { return !refuse_().ok(); });
     Transaction transaction(database);
-    for (std::size_t i = from; i < to; ++i) entries[i].write(database);
+    for (std::size_t i = from; i < *to; ++i) {
+      entries[i].write(database);
+      if (std::chrono::steady_clock::now() > end) *to = i + 1;
+    }
     transaction.Commit();
   });
+  if (result.ok()) return result;
+  const biz::ResultCode why = refuse_();
+  return why.ok() ? result : why;
 }
 
 }  // namespace imsdk::sqlite

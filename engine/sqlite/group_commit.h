@@ -19,8 +19,11 @@ class GroupCommit {
   using After = std::function<void(const biz::ResultCode&)>;
 
   // `open` gives the connection, or throws. `schedule` has `Flush` called on the sequence soon.
-  GroupCommit(std::function<Database&()> open, std::function<void()> schedule)
-      : open_(std::move(open)), schedule_(std::move(schedule)) {}
+  // What `refuse` answers instead of success is the outcome of writes that are not begun yet.
+  GroupCommit(
+      std::function<Database&()> open, std::function<void()> schedule,
+      std::function<biz::ResultCode()> refuse = [] { return biz::ResultCode{}; })
+      : open_(std::move(open)), schedule_(std::move(schedule)), refuse_(std::move(refuse)) {}
 
   // Queues a write. Followers run in the order of the writes.
   void Add(Write write, After after);
@@ -33,11 +36,12 @@ class GroupCommit {
     After after;
   };
 
-  // The outcome of `entries[from, to)` in one transaction.
-  biz::ResultCode Commit(const std::vector<Entry>& entries, std::size_t from, std::size_t to);
+  // The outcome of some of `entries[from, *to)` in one transaction; `*to` becomes its end.
+  biz::ResultCode Commit(const std::vector<Entry>& entries, std::size_t from, std::size_t* to);
 
   const std::function<Database&()> open_;
   const std::function<void()> schedule_;
+  const std::function<biz::ResultCode()> refuse_;
   std::vector<Entry> queue_;
   bool scheduled_ = false;
 };

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <fstream>
+#include <random>
 
 #include "account/files/data_folder.h"
 #include "engine_fixture.h"
 #include "kexbase/md5.h"
+#include "kexbase/message_body.h"
 #include "kexbase/strings.h"
 
 namespace imsdk::test {
@@ -28,16 +30,14 @@ TEST(Body, PictureTokensAreEscapedPartByPart) {
     account::KeptFile picture;
     const wchar_t* token;
   } cases[] = {
-      {{L"a.png", L"", L""}, L"pic:impicture|?filepath=a.png"},
       {{L"", L"", L""}, L"pic:impicture|?filepath="},
-      {{L"a.png", L"0af", L""}, L"pic:impicture|0af?filepath=a.png&fileMD5=0af"},
       {{L"a.png", L"", L"png"}, L"pic:impicture|?filepath=a.png&filetype=png"},
-      {{L"C:\\my pics\\\u4F60 & \U0001F600?.png", L"a b", L"p=g"},
-       L"pic:impicture|a b?filepath=C%3A%5Cmy%20pics%5C%E4%BD%A0%20%26%20%F0%9F%98%80%3F.png"
-       L"&fileMD5=a%20b&filetype=p%3Dg"},
+      {{L"a b", L"a b", L"p=g"}, L"pic:impicture|a b?filepath=a%20b&fileMD5=a%20b&filetype=p%3Dg"},
       {{L"50%+1/#'()*!~.png", L"", L""}, L"pic:impicture|?filepath=50%25%2B1%2F%23'()*!~.png"},
   };
-  for (const auto& c : cases) EXPECT_EQ(account::PictureToken(c.picture), c.token);
+  for (const auto& [picture, token] : cases) {
+    EXPECT_EQ(base::PictureToken(picture.path, picture.md5, picture.type), token);
+  }
 }
 
 TEST(Body, ItemsAndTheirTokens) {
@@ -66,7 +66,14 @@ TEST(Body, ItemsAndTheirTokens) {
       {"emotion", {Item(biz::kMsgEmotion, emotion)}, emotion, biz::kMsgEmotion, L""},
       {"mixed",
        {Text(L"see"), Item(biz::kMsgPicture, L"", kPng), Text(L"\nthere")},
-       L"see " + picture + L"\nthere",
+       L"see" + picture + L"\x200B\nthere",
+       biz::kMsgText,
+       L""},
+      {"tokens in a text, and one that only two texts together would be",
+       {Text(L"a" + emotion + L"\x200B!"), Item(biz::kMsgPicture, L"", kPng), Text(emotion),
+        Text(L"pic:impicture"), Text(L"|?filepath=x")},
+       L"a" + emotion + L"\x200B!" + picture + L"\x200B" + emotion +
+           L"\x200Bpic:impicture|\x200B?filepath=x",
        biz::kMsgText,
        L""},
       {"file",
@@ -101,6 +108,36 @@ TEST(Body, ItemsAndTheirTokens) {
   std::ifstream kept(folder.path() / base::WideToUTF8(L"files/harbor/" + md5 + L".png"),
                      std::ios::binary);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), kPng);
+}
+
+// Texts arrive as they were typed, however they are cut into items and what stands between them.
+TEST(Body, TypedTextsArriveAsTheyAre) {
+  TempFolder folder;
+  const FileBox files(folder.path(), "files/harbor");
+  const wchar_t* const pieces[] = {L"pic:impicture", L"|", L"?filepath=", L"filepath=", L"file:",
+                                   L"\x200B",        L" ", L"\n",         L"a",         L"\x4E2D"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 2000; ++round) {
+    std::vector<biz::IMBodyItem> items;
+    std::wstring typed;
+    for (auto left = random() % 5; left > 0; --left) {
+      std::wstring text;
+      for (auto more = random() % 5; more > 0; --more) text += pieces[random() % std::size(pieces)];
+      typed += text;
+      base::BodyWriter value;
+      value.AddText(text);
+      items.push_back(Text(value.Finish()));
+      if (random() % 2) continue;
+      typed += L'*';
+      items.push_back(Item(biz::kMsgEmotion, base::EmotionToken(L"a", text)));
+    }
+    std::wstring shown;
+    const auto composed = ComposeBody(items, files);
+    for (const auto& part : base::ReadBody(composed.body)) {
+      shown += part.kind == base::BodyPart::kText ? part.source : L"*";
+    }
+    ASSERT_EQ(shown, typed);
+  }
 }
 
 TEST(Body, FilesAreCopiedIntoTheDataFolder) {

@@ -70,6 +70,36 @@ TEST_F(Demo, TheServerHasAPastOfEveryKind) {
   EXPECT_FALSE(harbor->Ask(link::GetHistory{.cid = chat, .count = 1}).reply.next.empty());
 }
 
+// Whatever became of the server's store: what the accounts have is theirs.
+TEST_F(Demo, NothingIsRemovedToMakeRoomForIt) {
+  Fill();
+  EXPECT_TRUE(HoldsMessages(options_.data));
+  server_.reset();
+  const auto content = [this] {
+    std::map<std::string, std::string> files;
+    for (const char* part : {"accounts", "files"}) {
+      for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_ / part)) {
+        if (!entry.is_regular_file()) continue;
+        std::ifstream in(entry.path(), std::ios::binary);
+        files[entry.path().string()] = {std::istreambuf_iterator<char>(in), {}};
+      }
+    }
+    return files;
+  };
+  const auto before = content();
+  EXPECT_GT(before.size(), 4U);
+  for (const char* gone : {"server/server.db", "server", "stores", "client"}) {
+    std::filesystem::remove_all(folder_ / gone);
+    EXPECT_TRUE(HoldsMessages(options_.data)) << gone;
+    Start();
+    std::string error;
+    EXPECT_FALSE(FillDemoSet(options_.data, *server_, &error)) << gone;
+    EXPECT_FALSE(error.empty());
+    server_.reset();
+    EXPECT_EQ(content(), before) << gone;
+  }
+}
+
 TEST_F(Demo, TheAccountsHaveItInTheirStoresUnreadWhereItIsNew) {
   Fill();
   std::int64_t newest = 0;

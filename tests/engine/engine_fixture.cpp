@@ -22,10 +22,10 @@ TempFolder::~TempFolder() {
 EngineSetup QuickSetup(const std::filesystem::path& data) {
   EngineSetup setup;
   setup.options.data = account::FromPath(data);
-  setup.timeouts.send = std::chrono::milliseconds(400);
-  setup.timeouts.request = std::chrono::milliseconds(400);
-  setup.timeouts.transfer = std::chrono::milliseconds(400);
-  setup.timeouts.login = std::chrono::milliseconds(1500);
+  setup.timeouts.send = std::chrono::milliseconds(1000);
+  setup.timeouts.request = std::chrono::milliseconds(1000);
+  setup.timeouts.transfer = std::chrono::milliseconds(1000);
+  setup.timeouts.login = std::chrono::milliseconds(5000);
   setup.timeouts.first_retry = std::chrono::milliseconds(50);
   return setup;
 }
@@ -231,9 +231,7 @@ biz::IMBodyItem Text(const std::wstring& text) {
 std::int32_t SendItems(const RefPtr<biz::IIMConversation>& chat, std::vector<biz::IMBodyItem> items,
                        biz::IMSendRequest request) {
   request.body = std::make_shared<const std::vector<biz::IMBodyItem>>(std::move(items));
-  std::int32_t code = 1;
-  chat->SendMsg(request, [&](const biz::ResultCode& result) { code = result.code; });
-  return code;
+  return Done([&](auto done) { chat->SendMsg(request, done); }).code;
 }
 
 std::int32_t Resend(const RefPtr<biz::IIMConversation>& chat, std::int64_t msgid, bool at_once) {

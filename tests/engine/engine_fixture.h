@@ -49,6 +49,13 @@ inline std::string NameOf(const testing::TestParamInfo<ServerKind>& info) {
   return info.param.name;
 }
 
+// A login token on the administration's word; empty when there is none.
+inline std::wstring TokenOf(EmbeddedServer& server, const biz::IMUserID& user) {
+  std::wstring token;
+  server.IssueToken(user, &token);
+  return token;
+}
+
 // An engine over a server of a kind. The server stays when the engine starts again.
 class ServerTest : public testing::TestWithParam<ServerKind> {
  protected:
@@ -145,9 +152,10 @@ inline RefPtr<biz::IIMConversation> Chat(const biz::IMUserID& self, const biz::I
 RefPtr<biz::IIMSingleChatMgr> Chats(const biz::IMUserID& self);
 
 biz::IMBodyItem Text(const std::wstring& text);
-// Operations that are answered at once.
+// The engine's status of a send, when it is stored or refused.
 std::int32_t SendItems(const RefPtr<biz::IIMConversation>& chat, std::vector<biz::IMBodyItem> items,
                        biz::IMSendRequest request = {});
+// Operations that are answered at once.
 std::int32_t Resend(const RefPtr<biz::IIMConversation>& chat, std::int64_t msgid, bool at_once);
 std::int32_t Unread(const RefPtr<biz::IIMConversation>& chat);
 biz::IMMessagePage NewMessages(const RefPtr<biz::IIMConversation>& chat,

@@ -157,16 +157,20 @@ bool FarServer::CreateAccount(const biz::IMUserID& user, const std::wstring& pas
   return fresh;
 }
 
-std::wstring FarServer::IssueToken(const biz::IMUserID& user) {
+biz::ResultCode FarServer::IssueToken(const biz::IMUserID& user, std::wstring* token) {
   std::lock_guard hold(state_->lock);
-  return state_->accounts.contains(user) ? state_->MakeToken(user) : std::wstring();
+  if (!state_->accounts.contains(user)) {
+    return {biz::kEngineUnknownUser, 0, L"there is no such user"};
+  }
+  *token = state_->MakeToken(user);
+  return {};
 }
 
 bool FarServer::Publish(VirtualKind kind, const biz::IMUserID& from, const biz::IMUserID& to,
                         const std::wstring& body) {
   std::lock_guard hold(state_->lock);
   if (kind != VirtualKind::kSystem && kind != VirtualKind::kSubscription) return false;
-  if (body.empty() || base::WideToUTF8(body).size() > link::kMaxBodyBytes) return false;
+  if (body.empty() || base::WideToUTF8(body).size() > biz::kMaxBodyBytes) return false;
   if (state_->accounts.contains(from) || !state_->accounts.contains(to)) return false;
   if (state_->virtuals.try_emplace(from, kind).first->second != kind) return false;
   link::Message message;

@@ -35,7 +35,7 @@ class FarServer final : public EmbeddedServer {
   std::shared_ptr<link::ServerLink> Link() override;
   bool HasAccounts() override;
   bool CreateAccount(const biz::IMUserID& user, const std::wstring& password) override;
-  std::wstring IssueToken(const biz::IMUserID& user) override;
+  biz::ResultCode IssueToken(const biz::IMUserID& user, std::wstring* token) override;
   bool Publish(VirtualKind kind, const biz::IMUserID& from, const biz::IMUserID& to,
                const std::wstring& body) override;
   biz::IMTribeID CreateTribe(const NewTribe& tribe) override;

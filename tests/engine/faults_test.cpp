@@ -53,9 +53,9 @@ TEST_P(FaultsTest, EachOperationIsAnsweredOnce) {
       {"a logout", Fault::kDropRequest, true, biz::kEngineNotLoggedIn},
   };
   for (const auto& fault : faults) {
+    const std::size_t round = harbor.received.size() + 1;
     Send(kHarbor, kMariner, L"own");
     Send(kMariner, kHarbor, L"theirs");
-    const std::size_t round = harbor.received.size() + 1;
     ASSERT_TRUE(harbor.AwaitStatuses(round));
     ASSERT_TRUE(harbor.AwaitReceived(round));
     own = harbor.sent.back().msgid;

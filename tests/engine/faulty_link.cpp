@@ -21,6 +21,9 @@ class FaultyLink::Ear : public link::SessionListener {
   void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override {
     if (const auto account = account_.lock()) account->OnTyping(cid, status);
   }
+  void OnTribePresence(const link::TribePresence& presence) override {
+    if (const auto account = account_.lock()) account->OnTribePresence(presence);
+  }
   void OnEnded(const biz::ResultCode& why) override {
     if (const auto account = account_.lock()) account->OnEnded(why);
   }

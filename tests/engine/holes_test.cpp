@@ -60,6 +60,21 @@ TEST_P(HolesTest, AHoleIsFilledWithTheNextLinkToo) {
   Eventually([&] { return History(kHarbor, kMariner).msgs.size() == 3; }, "filled");
 }
 
+TEST_P(HolesTest, WhatTheServerRefusesStaysAHole) {
+  Witness harbor(kHarbor);
+  Say({L"1"}, true);
+  Say({L"2"}, false);
+  const auto chats = Chats(kHarbor);
+  ASSERT_TRUE(Done([&](auto done) { chats->SetRoamStatus({biz::kRoamingOff}, done); }).ok());
+  Say({L"3"}, true);
+  ASSERT_TRUE(harbor.AwaitReceived(2));
+  const int asked = link_->Asked(Operation::kGetHistory);
+  EXPECT_EQ(Bodies(History(kHarbor, kMariner).msgs), Texts{L"3"});
+  Done([&](auto done) { Accounts()->NetReConnect({kHarbor}, done); });
+  Eventually([&] { return link_->Asked(Operation::kGetHistory) > asked; }, "asked for again");
+  EXPECT_EQ(Bodies(History(kHarbor, kMariner).msgs), Texts{L"3"}) << "not as if nothing lacked";
+}
+
 TEST_P(HolesTest, WhatCannotBeHadIsAskedForOnce) {
   Witness harbor(kHarbor);
   Say({L"1"}, true);

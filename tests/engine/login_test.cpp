@@ -13,7 +13,7 @@ TEST_P(LoginTest, SaysWhatIsWrong) {
   ASSERT_TRUE(CreateAccount(User(L"harbor")));
   EXPECT_FALSE(CreateAccount(User(L"harbor"))) << "exists";
   EXPECT_FALSE(CreateAccount({L"cnbazaro", L""}));
-  EXPECT_TRUE(server_->IssueToken(User(L"nobody")).empty());
+  EXPECT_TRUE(TokenOf(*server_, User(L"nobody")).empty());
 
   std::mutex lock;
   std::vector<std::int32_t> failed;
@@ -59,7 +59,7 @@ TEST_P(LoginTest, TokensLiveOverRestarts) {
   EXPECT_EQ(LoginByToken(User(L"mariner"), login.token).result.code, biz::kEngineTokenExpired)
       << "a token is good for its own account only";
   EXPECT_TRUE(Logout(User(L"harbor")).ok());
-  EXPECT_TRUE(LoginByToken(User(L"harbor"), server_->IssueToken(User(L"harbor"))).result.ok());
+  EXPECT_TRUE(LoginByToken(User(L"harbor"), TokenOf(*server_, User(L"harbor"))).result.ok());
   Begin();
   const auto again = LoginByToken(User(L"harbor"), login.token);
   ASSERT_TRUE(again.result.ok()) << "logout and restart leave the token good";
@@ -172,7 +172,7 @@ TEST_P(LoginTest, ManyAccountsShareFewThreadsAndFiles) {
   const auto name = [](int i) { return User(L"user" + std::to_wstring(i)); };
   for (int i = 0; i < kAccounts; ++i) {
     ASSERT_TRUE(CreateAccount(name(i)));
-    ASSERT_TRUE(LoginByToken(name(i), server_->IssueToken(name(i))).result.ok());
+    ASSERT_TRUE(LoginByToken(name(i), TokenOf(*server_, name(i))).result.ok());
   }
   const auto count = [](const char* path) {
     return std::distance(std::filesystem::directory_iterator(path),

@@ -28,6 +28,9 @@ TEST_F(SearchTest, ScriptsTokensAndSyntax) {
       L"quotes \" AND NOT body:harbour* NEAR(a b)",
       L"\uFF26\uFF35\uFF2C\uFF2C width \uFB01ne stra\u00DFe",
       L"profile:anchor | filepath=no token",
+      L"\u597D\u7684pic:imemotion|ID?filepath=smile.gif&shortcut=%2F%3Asmile\u200B"
+      L"\u660E\u5929\u89C1\u9762\u5427pic:imemotion|ID?filepath=grin.gif&shortcut=g\u200Bsoon",
+      L"typed pic:imemotion|\u200BID?filepath=moored",
   };
   for (std::int64_t id = 1; id < std::ssize(bodies); ++id) {
     store_.AddIncoming(Received(kPeer, 1000 + id, id, bodies[id]));
@@ -48,7 +51,7 @@ TEST_F(SearchTest, ScriptsTokensAndSyntax) {
       {{L"o'c"}, {1}},
       {{L"7"}, {1}},
       {{L"\u706F\u5854"}, {2}},
-      {{L"\u7684"}, {2}},
+      {{L"\u7684"}, {2, 16}},
       {{L"\u5854\u706F"}, {}},
       {{L"\u6E2F", L"\u4EAE"}, {2}},
       {{L"\u304C"}, {3}},
@@ -68,12 +71,16 @@ TEST_F(SearchTest, ScriptsTokensAndSyntax) {
       {{L"secret"}, {}},
       {{L"abcdef"}, {}},
       {{L"impicture"}, {}},
-      {{L"pic"}, {}},
+      {{L"pic"}, {17}},  // typed
       {{L"see there"}, {10}},
-      {{L"file"}, {15}},
+      {{L"file"}, {15, 17}},
       {{L"annual rep"}, {11}},
       {{L"hidden"}, {}},
       {{L"smile"}, {}},
+      {{L"grin"}, {}},
+      {{L"\u660E\u5929"}, {16}},
+      {{L"soon"}, {16}},
+      {{L"moored"}, {17}},
       {{L"shortcut"}, {}},
       {{L"quotes \" and"}, {13}},
       {{L"NEAR(a b)"}, {13}},
@@ -94,6 +101,31 @@ TEST_F(SearchTest, ScriptsTokensAndSyntax) {
   for (const auto& one : cases) {
     EXPECT_EQ(Find(one.keywords), one.ids) << base::WideToUTF8(one.keywords.front());
   }
+}
+
+// The index of an older store knows other words of the bodies; a hit must not outlive its message.
+TEST(SearchIndex, OfAnOlderStoreIsMadeAnew) {
+  TempFolder folder;
+  const auto file = folder.path() / "messages.db";
+  const auto stores = std::make_shared<account::OpenStores>();
+  biz::IMSearchRequest request;
+  request.ignoreboundary = true;
+  request.keywords = {L"soon"};
+  const auto found = [&](account::MessageStore& store) {
+    return Ids(store.search().Search(kChat, request).msgs);
+  };
+  const std::wstring body = L"pic:imemotion|ID?filepath=a&shortcut=b\x200Bsoon";
+  {
+    account::MessageStore store(file, kSelf, stores);
+    store.AddIncoming(Received(kPeer, 1, 1, body));
+    store.database().Execute(
+        "INSERT INTO search(search) VALUES('delete-all'); PRAGMA user_version=1");
+    EXPECT_EQ(found(store), Found{});
+    store.Close();
+  }
+  account::MessageStore store(file, kSelf, stores);
+  EXPECT_EQ(found(store), Found{1});
+  EXPECT_EQ(store.Find(kChat, 1)->msgbody, body);
 }
 
 TEST_F(SearchTest, PagesByPositionAndByNumber) {

@@ -79,6 +79,88 @@ TEST_F(ServerDurability, WhatWasAnsweredForSurvivesAKill) {
   EXPECT_GE(reported.size(), 551U);
 }
 
+// Every operation that changes a tribe, over and over; reports each round.
+[[noreturn]] void ChangeUntilKilled(Device& harbor, Device& mariner, int report) {
+  const biz::IMTribeID id = kTribe.tribe;
+  const auto who = Person(L"mariner");
+  const auto good = [](const auto& answered) {
+    if (!answered.result.ok()) _exit(3);
+  };
+  for (std::int64_t round = 1;; ++round) {
+    good(harbor.Ask(link::ChangeTribe{id, biz::kTribeKeyAuthType, L"2"}));
+    good(mariner.Ask(link::JoinTribe{{id, {}, L"please"}}));
+    const auto asked = harbor.Ask(link::GetVerifyMsgs{}).reply.msgs.back();
+    good(harbor.Ask(link::DecideVerify{{asked.fromid, id, {}, asked.msgid}}));
+    good(mariner.Ask(link::SetTribeNickname{id, who, std::to_wstring(round)}));
+    good(harbor.Ask(link::SetTribeLevel{id, who, biz::kTribeOwner}));
+    good(mariner.Ask(link::EnableTribe{id, false}));
+    good(mariner.Ask(link::EnableTribe{id, true}));
+    good(mariner.Ask(link::SetTribeLevel{id, Person(L"harbor"), biz::kTribeOwner}));
+    good(harbor.Ask(link::SetTribeLevel{id, who, biz::kTribeMember}));
+    good(harbor.Ask(link::RemoveMember{id, who}));
+    good(harbor.Ask(link::InviteToTribe{{id, {who}, {}}}));
+    const auto invited = mariner.Ask(link::GetVerifyMsgs{}).reply.msgs.back();
+    good(mariner.Ask(link::DecideVerify{{invited.fromid, id, {}, invited.msgid}, true}));
+    good(mariner.Ask(link::RemoveMember{id, who}));
+    if (write(report, &round, sizeof round) != sizeof round) _exit(4);
+  }
+}
+
+TEST_F(ServerDurability, ATribeIsWholeAfterAKillInTheMiddleOfAChange) {
+  CreateAccounts({L"harbor", L"mariner"});
+  for (int run = 0; run < 8; ++run) {
+    server_.reset();
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      close(ends[0]);
+      Start();
+      NewTribe tribe{kTribe.tribe, L"t", Person(L"harbor"), {}};
+      server_->CreateTribe(tribe);  // refused when it is there
+      const auto harbor = Connect(L"harbor");
+      const auto mariner = Connect(L"mariner");
+      for (const auto* nick : {L"mariner", L"harbor"}) {
+        auto& other = *nick == L'm' ? *mariner : *harbor;
+        other.Ask(link::EnableTribe{kTribe.tribe, true});
+        other.Ask(link::SetTribeLevel{kTribe.tribe, Person(L"harbor"), biz::kTribeOwner});
+      }
+      mariner->Ask(link::RemoveMember{kTribe.tribe, Person(L"mariner")});
+      ChangeUntilKilled(*harbor, *mariner, ends[1]);
+    }
+    close(ends[1]);
+    std::int64_t round = 0;
+    EXPECT_EQ(read(ends[0], &round, sizeof round), static_cast<ssize_t>(sizeof round));
+    usleep(static_cast<useconds_t>(run) * 3571);
+    kill(child, SIGKILL);
+    close(ends[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the child gave up with " << WEXITSTATUS(status);
+    Start();
+    const std::pair<const char*, const char*> whole[] = {
+        {"SELECT members FROM tribes", "SELECT count(*) FROM members"},
+        {"SELECT count(*) FROM members",
+         "SELECT count(*) FROM stays WHERE until="
+         "9223372036854775807"},
+        {"SELECT owner FROM tribes", "SELECT account FROM members WHERE level=3"},
+        {"SELECT count(*) FROM members WHERE level=3", "SELECT 1"},
+        // The owner came with the tribe; everybody else's coming and going was told.
+        {"SELECT members-1 FROM tribes",
+         "SELECT sum(CASE kind WHEN 5 THEN 1 WHEN 6 THEN -1 ELSE 0 END) FROM entries"},
+        {"SELECT enabled FROM tribes",
+         "SELECT coalesce((SELECT CAST(numbers AS INTEGER) FROM entries WHERE kind=11 ORDER BY "
+         "position DESC LIMIT 1), 1)"},
+        // A decision and what the one who waits for it is told.
+        {"SELECT count(*) FROM verify WHERE type IN (3,5) AND audience<>sender AND "
+         "(type=3 OR manager=subject)",
+         "SELECT count(*) FROM verify WHERE type IN (3,5) AND audience=sender"},
+    };
+    for (const auto& [one, other] : whole) EXPECT_EQ(Count(one), Count(other)) << one;
+  }
+}
+
 TEST_F(ServerDurability, AStoreThatIsInUseOrOfAnotherVersionIsRefused) {
   std::string error;
   EXPECT_FALSE(StartEmbeddedServer(options_, &error)) << "two would count the same positions";

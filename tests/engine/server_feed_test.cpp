@@ -124,7 +124,7 @@ TEST_F(ServerFeed, BatchesAreBoundedAndWaitForAcknowledgements) {
 
 TEST_F(ServerFeed, LargeMessagesMakeSmallBatches) {
   const auto harbor = Connect(L"harbor");
-  const std::wstring large(link::kMaxBodyBytes, L'x');
+  const std::wstring large(biz::kMaxBodyBytes, L'x');
   for (std::int64_t msgid = 1; msgid <= 5; ++msgid) {
     ASSERT_TRUE(harbor->Say(With(L"mariner"), msgid, large).result.ok());
   }

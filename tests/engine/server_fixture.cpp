@@ -57,6 +57,12 @@ void Device::OnTyping(const biz::IMConversationID& cid, std::int32_t status) {
   told_.notify_all();
 }
 
+void Device::OnTribePresence(const link::TribePresence& presence) {
+  std::lock_guard hold(lock_);
+  presences.push_back(presence);
+  told_.notify_all();
+}
+
 void Device::OnEnded(const biz::ResultCode& why) {
   std::lock_guard hold(lock_);
   ends.push_back(why);
@@ -90,7 +96,7 @@ Answered<link::Connected> ServerTest::TryConnect(const std::shared_ptr<Device>& 
                                                  const std::string& position) {
   const biz::IMUserID user = Person(nick);
   return Await<link::Connected>([&](auto done) {
-    link_->Connect({user, server_->IssueToken(user), name, position, device},
+    link_->Connect({user, TokenOf(*server_, user), name, position, device},
                    [device, done](const biz::ResultCode& result, const link::Connected& connected) {
                      {
                        // Batches come later on this very thread.

@@ -83,12 +83,14 @@ class Device : public link::SessionListener, public std::enable_shared_from_this
   std::vector<link::Batch> batches;  // that tell something
   std::string start;                 // the position of the other one
   std::vector<std::pair<biz::IMConversationID, std::int32_t>> typing;
+  std::vector<link::TribePresence> presences;
   std::vector<biz::ResultCode> ends;
 
  private:
   friend class ServerTest;
   void OnBatch(link::Batch batch) override;
   void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override;
+  void OnTribePresence(const link::TribePresence& presence) override;
   void OnEnded(const biz::ResultCode& why) override;
 
   const bool acknowledges_;
@@ -96,6 +98,13 @@ class Device : public link::SessionListener, public std::enable_shared_from_this
   std::condition_variable told_;
   std::shared_ptr<link::Session> session_;
 };
+
+// A login token on the administration's word; empty when there is none.
+inline std::wstring TokenOf(EmbeddedServer& server, const biz::IMUserID& user) {
+  std::wstring token;
+  server.IssueToken(user, &token);
+  return token;
+}
 
 class ServerTest : public testing::Test {
  protected:

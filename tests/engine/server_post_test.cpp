@@ -22,8 +22,8 @@ TEST_F(ServerPost, LoginTellsWhyNot) {
       {L"harbor", link::Password{L"pass"}, biz::kEngineOk},
       {L"harbor", link::Password{L"Pass"}, biz::kEngineWrongPassword},
       {L"nobody", link::Password{L"pass"}, biz::kEngineUnknownUser},
-      {L"harbor", link::Token{server_->IssueToken(Person(L"harbor"))}, biz::kEngineOk},
-      {L"harbor", link::Token{server_->IssueToken(Person(L"mariner"))}, biz::kEngineTokenExpired},
+      {L"harbor", link::Token{TokenOf(*server_, Person(L"harbor"))}, biz::kEngineOk},
+      {L"harbor", link::Token{TokenOf(*server_, Person(L"mariner"))}, biz::kEngineTokenExpired},
       {L"nobody", link::Token{L"x"}, biz::kEngineUnknownUser},
   };
   for (const auto& [nick, proof, code] : cases) {
@@ -81,8 +81,8 @@ TEST_F(ServerPost, RefusalsOfADelivery) {
     std::int32_t code;
   } cases[] = {
       {With(L"harbor"), 1, biz::kEngineOk},
-      {With(L"mariner"), link::kMaxBodyBytes, biz::kEngineOk},
-      {With(L"mariner"), link::kMaxBodyBytes + 1, biz::kEngineTooLarge},
+      {With(L"mariner"), biz::kMaxBodyBytes, biz::kEngineOk},
+      {With(L"mariner"), biz::kMaxBodyBytes + 1, biz::kEngineTooLarge},
       {With(L"nobody"), 1, biz::kEngineUnknownUser},
       {With(L"system"), 1, biz::kEngineUnknownUser},
       {IMConversationID(Person(L"system"), biz::kCIDSystem), 1, biz::kEngineUnknownUser},
@@ -230,7 +230,7 @@ TEST_F(ServerPost, VirtualUsersSendAndAreOfOneKind) {
   EXPECT_EQ(got[2].cid, biz::IMConversationID(Person(L"coast"), biz::kCIDSubscribe));
   EXPECT_GT(got[1].msgid, got[0].msgid);
   EXPECT_EQ(got[1].previous, got[0].msgid);
-  EXPECT_TRUE(server_->IssueToken(Person(L"system")).empty());
+  EXPECT_TRUE(TokenOf(*server_, Person(L"system")).empty());
 }
 
 TEST_F(ServerPost, ASessionThatIsOverAnswersThatAndHearsNothing) {

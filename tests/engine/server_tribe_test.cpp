@@ -76,7 +76,7 @@ TEST_F(ServerTribe, AMessageIsOneRowForAllMembersAndNoOutsider) {
   }
 }
 
-TEST_F(ServerTribe, OnlyItsOwnerRenamesIt) {
+TEST_F(ServerTribe, ItsOwnerRenamesIt) {
   Tribe({L"harbor", L"mariner"});
   const struct {
     const wchar_t* nick;
@@ -90,7 +90,9 @@ TEST_F(ServerTribe, OnlyItsOwnerRenamesIt) {
   };
   for (const auto& [nick, tribe, code] : rows) {
     EXPECT_EQ(Count("SELECT count(*) FROM tribes WHERE name='Quay'"), 0);
-    EXPECT_EQ(Connect(nick)->Ask(link::SetTribeName{tribe, L"Quay"}).result.code, code) << nick;
+    EXPECT_EQ(Connect(nick)->Ask(link::ChangeTribe{tribe, biz::kTribeKeyName, L"Quay"}).result.code,
+              code)
+        << nick;
   }
   EXPECT_EQ(Count("SELECT count(*) FROM tribes WHERE name='Quay'"), 1);
 }

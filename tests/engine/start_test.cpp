@@ -1,4 +1,5 @@
 // Data folders that cannot be used, and numbers that must never repeat.
+#include <atomic>
 #include <fstream>
 
 #include "account/files/data_folder.h"
@@ -6,6 +7,7 @@
 #include "engine_fixture.h"
 #include "far_server.h"
 #include "kexbase/thread.h"
+#include "kexbase/time.h"
 #include "sqlite/database.h"
 
 namespace imsdk::test {
@@ -28,13 +30,11 @@ EngineSetup FarSetup(const std::filesystem::path& data) {
 }
 
 TEST(StartEngine, SaysWhyAFolderCannotBeUsed) {
-  const std::string garbage(8192, '#');
   const struct {
     const char* what;
     std::function<void(const account::DataFolder&)> spoil;
   } cases[] = {
       {"the folder is a file", [](const auto& data) { Write(data.root(), "not a folder"); }},
-      {"the numbers are garbage", [&](const auto& data) { Write(data.MessageIds(), garbage); }},
       {"a later version made it",
        [](const auto& data) {
          std::filesystem::create_directories(data.MessageIds().parent_path());
@@ -78,16 +78,48 @@ TEST(StartEngine, OneEngineAtATimeHasTheFolder) {
   EXPECT_TRUE(Accounts()) << "the first one goes on";
 }
 
-TEST(StartEngine, AnAccountWithASpoiltStoreFailsAlone) {
+TEST(StartEngine, NumbersThatAreLostAreTold) {
   TempFolder folder;
   const account::DataFolder data(folder.path());
-  const auto engine = Start(FarSetup(folder.path()));
-  for (const auto* nick : {L"harbor", L"mariner"}) Server().CreateAccount(User(nick), L"pass");
-  Write(data.MessageStore(User(L"harbor")), std::string(8192, '#'));
-  EXPECT_EQ(Login(User(L"harbor")).result.code, biz::kEngineStorage);
-  EXPECT_TRUE(Login(User(L"mariner")).result.ok());
-  std::filesystem::remove(data.MessageStore(User(L"harbor")));
-  EXPECT_TRUE(Login(User(L"harbor")).result.ok());
+  std::vector<std::string> told;
+  EngineSetup setup = FarSetup(folder.path());
+  setup.options.report = [&told](const std::string& text) { told.push_back(text); };
+  Start(setup).reset();
+  EXPECT_TRUE(told.empty());
+  Write(data.MessageIds(), std::string(8192, '#'));
+  Start(setup).reset();
+  ASSERT_EQ(told.size(), 1U);
+  EXPECT_NE(told[0].find("ids.db.aside-"), std::string::npos) << told[0];
+  std::filesystem::remove(data.MessageIds());
+  Start(setup).reset();
+  EXPECT_EQ(told.size(), 2U);
+}
+
+TEST(Clock, SetBackItHidesNothingFromLocalHistory) {
+  TempFolder folder;
+  std::atomic<std::int64_t> back{0};
+  EngineSetup setup = FarSetup(folder.path());
+  setup.clock = [&back] { return base::Time::Now().ToMilliseconds() - back; };
+  const auto harbor = User(L"clock harbor");
+  const auto mariner = User(L"clock mariner");
+  for (const auto& user : {harbor, mariner}) Server().CreateAccount(user, L"pass");
+  auto engine = Start(setup);
+  Login(harbor);
+  Login(mariner);
+  for (int i = 0; i < 25; ++i)
+    Send(i % 2 == 0 ? harbor : mariner, i % 2 == 0 ? mariner : harbor, L"x");
+  Eventually([&] { return History(harbor, mariner, {.count = 100}).msgs.size() == 25; }, "all");
+  for (const bool restarts : {false, true}) {
+    back += 15 * 60'000;
+    if (restarts) {
+      engine.reset();
+      engine = Start(setup);
+      Login(harbor);
+    }
+    EXPECT_EQ(Send(harbor, mariner, L"late"), 0);
+    const auto page = History(harbor, mariner, {.count = 20});
+    EXPECT_EQ(page.msgs.back().msgbody, L"late") << "at the newest end";
+  }
 }
 
 TEST(MessageIds, GrowOverRestartsAndClocksSetBack) {

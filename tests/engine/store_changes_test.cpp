@@ -172,7 +172,9 @@ TEST(ChatState, BoundOfflineAndKinds) {
   arrived.back().message.cid = system;
   chat.AddIncoming(arrived);
   EXPECT_EQ(Ids(chat.OfflineMessages(kChat).msgs), (Found{2, 4, 6}));
+  EXPECT_FALSE(chat.OfflineMessages(kChat).outofcache);
   chat.SetMaxCache(4);
+  EXPECT_TRUE(chat.OfflineMessages(kChat).outofcache);
   auto page = chat.NewMessages(kChat, {.count = 2});
   EXPECT_TRUE(page.outofcache);
   EXPECT_EQ(Ids(chat.NewMessages(kChat, {}).msgs), (Found{4, 5, 6}));

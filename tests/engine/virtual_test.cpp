@@ -39,7 +39,7 @@ TEST_P(VirtualTest, MessagesOfVirtualUsers) {
   EXPECT_EQ(Bodies(harbor.subscribed), Texts{L"fog"});
   EXPECT_TRUE(harbor.received.empty());
   EXPECT_FALSE(CreateAccount(system));
-  EXPECT_EQ(server_->IssueToken(system), L"");
+  EXPECT_EQ(TokenOf(*server_, system), L"");
   EXPECT_EQ(Login(system, L"").result.code, biz::kEngineUnknownUser);
 
   const auto list = Unreads(chats);

@@ -11,8 +11,6 @@ namespace imsdk::account {
 
 namespace {
 
-constexpr std::size_t kLongestName = 256;  // UTF-16 code units
-
 // The account's own conversation of these kinds that `cid` names; nothing when there is none.
 std::optional<biz::IMConversationID> Known(const ChatState& chat, const ChatKinds& kinds,
                                            const biz::IMConversationID& cid) {
@@ -31,10 +29,7 @@ std::optional<biz::IMConversationID> Known(const ChatState& chat, const ChatKind
 
 }  // namespace
 
-bool CanNameUser(const biz::IMUserID& user) {
-  return user.valid() && base::Utf16Length(user.appkey) <= kLongestName &&
-         base::Utf16Length(user.nick) <= kLongestName;
-}
+bool CanNameUser(const biz::IMUserID& user) { return user.valid() && link::CheckBounds(user).ok(); }
 
 template <class Interface>
 RefPtr<biz::IIMConversation> ChatMgr<Interface>::GetConversation(const biz::IMConversationID& cid) {
@@ -61,20 +56,19 @@ void ChatMgr<Interface>::GetUnreadCounts(const biz::IMConversations& request,
 template <class Interface>
 void ChatMgr<Interface>::SearchMsg(const biz::IMSearchRequest& request,
                                    biz::IMCallback<biz::IMSearchPage> done) {
-  if (const auto why = CheckSearch(request); !why.ok()) return done(why, {});
-  Query<biz::IMSearchPage>(account_.state, std::move(done),
-                           [kinds = kinds_, request](AccountState& here) {
-                             return here.store.search().SearchAll(kinds, request);
+  Query<biz::IMSearchPage>(account_.state, request, std::move(done),
+                           [kinds = kinds_](AccountState& here, const auto& kept) {
+                             return here.store.search().SearchAll(kinds, kept);
                            });
 }
 
 template <class Interface>
 void ChatMgr<Interface>::SearchConversations(const biz::IMSearchRequest& request,
                                              biz::IMCallback<biz::IMConversations> done) {
-  if (const auto why = CheckSearch(request); !why.ok()) return done(why, {});
   Query<biz::IMConversations>(
-      account_.state, std::move(done), [kinds = kinds_, request](AccountState& here) {
-        return biz::IMConversations{here.store.search().Conversations(kinds, request)};
+      account_.state, request, std::move(done),
+      [kinds = kinds_](AccountState& here, const auto& kept) {
+        return biz::IMConversations{here.store.search().Conversations(kinds, kept)};
       });
 }
 

@@ -132,14 +132,15 @@ biz::IMMessagePage ChatState::NewMessages(const biz::IMConversationID& cid,
 biz::IMMessagePage ChatState::OfflineMessages(const biz::IMConversationID& cid) const {
   std::vector<std::shared_ptr<const biz::IMMessage>> found;
   biz::IMMessagePage page;
-  page.outofcache = true;
   {
     base::AutoLock hold(lock_);
     const auto conversation = conversations_.find(cid);
     if (conversation == conversations_.end()) return page;
-    for (const auto& [position, entry] : conversation->second.cached) {
+    const Cached& cached = conversation->second.cached;
+    for (const auto& [position, entry] : cached) {
       if (entry.offline) found.push_back(entry.message);
     }
+    page.outofcache = static_cast<std::size_t>(conversation->second.unread) > cached.size();
   }
   page.msgs.reserve(found.size());
   for (const auto& message : found) page.msgs.push_back(*message);

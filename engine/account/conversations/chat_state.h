@@ -45,7 +45,8 @@ class ChatState {
 
   biz::IMMessagePage NewMessages(const biz::IMConversationID& cid,
                                  const biz::IMPageRequest& request) const;
-  // The new messages that came while the account was not logged in, oldest first.
+  // The new messages that came while the account was not logged in, oldest first. `outofcache`:
+  // there are unread ones that the cache let go of, so some may be missing.
   biz::IMMessagePage OfflineMessages(const biz::IMConversationID& cid) const;
   std::int32_t Unread(const biz::IMConversationID& cid) const;
   // The conversations of these kinds that have a message, the newest one first.

@@ -1,6 +1,5 @@
 #include "account/conversations/conversation.h"
 
-#include "kexbase/strings.h"
 #include "kexbase/time.h"
 
 namespace imsdk::account {
@@ -21,8 +20,8 @@ void Conversation::SetMsgRead(const biz::IMNothing&, biz::IMCallback<> done) {
   const std::int64_t arrival = state()->chat.MarkRead(cid_);
   if (arrival == 0) return done({});
   Change(
-      state(), std::move(done),
-      [cid = cid_, arrival](AccountState& here) { here.store.MarkRead(cid, arrival); },
+      state(), biz::IMNothing{}, std::move(done),
+      [cid = cid_, arrival](AccountState& here, const auto&) { here.store.MarkRead(cid, arrival); },
       [cid = cid_, reporter = account_.reporter](AccountState&) { reporter->TellRead(cid); });
 }
 
@@ -31,18 +30,19 @@ void Conversation::GetUnreadCount(const biz::IMNothing&, biz::IMCallback<biz::IM
   done({}, {state()->chat.Unread(cid_)});
 }
 
-void Conversation::GetReadedBoundary(const biz::IMNothing&,
+void Conversation::GetReadedBoundary(const biz::IMNothing& request,
                                      biz::IMCallback<biz::IMMsgPosition> done) {
-  Query<biz::IMMsgPosition>(state(), std::move(done), [cid = cid_](AccountState& here) {
-    ConversationTable& table = here.store.conversations();
-    const Position boundary = table.ReadBoundary(table.Find(cid));
-    return biz::IMMsgPosition{boundary.msgtime, boundary.msgid};
-  });
+  Query<biz::IMMsgPosition>(state(), request, std::move(done),
+                            [cid = cid_](AccountState& here, const auto&) {
+                              ConversationTable& table = here.store.conversations();
+                              const Position boundary = table.ReadBoundary(table.Find(cid));
+                              return biz::IMMsgPosition{boundary.msgtime, boundary.msgid};
+                            });
 }
 
 void Conversation::SendMsg(const biz::IMSendRequest& request, biz::IMCallback<> done) {
   if (Refuses(Ability::kSend, done)) return;
-  done(account_.outbox->Send(cid_, request));
+  account_.outbox->Send(cid_, request, std::move(done));
 }
 
 void Conversation::ReSendMsg(const biz::IMResendRequest& request, biz::IMCallback<> done) {
@@ -52,40 +52,40 @@ void Conversation::ReSendMsg(const biz::IMResendRequest& request, biz::IMCallbac
 
 void Conversation::WithdrawMsg(const biz::IMWithdrawRequest& request, biz::IMCallback<> done) {
   if (Refuses(Ability::kSend, done)) return;
-  Pass(std::move(done), [msgid = request.msgid](const auto& account, const auto& cid, auto answer) {
-    account.reporter->Withdraw(cid, msgid, answer);
-  });
+  Pass(request, std::move(done),
+       [](const auto& account, const auto& cid, const auto& kept, auto answer) {
+         account.reporter->Withdraw(cid, kept.msgid, answer);
+       });
 }
 
 void Conversation::GetFlagsMyMsgReaded(const biz::IMMsgsRequest& request,
                                        biz::IMCallback<biz::IMReadFlags> done) {
   if (Refuses(Ability::kReportRead, done)) return;
-  Query<biz::IMReadFlags>(state(), std::move(done), [cid = cid_, request](AccountState& here) {
-    return biz::IMReadFlags{here.store.PeerReadFlags(cid, request.msgids)};
-  });
+  Query<biz::IMReadFlags>(state(), request, std::move(done),
+                          [cid = cid_](AccountState& here, const auto& kept) {
+                            return biz::IMReadFlags{here.store.PeerReadFlags(cid, kept.msgids)};
+                          });
 }
 
 void Conversation::SetFlagsPeerMsgReaded(const biz::IMMsgsRequest& request,
                                          biz::IMCallback<> done) {
   if (Refuses(Ability::kReportRead, done)) return;
-  Pass(std::move(done), [request](const auto& account, const auto& cid, auto answer) {
-    account.reporter->ReportRead(cid, request.msgids, answer);
-  });
+  Pass(request, std::move(done),
+       [](const auto& account, const auto& cid, const auto& kept, auto answer) {
+         account.reporter->ReportRead(cid, kept.msgids, answer);
+       });
 }
 
 void Conversation::ShieldAutoReply(const biz::IMShieldRequest& request, biz::IMCallback<> done) {
   if (Refuses(Ability::kShield, done)) return;
-  Change(state(), std::move(done), [cid = cid_, shield = request.setignore](AccountState& here) {
-    here.store.conversations().SetShieldAutoReply(cid, shield);
+  Change(state(), request, std::move(done), [cid = cid_](AccountState& here, const auto& kept) {
+    here.store.conversations().SetShieldAutoReply(cid, kept.setignore);
   });
 }
 
 void Conversation::AddSysMsg(const biz::IMNote& request, biz::IMCallback<> done) {
   if (Refuses(Ability::kNote, done)) return;
   if (request.text.empty()) return done({biz::kEngineEmpty, 0, L"the note is empty"});
-  if (base::WideToUTF8(request.text).size() > link::kMaxBodyBytes) {
-    return done({biz::kEngineTooLarge, 0, L"the note is too large"});
-  }
   biz::IMMessage note;
   note.cid = cid_;
   // A tribe has no peer that could seem to have sent it.
@@ -93,19 +93,25 @@ void Conversation::AddSysMsg(const biz::IMNote& request, biz::IMCallback<> done)
   if (!cid_.is_tribe()) note.toid = state()->self;
   note.msgstatus = biz::kMsgReceived;
   note.readflag = biz::kMsgRead;
-  note.msgbody = request.text;
   note.extinfo.syschatmsg = 1;
   note.extinfo.fixmsgread = 1;
   note.msgtime = note.svrtime = base::Time::Now().ToMilliseconds();
   note.msgid = state()->environment->ids->Next();
-  Change(
-      state(), std::move(done), [note](AccountState& here) { here.store.AddIncoming(note); },
-      [note](AccountState& here) {
-        here.chat.AddSeen(note);
-        if (note.cid.is_tribe()) {
-          here.tribe_events.on_receive_new_msg({note.cid.tribe}, {note});
+  Change<biz::IMMessage>(
+      state(), request,
+      [done = std::move(done)](const biz::ResultCode& result, const auto&) { done(result); },
+      [note](AccountState& here, const auto& kept) {
+        biz::IMMessage with_text = note;
+        with_text.msgbody = kept.text;
+        here.store.AddIncoming(with_text);
+        return with_text;
+      },
+      [](AccountState& here, const biz::IMMessage& added) {
+        here.chat.AddSeen(added);
+        if (added.cid.is_tribe()) {
+          here.tribe_events.on_receive_new_msg({added.cid.tribe}, {added});
         } else {
-          here.events.on_receive_new_msg({note.cid.user}, {note});
+          here.events.on_receive_new_msg({added.cid.user}, {added});
         }
       });
 }

@@ -62,12 +62,18 @@ class Conversation final : public RefPtrCounted<biz::IIMConversation> {
     if (!why.ok()) done(why, Answer{}...);
     return !why.ok();
   }
-  // Hands an operation of one of the account's parts its callback, on the worker.
-  template <class... Answer, class Work>
-  void Pass(biz::IMCallback<Answer...> done, Work work) const {
+  // Hands an operation of one of the account's parts its request and its callback, on the worker.
+  template <class Request, class... Answer, class Work>
+  void Pass(const Request& request, biz::IMCallback<Answer...> done, Work work) const {
     OnWorker(
-        state(),
-        [account = account_, cid = cid_, work, done](AccountState&) { work(account, cid, done); },
+        state(), request,
+        [account = account_, cid = cid_, work, done](AccountState&, const auto& kept) {
+          // It is open until it is answered.
+          work(account, cid, *kept,
+               [kept, done](const biz::ResultCode& result, const Answer&... answer) {
+                 done(result, answer...);
+               });
+        },
         [done](const biz::ResultCode& why) { done(why, Answer{}...); });
   }
 

@@ -6,11 +6,14 @@ namespace imsdk::account {
 
 namespace {
 
+template <class Request, class Remove>
 void Delete(const std::shared_ptr<AccountState>& state, const biz::IMConversationID& cid,
-            std::function<Removed(MessageStore&)> remove, biz::IMCallback<Removed> done) {
+            const Request& request, Remove remove, biz::IMCallback<Removed> done) {
   Change<Removed>(
-      state, std::move(done),
-      [remove = std::move(remove)](AccountState& here) { return remove(here.store); },
+      state, request, std::move(done),
+      [remove = std::move(remove)](AccountState& here, const Request& kept) {
+        return remove(here.store, kept);
+      },
       [cid](AccountState& here, const Removed& removed) {
         here.chat.Remove(cid, removed.unread, removed.newest);
       });
@@ -22,8 +25,8 @@ void DeleteAllFrom(const std::shared_ptr<AccountState>& state, const biz::IMConv
                    const std::optional<Position>& from, std::int32_t before,
                    biz::IMCallback<biz::IMCount> done) {
   Delete(
-      state, cid,
-      [cid, from](MessageStore& store) {
+      state, cid, biz::IMNothing{},
+      [cid, from](MessageStore& store, const auto&) {
         return store.DeleteNext(cid, from ? *from : store.BeginDeleteAll(cid));
       },
       [state, cid, before, done = std::move(done)](const biz::ResultCode& result,
@@ -39,35 +42,39 @@ void DeleteAllFrom(const std::shared_ptr<AccountState>& state, const biz::IMConv
 void Conversation::GetLocalHisMsg(const biz::IMPageRequest& request,
                                   biz::IMCallback<biz::IMMessagePage> done) {
   if (request.autoroam && Allows(cid_.type, Ability::kRoam).ok()) {
-    return Pass(std::move(done), [request](const auto& account, const auto& cid, auto answer) {
-      account.roamer->LocalPage(cid, request, answer);
-    });
+    return Pass(request, std::move(done),
+                [](const auto& account, const auto& cid, const auto& kept, auto answer) {
+                  account.roamer->LocalPage(cid, kept, answer);
+                });
   }
-  Query<biz::IMMessagePage>(state(), std::move(done), [cid = cid_, request](AccountState& here) {
-    return here.store.Page(cid, request);
-  });
+  Query<biz::IMMessagePage>(
+      state(), request, std::move(done),
+      [cid = cid_](AccountState& here, const auto& kept) { return here.store.Page(cid, kept); });
 }
 
 void Conversation::GetRemoteHisMsg(const biz::IMPageRequest& request,
                                    biz::IMCallback<biz::IMMessagePage> done) {
   if (Refuses(Ability::kRoam, done)) return;
-  Pass(std::move(done), [request](const auto& account, const auto& cid, auto answer) {
-    account.roamer->RemotePage(cid, request, answer);
-  });
+  Pass(request, std::move(done),
+       [](const auto& account, const auto& cid, const auto& kept, auto answer) {
+         account.roamer->RemotePage(cid, kept, answer);
+       });
 }
 
 void Conversation::RoamMsg(const biz::IMRoamRequest& request, biz::IMCallback<biz::IMRoamed> done) {
   if (Refuses(Ability::kRoam, done)) return;
-  Pass(std::move(done), [request](const auto& account, const auto& cid, auto answer) {
-    account.roamer->Roam(cid, request, answer);
-  });
+  Pass(request, std::move(done),
+       [](const auto& account, const auto& cid, const auto& kept, auto answer) {
+         account.roamer->Roam(cid, kept, answer);
+       });
 }
 
-void Conversation::ClearRoamedTime(const biz::IMNothing&, biz::IMCallback<> done) {
+void Conversation::ClearRoamedTime(const biz::IMNothing& request, biz::IMCallback<> done) {
   if (Refuses(Ability::kRoam, done)) return;
-  Pass(std::move(done), [](const auto& account, const auto& cid, auto answer) {
-    account.roamer->Clear(cid, answer);
-  });
+  Pass(request, std::move(done),
+       [](const auto& account, const auto& cid, const auto&, auto answer) {
+         account.roamer->Clear(cid, answer);
+       });
 }
 
 void Conversation::SearchMsgByID(const biz::IMMsgRequest& request,
@@ -77,35 +84,40 @@ void Conversation::SearchMsgByID(const biz::IMMsgRequest& request,
     if (!result.ok() || !page.msgs.empty()) return done(result, page);
     done({biz::kEngineNotFound, 0, L"there is no such message"}, {});
   };
-  Query<biz::IMMessagePage>(state(), answer, [cid = cid_, request](AccountState& here) {
-    biz::IMMessagePage page;
-    page.outofcache = true;
-    if (auto found = here.store.Find(cid, request.msgid)) page.msgs.push_back(std::move(*found));
-    return page;
-  });
+  Query<biz::IMMessagePage>(state(), request, biz::IMCallback<biz::IMMessagePage>(answer),
+                            [cid = cid_](AccountState& here, const auto& kept) {
+                              biz::IMMessagePage page;
+                              page.outofcache = true;
+                              if (auto found = here.store.Find(cid, kept.msgid))
+                                page.msgs.push_back(std::move(*found));
+                              return page;
+                            });
 }
 
 void Conversation::SearchMsg(const biz::IMSearchRequest& request,
                              biz::IMCallback<biz::IMSearchPage> done) {
-  if (const auto why = CheckSearch(request); !why.ok()) return done(why, {});
-  Query<biz::IMSearchPage>(state(), std::move(done), [cid = cid_, request](AccountState& here) {
-    return here.store.search().Search(cid, request);
-  });
+  Query<biz::IMSearchPage>(state(), request, std::move(done),
+                           [cid = cid_](AccountState& here, const auto& kept) {
+                             return here.store.search().Search(cid, kept);
+                           });
 }
 
 void Conversation::GetMsgPicture(const biz::IMPictureRequest& request,
                                  biz::IMCallback<biz::IMPictures> done) {
-  Query<biz::IMPictures>(state(), std::move(done), [cid = cid_, request](AccountState& here) {
-    return biz::IMPictures{here.store.search().Pictures(cid, request)};
-  });
+  Query<biz::IMPictures>(state(), request, std::move(done),
+                         [cid = cid_](AccountState& here, const auto& kept) {
+                           return biz::IMPictures{here.store.search().Pictures(cid, kept)};
+                         });
 }
 
 void Conversation::DeleteLocalMsg(const biz::IMDeleteRequest& request,
                                   biz::IMCallback<biz::IMCount> done) {
   if (request.all) return DeleteAllFrom(state(), cid_, {}, 0, std::move(done));
   Delete(
-      state(), cid_,
-      [cid = cid_, request](MessageStore& store) { return store.Delete(cid, request.msgids); },
+      state(), cid_, request,
+      [cid = cid_](MessageStore& store, const biz::IMDeleteRequest& kept) {
+        return store.Delete(cid, kept.msgids);
+      },
       [done = std::move(done)](const biz::ResultCode& result, const Removed& removed) {
         done(result, {removed.count});
       });

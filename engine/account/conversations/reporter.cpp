@@ -1,5 +1,6 @@
 #include "account/conversations/reporter.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace imsdk::account {
@@ -39,16 +40,29 @@ void Reporter::ReportRead(const biz::IMConversationID& cid, std::vector<std::int
   state_->commit.Flush();
   const biz::ResultCode read =
       sqlite::Guarded([&] { msgids = state_->store.Reportable(cid, msgids); });
-  if (!read.ok() || msgids.empty()) return done(read);
-  state_->line->Ask(
-      link::ReportRead{cid, msgids}, [weak = weak_from_this(), cid, msgids, done = std::move(done)](
-                                         const biz::ResultCode& result, const auto&) {
-        const auto self = weak.lock();
-        if (!result.ok() || !self) return done(result);
-        self->state_->commit.Add([state = self->state_.get(), cid, msgids](
-                                     sqlite::Database&) { state->store.SetReported(cid, msgids); },
-                                 [done](const biz::ResultCode& stored) { done(stored); });
-      });
+  if (!read.ok()) return done(read);
+  const auto all = std::make_shared<const std::vector<std::int64_t>>(std::move(msgids));
+  ReportFrom(cid, all, 0, std::move(done));
+}
+
+void Reporter::ReportFrom(const biz::IMConversationID& cid, const Msgids& all, std::size_t from,
+                          biz::IMCallback<> done) {
+  if (from == all->size()) return done({});
+  const std::size_t to = std::min(all->size(), from + link::kMaxReported);
+  const std::vector<std::int64_t> part(all->begin() + static_cast<std::ptrdiff_t>(from),
+                                       all->begin() + static_cast<std::ptrdiff_t>(to));
+  state_->line->Ask(link::ReportRead{cid, part}, [weak = weak_from_this(), cid, part, all, to,
+                                                  done = std::move(done)](
+                                                     const biz::ResultCode& result, const auto&) {
+    const auto self = weak.lock();
+    if (!result.ok() || !self) return done(result);
+    self->state_->commit.Add([state = self->state_.get(), cid,
+                              part](sqlite::Database&) { state->store.SetReported(cid, part); },
+                             [self, cid, all, to, done](const biz::ResultCode& stored) {
+                               if (!stored.ok()) return done(stored);
+                               self->ReportFrom(cid, all, to, done);
+                             });
+  });
 }
 
 void Reporter::TellRead(const biz::IMConversationID& cid) {

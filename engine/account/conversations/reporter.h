@@ -1,6 +1,7 @@
 // What the account tells the server about messages: withdrawals, what it has read.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -28,6 +29,10 @@ class Reporter : public std::enable_shared_from_this<Reporter> {
   void Connected();
 
  private:
+  // Reports the rest of `all` from `from` on, in as many parts as the server takes.
+  using Msgids = std::shared_ptr<const std::vector<std::int64_t>>;
+  void ReportFrom(const biz::IMConversationID& cid, const Msgids& all, std::size_t from,
+                  biz::IMCallback<> done);
   void Withdrawn(const biz::IMConversationID& cid, std::int64_t msgid,
                  const biz::IMCallback<>& done);
   void SendRead(const biz::IMConversationID& cid, std::uint64_t number);

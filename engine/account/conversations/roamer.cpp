@@ -20,13 +20,6 @@ std::int32_t RoamCountOf(std::int32_t wanted) {
   return CountOf(wanted, std::numeric_limits<std::int32_t>::max());
 }
 
-// Whether trying again later may help.
-bool MayPass(const biz::ResultCode& why) {
-  return why.code == biz::kEngineNoLink || why.code == biz::kEngineTimeout ||
-         why.code == biz::kEngineNotLoggedIn || why.code == biz::kEngineBusy ||
-         why.code == biz::kEngineStorage;
-}
-
 }  // namespace
 
 struct Roamer::PageJob {
@@ -271,7 +264,8 @@ void Roamer::CatchUpNext() {
 void Roamer::FillHole(const std::shared_ptr<Descent>& descent, const std::function<void()>& leave) {
   if (state_->ended) return EndCatchUp(descent->cid, false, leave);
   Descend(descent, [this, descent, leave](const biz::ResultCode& result, const auto&, auto) {
-    if (!result.ok()) return EndCatchUp(descent->cid, !MayPass(result), leave);
+    // What the server refuses now it may give one day: what lacks stays a hole.
+    if (!result.ok()) return EndCatchUp(descent->cid, false, leave);
     bool open = false;
     const biz::ResultCode read = sqlite::Guarded([&] {
       const std::int64_t conversation = state_->store.conversations().Find(descent->cid);
@@ -291,7 +285,6 @@ void Roamer::EndCatchUp(const biz::IMConversationID& cid, bool close,
     CatchUpNext();
   };
   if (!close || state_->ended) return end();
-  // Also when the server refuses: what it does not give is not waited for.
   state_->commit.Add(
       [this, cid](sqlite::Database&) {
         const std::int64_t conversation = state_->store.conversations().Find(cid);

@@ -40,7 +40,8 @@ class Roamer : public std::enable_shared_from_this<Roamer> {
   // Forgets how far the conversation is complete.
   void Clear(const biz::IMConversationID& cid, biz::IMCallback<> done);
   // Fetches what the conversation was found to lack: the newest messages of a tribe that was
-  // joined, or what is missing in a hole. Tried again with the next link until it is done.
+  // joined, or what is missing in a hole. Tried again with the next link until it is done, also
+  // when the server refuses: what it does not give is not taken for what is not there.
   void CatchUp(const biz::IMConversationID& cid);
   // The link is there.
   void Connected();

@@ -47,11 +47,17 @@ std::filesystem::path Courier::PathOf(const std::string& name) const {
   return state_->environment->folder.FileOf(state_->self, name);
 }
 
+bool Courier::IsHere(const std::string& name, const std::optional<KnownFile>& known) const {
+  std::error_code failure;
+  const auto size = std::filesystem::file_size(PathOf(name), failure);
+  return !failure && (!known || known->file.size == 0 || size == known->file.size);
+}
+
 void Courier::Provide(const std::string& name, biz::IMCallback<link::File> done) {
   std::optional<KnownFile> known;
   const biz::ResultCode read = sqlite::Guarded([&] { known = state_->store.files().Find(name); });
   if (!read.ok()) return done(read, {});
-  if (known && (known->own || !IsFile(PathOf(name)))) return done({}, known->file);
+  if (known && (known->own || !IsHere(name, known))) return done({}, known->file);
   if (!known && !IsFile(PathOf(name))) return done(NotThere(), {});
   uploads_.Ask(name, std::move(done));
 }
@@ -79,7 +85,10 @@ void Courier::Upload(const std::string& name, biz::IMCallback<link::File> done) 
 }
 
 void Courier::Fetch(const std::string& name, biz::IMCallback<> done) {
-  if (IsFile(PathOf(name))) return done({});
+  std::optional<KnownFile> known;
+  const biz::ResultCode read = sqlite::Guarded([&] { known = state_->store.files().Find(name); });
+  if (!read.ok()) return done(read);
+  if (IsHere(name, known)) return done({});
   downloads_.Ask(name, std::move(done));
 }
 
@@ -102,6 +111,9 @@ void Courier::Download(const std::string& name, biz::IMCallback<> done) {
                       std::error_code failed;
                       if (outcome.ok() && !IsWhole(aside, name)) {
                         outcome = {biz::kEngineStorage, 0, L"the file that came is another one"};
+                      }
+                      if (outcome.ok() && !sqlite::SyncToDisk(aside)) {
+                        outcome = {biz::kEngineStorage, 0, L"the file could not be kept"};
                       }
                       if (outcome.ok()) std::filesystem::rename(aside, final_place, failed);
                       if (failed) outcome = {biz::kEngineStorage, 0, L"the file could not be kept"};

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,13 +23,15 @@ class Courier : public std::enable_shared_from_this<Courier> {
   // server unless that was done before; one that is not here goes on as it was received.
   // `kEngineNotFound` when the account knows no such file.
   void Provide(const std::string& name, biz::IMCallback<link::File> done);
-  // Brings the file into the account's folder unless it is there.
+  // Brings the file into the account's folder unless it is there whole.
   void Fetch(const std::string& name, biz::IMCallback<> done);
 
  private:
   void Upload(const std::string& name, biz::IMCallback<link::File> done);
   void Download(const std::string& name, biz::IMCallback<> done);
   std::filesystem::path PathOf(const std::string& name) const;
+  // Whether the file is here and not cut short, as far as its size tells.
+  bool IsHere(const std::string& name, const std::optional<KnownFile>& known) const;
 
   const std::shared_ptr<AccountState> state_;
   OncePerFile<link::File> uploads_;

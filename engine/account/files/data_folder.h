@@ -1,5 +1,6 @@
 // Where an account's stores and files lie inside the data folder.
 //
+//   stores/NAME                  what is remembered of a store, apart from the store
 //   client/ids.db                message numbering
 //   accounts/ACCOUNT/messages.db one account's own store
 //   accounts/ACCOUNT/incoming/   files on their way here
@@ -26,6 +27,8 @@ std::string AccountFolderName(const biz::IMUserID& user);
 
 // The folder in the data folder that pages may see.
 inline constexpr char kFilesFolder[] = "files";
+// The folder of what is remembered of stores.
+inline constexpr char kRecordsFolder[] = "stores";
 
 class DataFolder {
  public:
@@ -33,12 +36,16 @@ class DataFolder {
 
   const std::filesystem::path& root() const { return root_; }
   std::filesystem::path MessageIds() const { return root_ / "client" / "ids.db"; }
+  std::filesystem::path MessageIdsRecord() const { return root_ / kRecordsFolder / "ids"; }
   std::filesystem::path DeviceName() const { return root_ / "client" / "device"; }
   std::filesystem::path AccountFolder(const biz::IMUserID& user) const {
     return root_ / "accounts" / AccountFolderName(user);
   }
   std::filesystem::path MessageStore(const biz::IMUserID& user) const {
     return AccountFolder(user) / "messages.db";
+  }
+  std::filesystem::path MessageStoreRecord(const biz::IMUserID& user) const {
+    return root_ / kRecordsFolder / ("account-" + AccountFolderName(user));
   }
   std::filesystem::path IncomingFolder(const biz::IMUserID& user) const {
     return AccountFolder(user) / "incoming";

@@ -8,6 +8,7 @@
 #include "kexbase/guid.h"
 #include "kexbase/md5.h"
 #include "kexbase/strings.h"
+#include "sqlite/store_record.h"
 
 namespace imsdk::account {
 
@@ -25,8 +26,10 @@ bool WriteWhole(const std::filesystem::path& file, std::string_view content) {
     std::ofstream out(aside, std::ios::binary);
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
     out.close();
-    if (out) std::filesystem::rename(aside, file, failure);
-    if (out && !failure) return true;
+    // A name must not be on the disk before its content is.
+    const bool written = out && sqlite::SyncToDisk(aside);
+    if (written) std::filesystem::rename(aside, file, failure);
+    if (written && !failure) return true;
   }
   std::filesystem::remove(aside, failure);
   return false;

@@ -14,7 +14,7 @@
 namespace imsdk::account {
 
 // Largest content of a file that is sent, in bytes.
-inline constexpr std::size_t kMaxFileBytes = 32 * 1024 * 1024;
+inline constexpr std::size_t kMaxFileBytes = biz::kMaxContentBytes;
 
 struct KeptFile {
   std::wstring path;  // relative to the data folder, with "/", so that the folder may move

@@ -24,6 +24,7 @@ bool IsFolderName(std::string_view name) {
 
 void FileMgr::Fetch(const biz::IMFileRequest& request, biz::IMCallback<> done) {
   const biz::ResultCode not_there{biz::kEngineNotFound, 0, L"no account knows such a file"};
+  if (const auto why = link::CheckBounds(request); !why.ok()) return done(why);
   const std::string path = base::WideToUTF8(request.path);
   std::string_view rest = path;
   const std::string_view files = kFilesFolder;
@@ -36,16 +37,19 @@ void FileMgr::Fetch(const biz::IMFileRequest& request, biz::IMCallback<> done) {
   const std::string folder(rest.substr(0, parting));
   const std::string name(rest.substr(parting + 1));
   if (!IsFolderName(folder) || !IsFileName(base::UTF8ToWide(name))) return done(not_there);
-  std::error_code failure;
-  if (std::filesystem::is_regular_file(environment_->folder.root() / path, failure)) {
-    return done({});
-  }
   const auto core = accounts_->FindByFolder(folder);
-  if (!core) return done(not_there);
+  if (!core) {
+    std::error_code failure;
+    const auto place = environment_->folder.root() / path;
+    return done(std::filesystem::is_regular_file(place, failure) ? biz::ResultCode{} : not_there);
+  }
   const AccountParts account = core->parts();
   OnWorker(
-      account.state,
-      [courier = account.courier, name, done](AccountState&) { courier->Fetch(name, done); }, done);
+      account.state, biz::IMNothing{},
+      [courier = account.courier, name, done](AccountState&, const auto& kept) {
+        courier->Fetch(name, [kept, done](const biz::ResultCode& result) { done(result); });
+      },
+      done);
 }
 
 }  // namespace imsdk::account

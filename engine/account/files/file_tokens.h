@@ -1,9 +1,6 @@
 // The files that a message's body names in its tokens.
 #pragma once
 
-#include <cstddef>
-#include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -2,25 +2,19 @@
 
 #include <algorithm>
 
+#include "kexbase/message_body.h"
 #include "kexbase/strings.h"
-#include "kexnet/escape.h"
 #include "link/message.h"
 
 namespace imsdk::account {
 
 namespace {
 
-std::wstring Escape(const std::wstring& text) {
-  return base::UTF8ToWide(net::EscapeQueryParamValue(base::WideToUTF8(text), false));
-}
-
 bool HasFile(const biz::IMBodyItem& item) {
   const bool plain =
       item.type == biz::kMsgText || item.type == biz::kMsgEmotion || item.type == biz::kMsgShake;
   return !plain && (!item.filepath.empty() || !item.filecontent.empty());
 }
-
-bool IsSpace(wchar_t letter) { return letter == L' ' || (letter >= L'\t' && letter <= L'\r'); }
 
 // The token of an item with a file. When the file cannot be kept, the token names the item's own
 // path and `*result` tells why.
@@ -33,11 +27,13 @@ std::wstring KeepFile(const biz::IMBodyItem& item, const FileBox& files, biz::Re
     kept.path = item.filepath.value();
     if (result->ok()) *result = outcome;
   }
-  if (item.type == biz::kMsgPicture) return PictureToken(kept);
+  if (item.type == biz::kMsgPicture) {
+    return base::PictureToken(kept.path, kept.md5, kept.type);
+  }
   std::wstring name = item.filepath.BaseName().value();
   if (name.empty()) name = item.value;
   if (name.empty()) name = base::FilePath(kept.path).BaseName().value();
-  return FileToken(std::move(name), kept);
+  return base::FileToken(name, kept.path);
 }
 
 }  // namespace
@@ -51,10 +47,10 @@ biz::EngineCode CheckBody(const std::vector<biz::IMBodyItem>& items, std::size_t
     const bool file = HasFile(item);
     if (file || !item.value.empty()) empty = false;
     if (file) *content += item.filecontent.size();
-    if (!file) text += base::WideToUTF8(item.value).size();
+    if (!file) text += base::Utf8Length(item.value);
   }
   if (empty) return biz::kEngineEmpty;
-  if (text > link::kMaxBodyBytes || *content > kMaxFileBytes) return biz::kEngineTooLarge;
+  if (text > biz::kMaxBodyBytes || *content > kMaxFileBytes) return biz::kEngineTooLarge;
   return biz::kEngineOk;
 }
 
@@ -74,37 +70,22 @@ ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBo
   ComposedBody composed;
   if (items.size() == 1) composed.msgtype = items.front().type;
   int with_extra = 0;
-  bool after_token = false;
+  base::BodyWriter body;
   for (const biz::IMBodyItem& item : items) {
     if (!item.jvale.empty() && ++with_extra == 1) composed.others = item.jvale;
     if (item.type == biz::kMsgShake) continue;
-    const std::wstring part = HasFile(item) ? KeepFile(item, files, &composed.result) : item.value;
-    if (part.empty()) continue;
-    const bool token = item.type != biz::kMsgText;
-    const bool meets = !composed.body.empty() && (token || after_token);
-    if (meets && !IsSpace(composed.body.back()) && !IsSpace(part.front())) composed.body += L' ';
-    composed.body += part;
-    after_token = token;
+    if (HasFile(item)) {
+      body.AddToken(KeepFile(item, files, &composed.result));
+    } else {
+      body.AddBody(item.value);
+    }
   }
+  composed.body = body.Finish();
   if (with_extra > 1) composed.others.clear();
-  if (composed.result.ok() && base::WideToUTF8(composed.body).size() > link::kMaxBodyBytes) {
+  if (composed.result.ok() && base::Utf8Length(composed.body) > biz::kMaxBodyBytes) {
     composed.result = {biz::kEngineTooLarge, 0, L"the message is too large"};
   }
   return composed;
-}
-
-std::wstring PictureToken(const KeptFile& picture) {
-  std::wstring token = L"pic:impicture|" + picture.md5 + L"?filepath=" + Escape(picture.path);
-  if (!picture.md5.empty()) token += L"&fileMD5=" + Escape(picture.md5);
-  if (!picture.type.empty()) token += L"&filetype=" + Escape(picture.type);
-  return token;
-}
-
-std::wstring FileToken(std::wstring name, const KeptFile& file) {
-  for (wchar_t& letter : name) {
-    if (letter == L'|' || letter < L' ') letter = L'_';
-  }
-  return L"file:" + name + L"|filepath=" + Escape(file.path);
 }
 
 }  // namespace imsdk::account

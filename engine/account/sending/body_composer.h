@@ -30,13 +30,7 @@ struct ComposedBody {
 };
 
 // Keeps the items' files and puts the body together. An item with a file or content becomes a
-// token, a window shake nothing, any other item is its value. A space parts a token from a
-// neighbour that does not bring white space of its own, so that the end of the token can be told.
+// token, a window shake nothing; the value of any other item is a body itself, and put in as that.
 ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBox& files);
-
-// "pic:impicture|MD5?filepath=PATH&fileMD5=MD5&filetype=TYPE"; empty parts are left out.
-std::wstring PictureToken(const KeptFile& picture);
-// "file:NAME|filepath=PATH". A "|" or a control character in the name becomes "_".
-std::wstring FileToken(std::wstring name, const KeptFile& file);
 
 }  // namespace imsdk::account

@@ -20,12 +20,15 @@ constexpr std::int64_t kMargin = 30'000LL << kCounterBits;
 
 }  // namespace
 
-MessageIds::MessageIds(const std::filesystem::path& file, Clock clock,
+MessageIds::MessageIds(const sqlite::StorePlace& place, Clock clock,
                        std::shared_ptr<base::TaskRunner> runner)
-    : clock_(std::move(clock)),
-      runner_(std::move(runner)),
-      database_(std::make_unique<sqlite::Database>(file, sqlite::Locking::kExclusive)) {
-  sqlite::Migrate(*database_, kSchema);
+    : clock_(std::move(clock)), runner_(std::move(runner)) {
+  sqlite::OpenedStore opened = sqlite::OpenStore(
+      place, {sqlite::Locking::kExclusive, [](auto& fresh) { sqlite::Migrate(fresh, kSchema); }});
+  database_ = std::move(opened.database);
+  loss_ = std::move(opened.loss);
+  // A ceiling that is lost may lie above every number that is known: another node has others.
+  if (loss_) database_->Execute("DELETE FROM ids");
   bool known = false;
   {
     auto row = database_->Prepare("SELECT node, ceiling FROM ids");
@@ -72,7 +75,9 @@ void MessageIds::RaiseCeiling() {
 }
 
 void MessageIds::StoreCeiling(std::int64_t ceiling) {
+  sqlite::Transaction transaction(*database_);
   database_->Prepare("UPDATE ids SET ceiling=?", ceiling).Run();
+  transaction.Commit();
 }
 
 }  // namespace imsdk::account

@@ -5,10 +5,11 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "kexbase/lock.h"
 #include "kexbase/task_runner.h"
-#include "sqlite/database.h"
+#include "sqlite/kept_store.h"
 
 namespace imsdk::account {
 
@@ -26,11 +27,15 @@ class MessageIds : public std::enable_shared_from_this<MessageIds> {
 
   // Opens or makes the store and holds it against other processes, so that two engines cannot
   // share a data folder. Throws `sqlite::Error`.
-  MessageIds(const std::filesystem::path& file, Clock clock,
+  MessageIds(const sqlite::StorePlace& place, Clock clock,
              std::shared_ptr<base::TaskRunner> runner);
+
+  // What the store was found to have lost. The numbers are those of another installation then.
+  const std::optional<sqlite::Loss>& loss() const { return loss_; }
 
   // Any thread.
   std::int64_t Next();
+  std::int64_t Now() const { return clock_(); }
 
   // Lets the store go. After the runner has ended, and the last number was given.
   void Close() { database_.reset(); }
@@ -41,6 +46,7 @@ class MessageIds : public std::enable_shared_from_this<MessageIds> {
 
   const Clock clock_;
   const std::shared_ptr<base::TaskRunner> runner_;
+  std::optional<sqlite::Loss> loss_;
   std::unique_ptr<sqlite::Database> database_;  // used by tasks of the runner only
   std::int64_t node_ = 0;
 

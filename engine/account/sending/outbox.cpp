@@ -6,7 +6,6 @@
 
 #include "account/files/file_tokens.h"
 #include "kexbase/callback.h"
-#include "kexbase/time.h"
 
 namespace imsdk::account {
 
@@ -15,23 +14,44 @@ namespace {
 // How often a server may take a message and lose it before the account gives up.
 constexpr int kMostTakings = 5;
 
+// What is stored in one go.
+constexpr std::size_t kBytesInSlice = 2 * 1024 * 1024;
+constexpr std::size_t kMessagesInSlice = 256;
+
 biz::ResultCode Refused(biz::EngineCode code, const wchar_t* text) { return {code, 0, text}; }
+
+const std::vector<biz::IMBodyItem>& ItemsOf(const biz::IMSendRequest& request) {
+  static const std::vector<biz::IMBodyItem> kNothing;
+  return request.body ? *request.body : kNothing;
+}
+
+biz::IMMessage WithBody(biz::IMMessage message, const ComposedBody& body) {
+  message.msgbody = body.body;
+  message.extinfo.others = body.others;
+  return message;
+}
 
 }  // namespace
 
-biz::ResultCode Outbox::Send(const biz::IMConversationID& cid, const biz::IMSendRequest& request) {
-  static const std::vector<biz::IMBodyItem> kNothing;
-  const std::vector<biz::IMBodyItem>& items = request.body ? *request.body : kNothing;
-  if (HasInputStatus(items)) return SendInputStatus(cid, items);
+void Outbox::Send(const biz::IMConversationID& cid, const biz::IMSendRequest& request,
+                  biz::IMCallback<> done) {
+  link::Held holds;
+  if (const auto why = link::CheckBounds(request, &holds); !why.ok()) return done(why);
+  const std::vector<biz::IMBodyItem>& items = ItemsOf(request);
+  if (HasInputStatus(items)) return done(SendInputStatus(cid, items));
   std::size_t content = 0;
   const auto refused = CheckBody(items, &content);
-  const bool forwards = refused == biz::kEngineEmpty && request.forward_msgid != 0;
-  if (refused == biz::kEngineTooLarge) return Refused(refused, L"the message is too large");
-  if (refused != biz::kEngineOk && !forwards) return Refused(refused, L"there is nothing to send");
-  if (open_count_ >= kMostOpenMessages || open_content_ + content > kMostOpenContent) {
-    return Refused(biz::kEngineBusy, L"too many messages are being sent");
+  if (refused == biz::kEngineTooLarge) {
+    return done(Refused(refused, L"the items of \"msgbody\" are too large together"));
   }
+  if (refused != biz::kEngineOk && request.forward_msgid == 0) {
+    return done(Refused(refused, L"there is nothing to send"));
+  }
+  if (const auto why = Take(cid, request, holds, done); !why.ok()) done(why);
+}
 
+biz::ResultCode Outbox::Take(const biz::IMConversationID& cid, const biz::IMSendRequest& request,
+                             const link::Held& holds, const biz::IMCallback<>& done) {
   biz::IMMessage message;
   message.cid = cid;
   message.fromid = state_->self;
@@ -39,16 +59,46 @@ biz::ResultCode Outbox::Send(const biz::IMConversationID& cid, const biz::IMSend
   message.extinfo.autochatmsg = request.autoreply ? 1 : 0;
   base::AutoLock hold(queue_lock_);
   if (state_->closed) return NotLoggedIn();
+  if (open_count_ >= kMostOpenMessages || !bodies_.Hold(request.body, holds)) {
+    return Refused(biz::kEngineBusy, L"too many messages are being sent");
+  }
   ++open_count_;
-  open_content_ += content;
-  message.msgtime = base::Time::Now().ToMilliseconds();
+  message.msgtime = state_->environment->ids->Now();
   message.msgid = state_->environment->ids->Next();
-  auto prepare = [message = std::move(message), request, content](Outbox& outbox) {
-    outbox.Prepare(message, request);
-    outbox.open_content_ -= content;
-  };
-  state_->runner->PostTask(FROM_HERE, base::BindWeak(weak_from_this(), std::move(prepare)));
+  queue_.push_back({std::move(message), request, done});
+  if (std::exchange(preparing_, true)) return {};
+  state_->runner->PostTask(FROM_HERE, base::BindWeak(weak_from_this(), &Outbox::PrepareInTurns));
   return {};
+}
+
+void Outbox::PrepareInTurns() {
+  if (!PrepareSome()) return;
+  state_->runner->PostTask(FROM_HERE, base::BindWeak(weak_from_this(), &Outbox::PrepareInTurns));
+}
+
+bool Outbox::PrepareSome() {
+  std::size_t bytes = 0;
+  std::size_t messages = 0;
+  bool more = true;
+  while (more && bytes < kBytesInSlice && messages < kMessagesInSlice) {
+    Waiting next;
+    {
+      base::AutoLock hold(queue_lock_);
+      more = preparing_ = !queue_.empty();
+      if (!more) break;
+      next = std::move(queue_.front());
+      queue_.pop_front();
+    }
+    ++messages;
+    bytes += Prepare(std::move(next));
+  }
+  state_->commit.Flush();
+  return more;
+}
+
+void Outbox::Finish() {
+  while (PrepareSome()) {
+  }
 }
 
 biz::ResultCode Outbox::SendInputStatus(const biz::IMConversationID& cid,
@@ -88,37 +138,39 @@ ComposedBody Outbox::Forwarded(std::int64_t msgid) {
   return body;
 }
 
-void Outbox::Prepare(biz::IMMessage message, const biz::IMSendRequest& request) {
-  static const std::vector<biz::IMBodyItem> kNothing;
-  const std::vector<biz::IMBodyItem>& items = request.body ? *request.body : kNothing;
+std::size_t Outbox::Prepare(Waiting waiting) {
+  const biz::IMSendRequest& request = waiting.request;
   std::size_t content = 0;
   const bool forwards =
-      request.forward_msgid != 0 && CheckBody(items, &content) == biz::kEngineEmpty;
-  ComposedBody composed =
-      forwards ? Forwarded(request.forward_msgid) : ComposeBody(items, state_->files);
-  if (!forwards && request.forward_msgid != 0) composed.msgtype = request.forward_msgtype;
-  message.msgtype = composed.msgtype;
-  message.msgbody = std::move(composed.body);
-  message.extinfo.others = std::move(composed.others);
-  const bool complete = composed.result.ok();
-  message.msgstatus = complete ? biz::kMsgSending : biz::kMsgFailed;
-  state_->commit.Add([this, message, complete](
-                         sqlite::Database&) { state_->store.AddOutgoing(message, complete); },
-                     [this, message, problem = composed.result](const biz::ResultCode& stored) {
-                       Announce(message, problem, stored);
-                     });
+      request.forward_msgid != 0 && CheckBody(ItemsOf(request), &content) == biz::kEngineEmpty;
+  const auto body = forwards
+                        ? std::make_shared<const ComposedBody>(Forwarded(request.forward_msgid))
+                        : bodies_.Compose(request.body, state_->files);
+  bodies_.Release(request.body);
+  biz::IMMessage& message = waiting.message;
+  // A store that cannot be read refuses the message below.
+  sqlite::Guarded(
+      [&] { message.msgtime = state_->store.TimeToSend(message.cid, message.msgtime); });
+  const bool named = !forwards && request.forward_msgid != 0;
+  message.msgtype = named ? request.forward_msgtype : body->msgtype;
+  message.msgstatus = body->result.ok() ? biz::kMsgSending : biz::kMsgFailed;
+  state_->commit.Add(
+      [this, message, body](sqlite::Database&) {
+        state_->store.AddOutgoing(WithBody(message, *body), body->result.ok());
+      },
+      [this, message, body, done = waiting.done](const biz::ResultCode& stored) {
+        if (!stored.ok()) --open_count_;
+        done(stored);
+        if (stored.ok()) Announce(message, *body);
+      });
+  return body->body.size() + body->others.size();
 }
 
-void Outbox::Announce(const biz::IMMessage& message, const biz::ResultCode& problem,
-                      const biz::ResultCode& stored) {
-  biz::IMMessage announced = message;
-  if (!stored.ok()) announced.msgstatus = biz::kMsgFailed;
-  if (stored.ok()) state_->chat.AddSeen(message);
-  state_->RaiseSent(announced);
-  if (!stored.ok()) {
-    Settle(message, stored, 0, false);
-  } else if (!problem.ok()) {
-    Settle(message, problem, 0, true);
+void Outbox::Announce(const biz::IMMessage& message, const ComposedBody& body) {
+  state_->chat.AddSeen(message);
+  state_->RaiseSent(WithBody(message, body));
+  if (!body.result.ok()) {
+    Settle(message, body.result, 0, true);
   } else {
     HandOver(message);
   }
@@ -157,6 +209,7 @@ void Outbox::TryAgain(const biz::IMConversationID& cid, std::int64_t msgid) {
   message.cid = cid;
   message.msgid = msgid;
   if (found) message = std::move(found->message);
+  message.msgbody = {};  // the store has it
   if (read.ok() && !found) read = {biz::kEngineNotFound, 0, L"there is no such message"};
   if (found && !found->complete) {
     read = {biz::kEngineNotFound, 0, L"the files of the message were not found"};
@@ -182,6 +235,8 @@ void Outbox::Load() {
 }
 
 void Outbox::AddOpen(biz::IMMessage message) {
+  message.msgbody = {};
+  message.extinfo.others = {};
   const std::int64_t msgid = message.msgid;
   open_[msgid] = {std::move(message), {}};
   SetDeadline(msgid, open_[msgid]);
@@ -206,8 +261,10 @@ void Outbox::Connected() {
 
 void Outbox::Disconnected() {
   turns_.clear();
+  ready_.clear();
   ++link_;
   for (auto& [msgid, open] : open_) {
+    StopWork(open);
     if (open.stage == Stage::kTaken) continue;
     const bool had_none = open.deadline == Deadline::max();
     open.stage = Stage::kWaiting;
@@ -229,6 +286,8 @@ void Outbox::GiveUp(const biz::ResultCode& why) {
 void Outbox::Close() {
   open_.clear();
   turns_.clear();
+  ready_.clear();
+  in_work_ = bytes_in_work_ = 0;
   deadlines_.clear();
 }
 
@@ -240,117 +299,6 @@ void Outbox::HandOver(const biz::IMMessage& message) {
   }
 }
 
-void Outbox::Queue(const biz::IMConversationID& cid, std::int64_t msgid) {
-  std::deque<std::int64_t>& turns = turns_[cid];
-  turns.push_back(msgid);
-  if (turns.size() == 1) return TakeTurns(cid);
-  open_.at(msgid).deadline = Deadline::max();  // it begins when its turn comes
-}
-
-void Outbox::TakeTurns(const biz::IMConversationID& cid) {
-  for (auto turns = turns_.find(cid); turns != turns_.end(); turns = turns_.find(cid)) {
-    if (turns->second.empty()) {
-      turns_.erase(turns);
-      return;
-    }
-    const std::int64_t msgid = turns->second.front();
-    const auto entry = open_.find(msgid);
-    if (entry == open_.end()) {
-      turns->second.pop_front();
-      continue;
-    }
-    Open& open = entry->second;
-    if (open.stage == Stage::kPreparing) return;
-    const auto parcel = std::make_shared<Parcel>(
-        Parcel{cid, msgid, link_, FileNamesIn(open.message.msgbody, state_->files_in_tokens)});
-    if (!parcel->names.empty()) {
-      open.stage = Stage::kPreparing;
-      open.deadline = Deadline::max();
-      return FetchFiles(parcel);
-    }
-    turns->second.pop_front();
-    Deliver(*parcel);
-  }
-}
-
-void Outbox::FetchFiles(const std::shared_ptr<Parcel>& parcel) {
-  if (parcel->files.size() == parcel->names.size()) return Prepared(parcel, {});
-  const std::string& name = parcel->names[parcel->files.size()];
-  courier_->Provide(
-      name, base::BindWeak(weak_from_this(), [parcel](Outbox& outbox, const biz::ResultCode& result,
-                                                      const link::File& file) {
-        // From a task of its own: thousands of files that are known at once must not pile up on
-        // the stack.
-        outbox.state_->runner->PostTask(
-            FROM_HERE,
-            base::BindWeak(outbox.weak_from_this(), [parcel, result, file](Outbox& here) {
-              here.Provided(parcel, result, file);
-            }));
-      }));
-}
-
-void Outbox::Provided(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result,
-                      const link::File& file) {
-  if (parcel->link != link_) return;
-  if (result.code == biz::kEngineNotFound) {
-    // Its token goes on as it is.
-    parcel->names.erase(parcel->names.begin() + std::ssize(parcel->files));
-  } else if (!result.ok()) {
-    return Prepared(parcel, result);
-  } else {
-    parcel->files.push_back(file);
-  }
-  FetchFiles(parcel);
-}
-
-void Outbox::Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result) {
-  const auto turns = turns_.find(parcel->cid);
-  if (turns == turns_.end() || turns->second.front() != parcel->msgid) return;  // closed
-  const auto entry = open_.find(parcel->msgid);
-  if (entry != open_.end() && result.code == biz::kEngineNoLink) {
-    // A server that wants nothing now and keeps the link: time runs out for the message.
-    entry->second.stage = Stage::kWaiting;
-    SetDeadline(parcel->msgid, entry->second);
-    return WaitForDeadline();
-  }
-  turns->second.pop_front();
-  if (entry != open_.end()) {
-    if (result.ok()) {
-      Deliver(*parcel);
-    } else {
-      Answered(parcel->msgid, result);
-    }
-  }
-  TakeTurns(parcel->cid);
-}
-
-void Outbox::Deliver(const Parcel& parcel) {
-  Open& open = open_.at(parcel.msgid);
-  open.stage = Stage::kHanded;
-  SetDeadline(parcel.msgid, open);
-  const biz::IMMessage& message = open.message;
-  link::Message outgoing;
-  outgoing.cid = message.cid;
-  outgoing.from = message.fromid;
-  outgoing.msgid = message.msgid;
-  outgoing.msgtime = message.msgtime;
-  outgoing.msgtype = message.msgtype;
-  outgoing.body = parcel.names.empty()
-                      ? message.msgbody
-                      : WithoutFolder(message.msgbody, state_->files_in_tokens, parcel.names);
-  outgoing.ext = message.extinfo;
-  outgoing.files = parcel.files;
-  // Whoever receives it without the one before it only has a hole less to notice.
-  sqlite::Guarded([&] { outgoing.previous = state_->store.OwnBefore(message.cid, message.msgid); });
-  state_->line->Ask(
-      link::Deliver{std::move(outgoing)},
-      base::BindWeak(weak_from_this(),
-                     [msgid = parcel.msgid](Outbox& outbox, const biz::ResultCode& result,
-                                            const link::Delivered& how) {
-                       outbox.Delivered(msgid, result, how);
-                     }));
-}
-
 void Outbox::Delivered(std::int64_t msgid, const biz::ResultCode& result,
                        const link::Delivered& how) {
   if (result.code == biz::kEngineNoLink) return;  // waits for the next link
@@ -359,13 +307,16 @@ void Outbox::Delivered(std::int64_t msgid, const biz::ResultCode& result,
   if (!result.ok() || how.step == link::Step::kArchived) return Answered(msgid, result, how);
   entry->second.stage = Stage::kTaken;
   ++entry->second.taken;
+  StopWork(entry->second);
   SetDeadline(msgid, entry->second);
+  TakeTurns();
 }
 
 void Outbox::Answered(std::int64_t msgid, const biz::ResultCode& result,
                       const link::Delivered& how) {
   const auto entry = open_.find(msgid);
   if (entry == open_.end()) return;  // too late, or a second answer
+  StopWork(entry->second);
   const biz::IMMessage message = std::move(entry->second.message);
   open_.erase(entry);
   const biz::IMMsgStatus status = result.ok() ? biz::kMsgSent : biz::kMsgFailed;
@@ -377,11 +328,14 @@ void Outbox::Answered(std::int64_t msgid, const biz::ResultCode& result,
       [this, message, result, how](const biz::ResultCode&) {
         Settle(message, result, how.svrtime, true);
       });
+  TakeTurns();
 }
 
 void Outbox::Archived(const biz::IMMessage& message, std::int64_t svrtime) {
   if (const auto entry = open_.find(message.msgid); entry != open_.end()) {
+    StopWork(entry->second);
     open_.erase(entry);
+    TakeTurns();
   } else {
     // It had been given up, or waits for the outcome of that to be stored.
     base::AutoLock hold(failed_lock_);
@@ -427,7 +381,7 @@ void Outbox::CheckDeadlines() {
     if (open.stage != Stage::kTaken || open.taken >= kMostTakings) {
       const biz::IMConversationID cid = open.message.cid;
       Answered(entry.second, {biz::kEngineTimeout, 0, L"the server did not answer in time"});
-      TakeTurns(cid);  // whoever waited behind it
+      Ready(cid);  // whoever waited behind it
     } else if (state_->line->connected()) {
       Queue(biz::IMConversationID(open.message.cid), entry.second);
     } else {

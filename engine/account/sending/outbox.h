@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "account/files/courier.h"
-#include "account/sending/body_composer.h"
+#include "account/sending/open_bodies.h"
 #include "account/session/account_state.h"
 #include "imsdk/biz/conversation.h"
 #include "kexbase/lock.h"
@@ -25,7 +25,6 @@ namespace imsdk::account {
 // An account's open messages: more are refused with `kEngineBusy`, so that a page that sends
 // without looking cannot fill the memory.
 inline constexpr int kMostOpenMessages = 10'000;
-inline constexpr std::size_t kMostOpenContent = 4 * kMaxFileBytes;
 
 // A message is stored as sending and announced; its files are brought to the server, in the order
 // of its conversation; it is handed to the link, until the server has it in its archive; then it is
@@ -37,8 +36,10 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   Outbox(std::shared_ptr<AccountState> state, std::shared_ptr<Courier> courier)
       : state_(std::move(state)), courier_(std::move(courier)) {}
 
-  // Any thread. Both answer at once, good or with an `EngineCode` that refuses.
-  biz::ResultCode Send(const biz::IMConversationID& cid, const biz::IMSendRequest& request);
+  // Any thread. A refusal is answered at once, everything else when it is in the store.
+  void Send(const biz::IMConversationID& cid, const biz::IMSendRequest& request,
+            biz::IMCallback<> done);
+  // Any thread. Answers at once.
   // `at_once`: without a link, one is asked for and waited for.
   biz::ResultCode Resend(const biz::IMConversationID& cid, const biz::IMResendRequest& request);
 
@@ -61,6 +62,8 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   void GiveUp(const biz::ResultCode& why);
   // The store knows by the server's own word that it has this message; so it was before.
   void Archived(const biz::IMMessage& message, std::int64_t svrtime);
+  // Stores what was taken and waits for that.
+  void Finish();
   // Forgets what is open; the store keeps it as sending.
   void Close();
 
@@ -74,18 +77,26 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
     kHanded,
     kTaken,  // by a server that may still lose it
   };
-  struct Open {
+  // Taken, and waiting to be stored.
+  struct Waiting {
     biz::IMMessage message;
+    biz::IMSendRequest request;
+    biz::IMCallback<> done;
+  };
+  struct Open {
+    biz::IMMessage message;  // without its text, which the store has
     Deadline deadline;
     Stage stage = Stage::kWaiting;
-    int taken = 0;  // how often
+    int taken = 0;            // how often
+    std::size_t in_work = 0;  // bytes, while it is prepared or handed over
   };
   // What is put together with a message before it is handed over.
   struct Parcel {
     biz::IMConversationID cid;
     std::int64_t msgid = 0;
     std::uint64_t link = 0;  // number of the link that it is for
-    std::vector<std::string> names;
+    biz::IMMessage message{};
+    std::vector<std::string> names{};
     std::vector<link::File> files{};
   };
 
@@ -94,17 +105,29 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
                                   const std::vector<biz::IMBodyItem>& items);
   void AddOpen(biz::IMMessage message);
   void SetDeadline(std::int64_t msgid, Open& open);
-  void Prepare(biz::IMMessage message, const biz::IMSendRequest& request);
+  // Queues what is to be sent, or refuses it.
+  biz::ResultCode Take(const biz::IMConversationID& cid, const biz::IMSendRequest& request,
+                       const link::Held& holds, const biz::IMCallback<>& done);
+  // Stores some of what waits, in a task of its own, so that a broadcast to many leaves time for
+  // what is asked between. False when nothing waits any more.
+  bool PrepareSome();
+  void PrepareInTurns();
+  // Returns the bytes of its text.
+  std::size_t Prepare(Waiting waiting);
   // The stored message `msgid` as a body to send.
   ComposedBody Forwarded(std::int64_t msgid);
-  void Announce(const biz::IMMessage& message, const biz::ResultCode& problem,
-                const biz::ResultCode& stored);
+  void Announce(const biz::IMMessage& message, const ComposedBody& body);
   void TryAgain(const biz::IMConversationID& cid, std::int64_t msgid);
   void HandOver(const biz::IMMessage& message);
-  // Hands over what is first in its conversation, and what follows until files are to be waited
-  // for.
+  // Conversations take turns, each message behind those of its conversation whose files are to be
+  // waited for. Only so much is handed over at once: the server has others to serve.
   void Queue(const biz::IMConversationID& cid, std::int64_t msgid);
-  void TakeTurns(const biz::IMConversationID& cid);
+  void Ready(const biz::IMConversationID& cid);
+  void TakeTurns();
+  void TakeTurn(const biz::IMConversationID& cid);
+  // The message with its text out of the store. Null when it is not there; it has failed then.
+  std::shared_ptr<Parcel> Load(const biz::IMConversationID& cid, std::int64_t msgid);
+  void StopWork(Open& open);
   void FetchFiles(const std::shared_ptr<Parcel>& parcel);
   void Provided(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result,
                 const link::File& file);
@@ -122,11 +145,13 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   const std::shared_ptr<AccountState> state_;
   const std::shared_ptr<Courier> courier_;
   std::atomic<int> open_count_{0};
-  std::atomic<std::size_t> open_content_{0};
+  OpenBodies bodies_;
 
   // Numbers are given out in the order in which messages are queued, and nothing is queued behind
   // the end of the account.
   base::Lock queue_lock_;
+  std::deque<Waiting> queue_;
+  bool preparing_ = false;
   base::Lock failed_lock_;
   std::unordered_map<std::int64_t, biz::IMConversationID> failed_;  // may be sent again
 
@@ -136,6 +161,10 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   std::map<std::int64_t, Open> open_;
   // Messages whose turn has not come; the first one's files are on their way.
   std::unordered_map<biz::IMConversationID, std::deque<std::int64_t>> turns_;
+  std::deque<biz::IMConversationID> ready_;  // whose first message may go
+  bool taking_turns_ = false;
+  std::size_t in_work_ = 0;
+  std::size_t bytes_in_work_ = 0;
   // In order. An entry is stale when its message is not open any more, or has another deadline.
   std::deque<std::pair<Deadline, std::int64_t>> deadlines_;
   bool waiting_ = false;

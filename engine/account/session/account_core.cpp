@@ -7,6 +7,7 @@
 
 #include "account/session/answer_within.h"
 #include "kexbase/callback.h"
+#include "kexbase/strings.h"
 
 namespace imsdk::account {
 
@@ -39,6 +40,13 @@ class AccountCore::Listener : public link::SessionListener {
                       }));
   }
 
+  void OnTribePresence(const link::TribePresence& presence) override {
+    runner_->PostTask(FROM_HERE,
+                      base::BindWeak(core_, [attempt = attempt_, presence](AccountCore& core) {
+                        core.Hear(attempt, presence);
+                      }));
+  }
+
   void OnEnded(const biz::ResultCode& why) override {
     runner_->PostTask(FROM_HERE,
                       base::BindWeak(core_, [attempt = attempt_, why](AccountCore& core) {
@@ -60,10 +68,12 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
       outbox_(std::make_shared<Outbox>(state_, courier_)),
       roamer_(std::make_shared<Roamer>(state_, mailbox_)),
       reporter_(std::make_shared<Reporter>(state_)),
+      tribes_(std::make_shared<TribeBook>(state_)),
       hooks_(std::move(hooks)),
       token_(std::move(token)) {
   mailbox_->SetHooks({base::BindWeak(std::weak_ptr(outbox_), &Outbox::Archived),
-                      base::BindWeak(std::weak_ptr(roamer_), &Roamer::CatchUp)});
+                      base::BindWeak(std::weak_ptr(roamer_), &Roamer::CatchUp),
+                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Happened)});
 }
 
 void AccountCore::Open(biz::IMCallback<> done) {
@@ -85,6 +95,8 @@ biz::ResultCode AccountCore::OpenStore() {
   // What an earlier session left in the middle.
   std::filesystem::remove_all(folder.IncomingFolder(state_->self), failure);
   return sqlite::Guarded([&] {
+    state_->store.database();
+    if (const auto loss = state_->store.TakeLoss()) Recover(*loss);
     for (const StoredConversation& stored : state_->store.Conversations()) {
       state_->chat.AddConversation(stored);
     }
@@ -93,6 +105,16 @@ biz::ResultCode AccountCore::OpenStore() {
     }
     outbox_->Load();
   });
+}
+
+void AccountCore::Recover(const sqlite::Loss& loss) {
+  const std::string what = loss.Text("the account's store");
+  warning_ = {biz::kEngineOk, biz::kEngineDamaged, base::UTF8ToWide(what)};
+  const auto& report = state_->environment->report;
+  if (report) report(what + " (" + AccountFolderName(state_->self) + ")");
+  sqlite::Transaction transaction(state_->store.database());
+  state_->store.Recover(loss);
+  transaction.Commit();
 }
 
 void AccountCore::RenewToken(std::wstring token) {
@@ -123,8 +145,12 @@ void AccountCore::Connect() {
   const biz::ResultCode late{biz::kEngineTimeout, 0, L"the server did not answer in time"};
   const Environment& environment = *state_->environment;
   link::ConnectRequest request{state_->self, token_, environment.device, {}, listener_};
-  const biz::ResultCode read =
-      sqlite::Guarded([&] { request.position = state_->store.LinkPosition(); });
+  const biz::ResultCode read = sqlite::Guarded([&] {
+    request.position = state_->store.LinkPosition();
+    request.restore = state_->store.IsMending();
+    const std::string life = state_->store.Generation();
+    if (!life.empty()) request.device += '.' + life;
+  });
   auto answer = AnswerWithin(state_->runner, environment.timeouts.login, std::move(answered), late,
                              link::Connected{});
   if (!read.ok()) return answer(read, {});
@@ -145,16 +171,18 @@ void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& 
   connected_at_ = std::chrono::steady_clock::now();
   proved_ = first;
   if (!first) hooks_.reconnected();
-  Tell(result);
+  Tell(warning_.subcode != 0 ? std::exchange(warning_, {}) : result);
   outbox_->Connected();
   reporter_->Connected();
   roamer_->Connected();
+  tribes_->Connected();
 }
 
 void AccountCore::BeginAnew(const biz::ResultCode& why) {
   std::string position;
   sqlite::Guarded([&] { position = state_->store.LinkPosition(); });
   if (position.empty()) return ConnectFailed(why);  // there was nothing to lose
+  tribes_->Lost();
   state_->commit.Add([this](sqlite::Database&) { state_->store.LosePosition(); },
                      [this, attempt = attempt_](const biz::ResultCode& stored) {
                        if (attempt != attempt_ || state_->ended) return;
@@ -203,6 +231,8 @@ void AccountCore::DropSession() {
 
 void AccountCore::Lost(const biz::ResultCode& why) {
   DropSession();
+  // The next login reads out of the store what can be read.
+  if (why.code == biz::kEngineDamaged) return hooks_.ended();
   // A session that was good for something is renewed at once; one that breaks before that, or whose
   // messages the store cannot take, is renewed after a pause.
   const bool lasted = std::chrono::steady_clock::now() - connected_at_ > kLasting;
@@ -218,7 +248,11 @@ void AccountCore::Receive(std::uint64_t attempt, const std::shared_ptr<const lin
       [this, attempt, batch, happenings](sqlite::Database&) {
         happenings->clear();
         // Behind a batch that could not be stored no other one moves the position on.
-        if (attempt == attempt_) *happenings = mailbox_->Store(*batch);
+        if (attempt != attempt_) return;
+        *happenings = mailbox_->Store(*batch);
+        // What was lost has come again.
+        const bool again = batch->offline && batch->more;
+        if (!again && state_->store.IsMending()) state_->store.SetMended();
       },
       [this, attempt, batch, happenings](const biz::ResultCode& stored) {
         const bool current = attempt == attempt_;
@@ -237,6 +271,10 @@ void AccountCore::Hear(std::uint64_t attempt, const biz::IMConversationID& cid,
   state_->events.on_peer_input(cid.user, static_cast<biz::InputStatus>(status));
 }
 
+void AccountCore::Hear(std::uint64_t attempt, const link::TribePresence& presence) {
+  if (attempt == attempt_) tribes_->Present(presence);
+}
+
 void AccountCore::SessionEnded(std::uint64_t attempt, const biz::ResultCode& why) {
   if (attempt != attempt_) return;
   if (why.code == biz::kEngineNoLink || why.code == biz::kEngineTimeout) return Lost(why);
@@ -252,6 +290,7 @@ bool AccountCore::Close(biz::IMCallback<> done) {
 }
 
 void AccountCore::End(biz::IMCallback<> done) {
+  outbox_->Finish();
   state_->commit.Flush();
   state_->ended = true;
   ++attempt_;

@@ -31,7 +31,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
               const Worker& worker, std::wstring token, AccountHooks hooks);
 
   // Any thread.
-  AccountParts parts() const { return {state_, outbox_, roamer_, reporter_, courier_}; }
+  AccountParts parts() const { return {state_, outbox_, roamer_, reporter_, courier_, tribes_}; }
   // Opens the store and begins a session; `done` runs on the worker, before any event.
   void Open(biz::IMCallback<> done);
   // Uses this token for the next session.
@@ -46,6 +46,8 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
   class Listener;
 
   biz::ResultCode OpenStore();
+  // Reports what the store has lost and prepares for its return. May throw `sqlite::Error`.
+  void Recover(const sqlite::Loss& loss);
   void Connect();
   void ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& result,
                        const link::Connected& connected);
@@ -61,6 +63,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
 
   void Receive(std::uint64_t attempt, const std::shared_ptr<const link::Batch>& batch);
   void Hear(std::uint64_t attempt, const biz::IMConversationID& cid, std::int32_t status);
+  void Hear(std::uint64_t attempt, const link::TribePresence& presence);
   void SessionEnded(std::uint64_t attempt, const biz::ResultCode& why);
   void End(biz::IMCallback<> done);
   void Tell(const biz::ResultCode& outcome);
@@ -71,6 +74,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
   const std::shared_ptr<Outbox> outbox_;
   const std::shared_ptr<Roamer> roamer_;
   const std::shared_ptr<Reporter> reporter_;
+  const std::shared_ptr<TribeBook> tribes_;
   const AccountHooks hooks_;
 
   // On the worker only.
@@ -80,7 +84,8 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
   std::shared_ptr<link::Session> session_;
   std::vector<biz::IMCallback<>> waiting_;  // for the outcome of the attempt
   bool connecting_ = false;
-  bool opening_ = true;  // the first session of the account
+  bool opening_ = true;      // the first session of the account
+  biz::ResultCode warning_;  // for the answer of the login: good, with a subcode
   bool outage_told_ = false;
   bool proved_ = false;  // the session brought messages, or is the first one
   std::chrono::steady_clock::time_point connected_at_;

@@ -18,7 +18,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
                                                        state_->tribe_events)),
         virtual_chats_(new ChatMgr<biz::IIMVirtualChatMgr>(
             core_->parts(), {biz::kCIDSystem, biz::kCIDSubscribe}, state_->virtual_events)),
-        tribes_(new TribeMgr(state_)) {}
+        tribes_(new TribeMgr(state_, core_->parts().tribes)) {}
 
   const biz::IMUserID& GetSelfID() const override { return state_->self; }
   biz::IMAccountType GetAccountType() const override {
@@ -45,11 +45,13 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
 
 void AccountMgr::LoginByPassword(const biz::IMPasswordLogin& request,
                                  biz::IMCallback<biz::IMLoginGrant> done) {
+  if (const auto why = link::CheckBounds(request); !why.ok()) return done(why, {});
   Login({request.userid, link::Password{request.password}}, std::move(done));
 }
 
 void AccountMgr::LoginByToken(const biz::IMTokenLogin& request,
                               biz::IMCallback<biz::IMLoginGrant> done) {
+  if (const auto why = link::CheckBounds(request); !why.ok()) return done(why, {});
   Login({request.userid, link::Token{request.token}}, std::move(done));
 }
 
@@ -181,6 +183,7 @@ std::shared_ptr<AccountCore> AccountMgr::Take(const biz::IMUserID& user) {
 }
 
 void AccountMgr::Stop() {
+  pool_->Hurry();
   std::unordered_map<biz::IMUserID, Slot> slots;
   {
     base::AutoLock hold(lock_);

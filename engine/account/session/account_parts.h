@@ -8,6 +8,7 @@
 #include "account/files/courier.h"
 #include "account/sending/outbox.h"
 #include "account/session/account_state.h"
+#include "account/tribes/tribe_book.h"
 
 namespace imsdk::account {
 
@@ -17,6 +18,7 @@ struct AccountParts {
   std::shared_ptr<Roamer> roamer;
   std::shared_ptr<Reporter> reporter;
   std::shared_ptr<Courier> courier;
+  std::shared_ptr<TribeBook> tribes;
 };
 
 }  // namespace imsdk::account

@@ -19,13 +19,16 @@ AccountState::AccountState(std::shared_ptr<const Environment> env, const biz::IM
     : environment(std::move(env)),
       self(user),
       runner(worker.runner),
-      store(environment->folder.MessageStore(user), user, worker.stores),
+      patience(worker.patience),
+      store({environment->folder.MessageStore(user), environment->folder.MessageStoreRecord(user)},
+            user, worker.stores),
       commit([this]() -> sqlite::Database& { return store.database(); },
              [this] {
                runner->PostTask(FROM_HERE,
                                 base::BindWeak(weak_from_this(),
                                                [](AccountState& state) { state.commit.Flush(); }));
-             }),
+             },
+             [this] { return patience->over() ? NotLoggedIn() : biz::ResultCode{}; }),
       line(std::make_shared<Line>(
           runner, Line::Limits{environment->timeouts.request, environment->timeouts.send,
                                environment->timeouts.transfer, environment->timeouts.logout})),

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,10 +13,12 @@
 #include "account/files/data_folder.h"
 #include "account/files/file_box.h"
 #include "account/sending/message_ids.h"
+#include "account/session/admission.h"
 #include "account/session/line.h"
 #include "account/session/worker_pool.h"
 #include "account/store/message_store.h"
 #include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/tribe_mgr.h"
 #include "link/server_link.h"
 #include "sqlite/group_commit.h"
 
@@ -39,8 +42,9 @@ struct Environment {
   std::shared_ptr<MessageIds> ids;
   DataFolder folder;
   Timeouts timeouts;
-  std::string device;                            // the accounts' name for this installation
-  std::vector<std::filesystem::path> send_from;  // folders whose files may be sent
+  std::string device;                                // the accounts' name for this installation
+  std::vector<std::filesystem::path> send_from;      // folders whose files may be sent
+  std::function<void(const std::string&)> report{};  // of what a person should know; may be empty
 };
 
 // Store, commit, line and the raising of events belong to the account's worker; the rest to any
@@ -54,6 +58,8 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   const std::shared_ptr<base::TaskRunner> runner;
   std::atomic<bool> closed{false};  // logged out: operations fail from now on
   std::atomic<bool> online{false};
+  const std::shared_ptr<const Patience> patience;
+  const std::shared_ptr<Admission> admission = std::make_shared<Admission>();
   bool ended = false;  // on the worker: the store is closed for good
   MessageStore store;
   sqlite::GroupCommit commit;
@@ -63,6 +69,7 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   ChatState chat;
   biz::IMSingleChatEvents events;
   biz::IMTribeChatEvents tribe_events;
+  biz::IMTribeEvents tribe_mgr_events;
   biz::IMVirtualChatEvents virtual_events;
 
   // Raise the event of the message's kind of conversation.

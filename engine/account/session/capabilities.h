@@ -40,6 +40,8 @@ biz::ResultCode Missing(const link::Capabilities& server) {
   } else if constexpr (std::is_same_v<Operation, link::GetRoaming> ||
                        std::is_same_v<Operation, link::SetRoaming>) {
     return unless(server.roaming_switch, L"the server's history cannot be switched");
+  } else if constexpr (link::kOfTribes<Operation>) {
+    return unless(server.tribes, L"the server does not manage tribes");
   } else {
     return {};
   }

@@ -80,9 +80,20 @@ void Line::CheckDeadlines() {
   Wait();
 }
 
+void Line::TakeTurns() {
+  while (!turns_.empty() && session_ && at_once_ < kMostAtOnce) {
+    const Turn next = std::move(turns_.front());
+    turns_.pop_front();
+    ++at_once_;
+    next.begin();
+  }
+}
+
 void Line::FailAll(const biz::ResultCode& why) {
   deadlines_.clear();
+  const std::deque<Turn> turns = std::exchange(turns_, {});
   for (const auto& [number, open] : std::exchange(open_, {})) open.fail(why);
+  for (const Turn& turn : turns) turn.fail(why);
 }
 
 }  // namespace imsdk::account

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -57,12 +58,33 @@ class Line : public std::enable_shared_from_this<Line> {
     if (closed_) return done(NotLoggedIn(), Reply{});
     if (!session_) return done({biz::kEngineNoLink, 0, L"the server is out of reach"}, Reply{});
     if (const auto why = Can<Operation>(); !why.ok()) return done(why, Reply{});
-    Begin(LimitOf<Operation>(), std::move(operation), std::move(done));
+    if constexpr (kHasBoundOfItsOwn<Operation>) {
+      Begin(LimitOf<Operation>(), std::move(operation), std::move(done));
+    } else {
+      // Its time begins with its turn.
+      auto held = std::make_shared<Operation>(std::move(operation));
+      turns_.push_back({[this, held, done] {
+                          Begin(LimitOf<Operation>(), std::move(*held),
+                                [this, done](const biz::ResultCode& result, const Reply& reply) {
+                                  --at_once_;
+                                  done(result, reply);
+                                  TakeTurns();
+                                });
+                        },
+                        [done](const biz::ResultCode& why) { done(why, Reply{}); }});
+      TakeTurns();
+    }
   }
 
  private:
   using Clock = std::chrono::steady_clock;
   using Fail = std::function<void(const biz::ResultCode&)>;
+  // What waits, so that an account that asks much leaves the server time for others.
+  struct Turn {
+    std::function<void()> begin;
+    Fail fail;
+  };
+  static constexpr int kMostAtOnce = 16;
   struct Open {
     Fail fail;
     std::chrono::milliseconds limit;
@@ -72,6 +94,11 @@ class Line : public std::enable_shared_from_this<Line> {
   template <class Operation>
   static constexpr bool kTransfers =
       std::is_same_v<Operation, link::Upload> || std::is_same_v<Operation, link::Download>;
+  // Whoever asks these asks only so many at once.
+  template <class Operation>
+  static constexpr bool kHasBoundOfItsOwn =
+      kTransfers<Operation> || std::is_same_v<Operation, link::Deliver> ||
+      std::is_same_v<Operation, link::SendTyping> || std::is_same_v<Operation, link::Logout>;
   template <class Operation>
   std::chrono::milliseconds LimitOf() const {
     if (std::is_same_v<Operation, link::Deliver>) return limits_.send;
@@ -108,6 +135,7 @@ class Line : public std::enable_shared_from_this<Line> {
   // False when it was answered before.
   bool Remove(std::uint64_t number);
   void Prolong(std::uint64_t number);
+  void TakeTurns();
   void Wait();
   void CheckDeadlines();
   void FailAll(const biz::ResultCode& why);
@@ -118,6 +146,8 @@ class Line : public std::enable_shared_from_this<Line> {
   bool closed_ = false;
   std::uint64_t last_ = 0;
   std::map<std::uint64_t, Open> open_;
+  std::deque<Turn> turns_;
+  int at_once_ = 0;
   std::set<std::pair<Clock::time_point, std::uint64_t>> deadlines_;
   Clock::time_point waits_until_ = Clock::time_point::max();
 

@@ -129,6 +129,11 @@ void Mailbox::Keep(const link::Batch&, const link::Membership& from, Happenings&
   happenings.push_back(Wanting{cid});
 }
 
+void Mailbox::Keep(const link::Batch& batch, const link::TribeHappening& from,
+                   Happenings& happenings) {
+  happenings.push_back(Tribal{from, batch.offline});
+}
+
 Mailbox::Happenings Mailbox::StoreHistory(Walk& walk, const link::GetHistory& request,
                                           const link::History& history, std::int32_t* fresh) {
   Happenings happenings;
@@ -245,5 +250,7 @@ void Mailbox::Raise(const Wanting& wanting) {
   state_.chat.AddConversation(wanting.cid);
   hooks_.wanting(wanting.cid);
 }
+
+void Mailbox::Raise(const Tribal& tribal) { hooks_.tribal(tribal.what, tribal.offline); }
 
 }  // namespace imsdk::account

@@ -46,14 +46,20 @@ class Mailbox {
   struct Wanting {
     biz::IMConversationID cid;
   };
+  // A tribe changed.
+  struct Tribal {
+    link::TribeHappening what;
+    bool offline = false;
+  };
   using Happening =
-      std::variant<New, Sent, Quiet, Archived, Withdrawn, PeerRead, ReadElsewhere, Wanting>;
+      std::variant<New, Sent, Quiet, Archived, Withdrawn, PeerRead, ReadElsewhere, Wanting, Tribal>;
   using Happenings = std::vector<Happening>;
 
   // What others do about it.
   struct Hooks {
     std::function<void(const biz::IMMessage&, std::int64_t svrtime)> archived;
     std::function<void(const biz::IMConversationID&)> wanting;
+    std::function<void(const link::TribeHappening&, bool offline)> tribal;
   };
 
   explicit Mailbox(AccountState& state) : state_(state) {}
@@ -83,6 +89,7 @@ class Mailbox {
   void Keep(const link::Batch& batch, const link::PeerRead& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::ReadElsewhere& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::Membership& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::TribeHappening& from, Happenings& happenings);
   // What a message that the account has already may tell besides.
   void KeepNews(const link::Message& from, Happenings& happenings);
 
@@ -93,6 +100,7 @@ class Mailbox {
   void Raise(const PeerRead& read);
   void Raise(const ReadElsewhere& read);
   void Raise(const Wanting& wanting);
+  void Raise(const Tribal& tribal);
   // `news` are of one type of conversation.
   void RaiseNew(std::vector<New> news, bool offline, bool more);
   void Tell(Happenings happenings, bool offline, bool more);

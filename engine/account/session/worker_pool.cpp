@@ -1,27 +1,41 @@
 #include "account/session/worker_pool.h"
 
-#include <stdexcept>
-
-#include "account/store/open_stores.h"
+#include <algorithm>
 
 namespace imsdk::account {
 
-WorkerPool::WorkerPool(std::size_t threads) {
-  for (std::size_t i = 0; i < threads; ++i) {
-    threads_.push_back(std::make_unique<base::Thread>("ImAccounts" + std::to_string(i)));
-    if (!threads_.back()->Start()) throw std::runtime_error("the system gives no threads");
-    workers_.push_back({threads_.back()->task_runner(), std::make_shared<OpenStores>()});
+namespace {
+
+constexpr std::chrono::milliseconds kTimeToFinish{1000};
+
+}  // namespace
+
+WorkerPool::WorkerPool(std::size_t threads) : turns_(threads), first_(Make()) {}
+
+void WorkerPool::Hurry() { patience_->EndAfter(kTimeToFinish); }
+
+Worker WorkerPool::Make() {
+  auto runner = turns_.NewRunner();
+  auto stores = std::make_shared<OpenStores>(open_, runner);
+  return {std::move(runner), std::move(stores), patience_};
+}
+
+Worker WorkerPool::For(const biz::IMUserID& user) {
+  base::AutoLock hold(lock_);
+  if (known_.size() >= sweep_at_) {
+    // Names that somebody only tried.
+    std::erase_if(known_, [](const auto& entry) { return entry.second.runner.expired(); });
+    sweep_at_ = std::max<std::size_t>(64, 2 * known_.size());
   }
-}
-
-WorkerPool::~WorkerPool() { Stop(); }
-
-void WorkerPool::Stop() {
-  for (const auto& thread : threads_) thread->Stop();
-}
-
-const Worker& WorkerPool::For(const biz::IMUserID& user) const {
-  return workers_[std::hash<biz::IMUserID>{}(user) % workers_.size()];
+  Known& known = known_[user];
+  Worker worker{known.runner.lock(), known.stores.lock(), patience_};
+  if (!worker.runner) {
+    worker = Make();
+  } else if (!worker.stores) {
+    worker.stores = std::make_shared<OpenStores>(open_, worker.runner);
+  }
+  known = {worker.runner, worker.stores};
+  return worker;
 }
 
 }  // namespace imsdk::account

@@ -1,40 +1,70 @@
 // The few threads on which all accounts of the engine live.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory>
-#include <vector>
+#include <unordered_map>
 
+#include "account/session/turns.h"
+#include "account/store/open_stores.h"
 #include "imsdk/biz/user_id.h"
-#include "kexbase/thread.h"
+#include "kexbase/lock.h"
 
 namespace imsdk::account {
 
-class OpenStores;
+// How long the engine still has when it stops. Any thread.
+class Patience {
+ public:
+  using Clock = std::chrono::steady_clock;
 
-// One thread of the pool. An account stays on its worker, so that its work is in sequence without
-// a lock; so do the database connections of the worker's accounts.
+  void EndAfter(std::chrono::milliseconds left) { end_ = (Clock::now() + left).time_since_epoch(); }
+  // What is not begun by now is not begun any more.
+  bool over() const { return Clock::now().time_since_epoch() >= end_.load(); }
+
+ private:
+  std::atomic<Clock::duration> end_{Clock::duration::max()};
+};
+
+// Where one account works: a sequence of its own, without locks, and the bookkeeping of the
+// database connection that it may have open.
 struct Worker {
   std::shared_ptr<base::TaskRunner> runner;
   std::shared_ptr<OpenStores> stores;
+  std::shared_ptr<const Patience> patience;
 };
 
 class WorkerPool {
  public:
   // Throws `std::runtime_error` when the system gives no threads.
   explicit WorkerPool(std::size_t threads);
-  ~WorkerPool();
 
-  // Runs what was posted before the call and ends the threads.
-  void Stop();
+  // Begins the end: what is posted already has a second to be done.
+  void Hurry();
+  // Runs what was posted before the call and ends the threads. With `Hurry` before it, two seconds
+  // at most.
+  void Stop() { turns_.Stop(); }
 
-  // The worker of this account, the same one each time.
-  const Worker& For(const biz::IMUserID& user) const;
-  const Worker& First() const { return workers_.front(); }
+  // The worker of this account, the same sequence as long as somebody holds it. Any thread.
+  Worker For(const biz::IMUserID& user);
+  // One that belongs to no account.
+  const Worker& First() const { return first_; }
 
  private:
-  std::vector<std::unique_ptr<base::Thread>> threads_;
-  std::vector<Worker> workers_;
+  Worker Make();
+
+  Turns turns_;
+  const std::shared_ptr<OpenList> open_ = std::make_shared<OpenList>();
+  const std::shared_ptr<Patience> patience_ = std::make_shared<Patience>();
+  const Worker first_;
+  base::Lock lock_;
+  struct Known {
+    std::weak_ptr<base::TaskRunner> runner;
+    std::weak_ptr<OpenStores> stores;
+  };
+  std::unordered_map<biz::IMUserID, Known> known_;
+  std::size_t sweep_at_ = 64;
 };
 
 }  // namespace imsdk::account

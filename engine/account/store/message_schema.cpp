@@ -89,6 +89,13 @@ constexpr const char* kSchema[] = {R"sql(
   CREATE TRIGGER search_change AFTER UPDATE OF place, msgtype, body ON messages BEGIN
     )sql" TAKE_FROM_INDEX ADD_TO_INDEX R"sql(
   END;
+)sql",
+                                   // What of a body is words has changed, and an index without
+                                   // content forgets only what it is told as it was.
+                                   R"sql(
+  INSERT INTO search(search) VALUES('delete-all');
+  INSERT INTO search(rowid, facets, body)
+    SELECT place, )sql" FACETS("messages") R"sql(, body FROM messages;
 )sql"};
 
 void Tokenize(std::string_view text, bool query,

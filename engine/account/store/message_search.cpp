@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "account/conversations/page_limits.h"
@@ -16,10 +17,6 @@ namespace imsdk::account {
 namespace {
 
 constexpr std::int32_t kMostNumbered = 100;  // on a page that goes by number, which is never cut
-
-// Each word, each letter of an unparted script and each kind is a reader of the index of its own.
-constexpr std::size_t kMostLetters = 1024;  // of all keywords together
-constexpr std::size_t kMostTypes = 64;
 
 std::string InConversation(std::int64_t conversation) {
   return "facets : \"c" + base::NumberToString(conversation) + '"';
@@ -39,8 +36,10 @@ std::string OfKinds(const ChatKinds& kinds) {
 std::optional<std::string> Expression(const biz::IMSearchRequest& request,
                                       const std::string& where) {
   std::string expression;
+  std::set<std::string> known;
   for (const std::wstring& wide : request.keywords) {
     const std::string keyword = base::WideToUTF8(wide);
+    if (!known.insert(keyword).second) continue;
     const KeywordUnits has = UnitsOf(keyword);
     if (has.count == 0) return std::nullopt;
     expression += "body : \"";
@@ -63,13 +62,6 @@ std::optional<std::string> Expression(const biz::IMSearchRequest& request,
 }
 
 }  // namespace
-
-biz::ResultCode CheckSearch(const biz::IMSearchRequest& request) {
-  std::size_t letters = 0;
-  for (const std::wstring& keyword : request.keywords) letters += keyword.size();
-  if (letters <= kMostLetters && request.msgtypes.size() <= kMostTypes) return {};
-  return {biz::kEngineTooLarge, 0, L"the search asks for too much at once"};
-}
 
 MessageSearch::Visible MessageSearch::VisiblePart(std::int64_t conversation, bool ignore_boundary) {
   Visible visible;
@@ -112,7 +104,7 @@ std::vector<biz::IMMessage> MessageSearch::Load(const std::vector<std::int64_t>&
     auto row = store_.Use().Prepare(MESSAGE_QUERY "WHERE m.place=?", place);
     if (!row.Step()) continue;
     messages.push_back(ReadMessage(row, self_));
-    text += messages.back().msgbody.size();
+    text += messages.back().msgbody.size() + messages.back().extinfo.others.size();
   }
   return messages;
 }
@@ -204,6 +196,7 @@ std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const biz::IMConversation
   if (!at.is_end() && !older) range.first = std::max(range.first, places_.LastBefore(at) + 1);
 
   const auto count = static_cast<std::size_t>(CountOf(request.count));
+  std::size_t text = 0;
   std::vector<biz::IMMsgPicture> pictures;
   const std::string expression = "facets : \"p\" AND " + InConversation(conversation);
   Walk(expression, visible, older, [&](std::int64_t place) {
@@ -222,10 +215,12 @@ std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const biz::IMConversation
       }
       if (older) std::reverse(inside.begin(), inside.end());
       for (auto& picture : inside) {
-        if (pictures.size() < count) pictures.push_back(std::move(picture));
+        if (pictures.size() == count || text > kMostText) break;
+        text += picture.url.size() + picture.extInfo.size();
+        pictures.push_back(std::move(picture));
       }
     }
-    return pictures.size() < count;
+    return pictures.size() < count && text <= kMostText;
   });
   if (older) std::reverse(pictures.begin(), pictures.end());
   return pictures;

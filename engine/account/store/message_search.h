@@ -17,11 +17,8 @@ namespace imsdk::account {
 // Kinds of conversation that belong together.
 using ChatKinds = std::vector<biz::IMCIDType>;
 
-// Refuses with `kEngineTooLarge` what would cost a search too much. Any thread.
-biz::ResultCode CheckSearch(const biz::IMSearchRequest& request);
-
 // Used on the account's worker only. Every function may throw `sqlite::Error`. Keywords are plain
-// text without a syntax. Requests have passed `CheckSearch`.
+// text without a syntax. Requests keep their bounds.
 class MessageSearch {
  public:
   MessageSearch(LazyStore& store, ConversationTable& conversations, Parts& parts,

@@ -8,9 +8,9 @@
 
 namespace imsdk::account {
 
-MessageStore::MessageStore(const std::filesystem::path& file, const biz::IMUserID& self,
+MessageStore::MessageStore(const sqlite::StorePlace& place, const biz::IMUserID& self,
                            std::shared_ptr<OpenStores> open)
-    : self_(self), lazy_(file, std::move(open), PrepareMessageStore) {}
+    : self_(self), lazy_(place, std::move(open), PrepareMessageStore) {}
 
 std::string MessageStore::LinkPosition() {
   auto row = database().Prepare("SELECT position FROM session");
@@ -33,6 +33,23 @@ void MessageStore::LosePosition() {
     if (parts_.Current(conversation).empty()) continue;
     parts_.OpenHole(conversation);
     conversations_.SetWanting(conversation, true);
+  }
+}
+
+void MessageStore::Recover(const sqlite::Loss& loss) {
+  // A store that fell back is right as far as it goes. What was read out of a damaged one may lack
+  // anything, so it says nothing of how far the server was read.
+  if (loss.kind == sqlite::Loss::Kind::kFellBack) return;
+  SetLinkPosition({});
+  if (loss.complete) return;
+  // Numbers of conversations and users that are lost are given to others.
+  database().Execute(
+      "DELETE FROM messages WHERE conversation NOT IN (SELECT id FROM conversations) "
+      "OR (sender<>0 AND sender NOT IN (SELECT id FROM users))");
+  for (const char* table : {"below_holes", "holes", "deleted"}) {
+    database().Execute((std::string("DELETE FROM ") + table +
+                        " WHERE conversation NOT IN (SELECT id FROM conversations)")
+                           .c_str());
   }
 }
 
@@ -154,6 +171,14 @@ std::optional<Unsent> MessageStore::FindUnsent(const biz::IMConversationID& cid,
                                 msgid, conversations_.Find(cid));
   if (!row.Step()) return std::nullopt;
   return Unsent{ReadMessage(row, self_), row.Bool(kCompleteColumn)};
+}
+
+std::int64_t MessageStore::TimeToSend(const biz::IMConversationID& cid, std::int64_t now) {
+  auto row = database().Prepare(
+      "SELECT iif(sender=0, msgtime, min(msgtime, svrtime)) FROM messages WHERE conversation=? "
+      "ORDER BY place DESC LIMIT 1",
+      conversations_.Find(cid));
+  return row.Step() ? std::max(now, row.Int64(0) + 1) : now;
 }
 
 std::int64_t MessageStore::OwnBefore(const biz::IMConversationID& cid, std::int64_t msgid) {

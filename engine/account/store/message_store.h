@@ -71,11 +71,13 @@ struct Removed {
 // more than one row belong into a transaction of the caller's (`GroupCommit` gives one).
 class MessageStore {
  public:
-  MessageStore(const std::filesystem::path& file, const biz::IMUserID& self,
+  MessageStore(const sqlite::StorePlace& place, const biz::IMUserID& self,
                std::shared_ptr<OpenStores> open);
 
   sqlite::Database& database() { return lazy_.Use(); }
   void Close() { lazy_.Close(); }
+  // What the store was found to have lost when it was opened, once.
+  std::optional<sqlite::Loss> TakeLoss() { return lazy_.TakeLoss(); }
   // What is kept of a conversation as a whole: read boundary, membership, shield.
   ConversationTable& conversations() { return conversations_; }
   Parts& parts() { return parts_; }
@@ -88,6 +90,13 @@ class MessageStore {
   // The server knows the position no more: what has come since is fetched as history. All that is
   // here lies below a hole.
   void LosePosition();
+  // Does what can be done at once about a loss; the rest comes from the server.
+  void Recover(const sqlite::Loss& loss);
+  // Whether the server is to send what was lost, and the name under which it knows the store of
+  // this life, for one that was lost is to it another device.
+  bool IsMending() { return sqlite::IsMending(database()); }
+  std::string Generation() { return sqlite::GenerationOf(database()); }
+  void SetMended() { sqlite::SetMended(database()); }
 
   // message_arrivals.cpp
 
@@ -167,6 +176,10 @@ class MessageStore {
   // Conversation and identifier of every message that failed.
   std::vector<std::pair<biz::IMConversationID, std::int64_t>> Failed();
   std::optional<Unsent> FindUnsent(const biz::IMConversationID& cid, std::int64_t msgid);
+  // The time for a message that is sent at `now`: later than the conversation's newest one, so that
+  // a clock that was set back does not put it out of sight behind others. A time that only the
+  // clock of another sender says does not count.
+  std::int64_t TimeToSend(const biz::IMConversationID& cid, std::int64_t now);
   // The account's own message before this one in the conversation, of those that did not fail; 0
   // when there is none.
   std::int64_t OwnBefore(const biz::IMConversationID& cid, std::int64_t msgid);

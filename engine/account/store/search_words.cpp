@@ -6,6 +6,9 @@
 #include <iterator>
 #include <vector>
 
+#include "kexbase/message_body.h"
+#include "kexbase/strings.h"
+
 namespace imsdk::account {
 
 namespace {
@@ -142,31 +145,6 @@ void Walk(std::string_view text, Emit emit) {
   end_word();
 }
 
-bool IsSpace(char letter) { return letter == ' ' || (letter >= '\t' && letter <= '\r'); }
-
-constexpr std::string_view kPictures[] = {"pic:impicture|", "pic:imemotion|"};
-constexpr std::string_view kFile = "file:";
-constexpr std::string_view kFilePath = "|filepath=";
-constexpr std::size_t kLongestFileName = 1024;  // in bytes; no file system takes so many
-
-// The length of a token's beginning at the front of `text`, and whether the token ends there or
-// goes on up to white space. 0 when there is no token.
-struct TokenHead {
-  std::size_t length = 0;
-  bool hides = false;
-};
-
-TokenHead TokenAt(std::string_view text) {
-  for (const auto picture : kPictures) {
-    if (text.starts_with(picture)) return {picture.size(), true};
-  }
-  if (text.starts_with(kFilePath)) return {kFilePath.size(), true};
-  if (!text.starts_with(kFile)) return {};
-  const auto bar = text.substr(0, kLongestFileName).find('|');
-  const bool token = bar != text.npos && text.substr(bar).starts_with(kFilePath);
-  return token ? TokenHead{kFile.size(), false} : TokenHead{};
-}
-
 }  // namespace
 
 void SearchUnits(std::string_view text, const std::function<void(std::string_view)>& emit) {
@@ -183,22 +161,17 @@ KeywordUnits UnitsOf(std::string_view keyword) {
 }
 
 std::string SearchableText(std::string_view body) {
-  std::string text;
-  text.reserve(body.size());
-  while (!body.empty()) {
-    const char letter = body.front();
-    const TokenHead head =
-        letter == 'p' || letter == 'f' || letter == '|' ? TokenAt(body) : TokenHead{};
-    if (head.length == 0) {
-      text += letter;
-      body.remove_prefix(1);
-      continue;
+  if (body.find('|') == body.npos) return std::string(body);  // every token has one
+  std::wstring text;
+  const std::wstring wide = base::UTF8ToWide(body);
+  for (const base::BodyPart& part : base::ReadBody(wide)) {
+    if (part.kind == base::BodyPart::kText) {
+      text += part.source;
+    } else {
+      text.append(L" ").append(part.name).append(L" ");
     }
-    text += ' ';
-    body.remove_prefix(head.length);
-    while (head.hides && !body.empty() && !IsSpace(body.front())) body.remove_prefix(1);
   }
-  return text;
+  return base::WideToUTF8(text);
 }
 
 }  // namespace imsdk::account

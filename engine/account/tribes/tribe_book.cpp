@@ -1,0 +1,263 @@
+#include "account/tribes/tribe_book.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "account/tribes/tribe_changes.h"
+#include "kexbase/callback.h"
+
+namespace imsdk::account {
+
+namespace {
+
+// Rosters that are kept: so many of them, and so many members in all but one.
+constexpr std::size_t kMostRosters = 16;
+constexpr std::size_t kMostMembers = 200'000;
+constexpr std::chrono::milliseconds kCountPause{1'000};
+
+}  // namespace
+
+void TribeBook::ShallowLogin(biz::IMCallback<> done) {
+  if (open_) return done({});
+  waiting_.push_back(std::move(done));
+  if (!std::exchange(fetching_, true)) FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
+}
+
+void TribeBook::FetchTribes(std::uint64_t fetch, const std::shared_ptr<Tribes>& found,
+                            std::string place) {
+  state_->line->Ask(link::GetTribes{false, std::move(place)},
+                    [weak = weak_from_this(), fetch, found](const biz::ResultCode& result,
+                                                            const link::Tribes& part) {
+                      const auto self = weak.lock();
+                      if (!self || fetch != self->last_fetch_) return;
+                      for (const biz::IMTribeInfo& tribe : part.tribes) {
+                        found->insert_or_assign(tribe.tribeid, tribe);
+                      }
+                      if (result.ok() && !part.next.empty()) {
+                        return self->FetchTribes(fetch, found, part.next);
+                      }
+                      self->FetchedTribes(result, std::move(*found));
+                    });
+}
+
+void TribeBook::FetchedTribes(const biz::ResultCode& result, Tribes found) {
+  fetching_ = false;
+  bool first = false;
+  if (result.ok()) {
+    tribes_ = std::move(found);
+    first = !open_.exchange(true);
+  } else {
+    lost_ = lost_ || open_;
+  }
+  for (const auto& done : std::exchange(waiting_, {})) done(result);
+  if (first) state_->tribe_mgr_events.on_shallow_login();
+  for (const Told& told : std::exchange(held_, {})) Happened(told.happening, told.offline);
+}
+
+void TribeBook::DeepLogin(biz::IMTribeID tribe, biz::IMCallback<> done) {
+  if (!open_) return done(NoTribesYet());
+  if (!Find(tribe)) return done(NoMemberOf());
+  OpenRoster& open = rosters_[tribe];
+  used_.remove(tribe);
+  used_.push_front(tribe);
+  if (open.complete) return done({});
+  open.waiting.push_back(std::move(done));
+  if (open.waiting.size() == 1) Renew(tribe);
+}
+
+void TribeBook::Renew(biz::IMTribeID tribe) {
+  OpenRoster& open = rosters_.at(tribe);
+  open.coming = {};
+  open.fetch = ++last_member_fetch_;
+  FetchMembers(tribe, open.fetch, {});
+}
+
+void TribeBook::FetchMembers(biz::IMTribeID tribe, std::uint64_t fetch, std::string place) {
+  state_->line->Ask(link::GetTribeMembers{tribe, std::move(place), true},
+                    [weak = weak_from_this(), tribe, fetch](const biz::ResultCode& result,
+                                                            const link::TribeMembers& part) {
+                      const auto self = weak.lock();
+                      if (!self) return;
+                      const auto open = self->rosters_.find(tribe);
+                      if (open == self->rosters_.end() || open->second.fetch != fetch) return;
+                      if (!result.ok()) return self->FetchedMembers(tribe, result);
+                      Roster& coming = open->second.coming;
+                      // What was told meanwhile is newer.
+                      for (const biz::IMTribeMember& member : part.members) {
+                        if (!coming.Find(member.userid)) coming.PutFresh(member);
+                      }
+                      coming.online = part.online;
+                      if (!part.next.empty()) return self->FetchMembers(tribe, fetch, part.next);
+                      self->FetchedMembers(tribe, {});
+                    });
+}
+
+void TribeBook::FetchedMembers(biz::IMTribeID tribe, const biz::ResultCode& result) {
+  OpenRoster& open = rosters_.at(tribe);
+  const auto waiting = std::exchange(open.waiting, {});
+  open.fetch = 0;
+  if (result.ok()) {
+    open.roster = std::exchange(open.coming, {});
+    open.complete = true;
+    CloseOldRosters();
+  } else if (!open.complete) {
+    CloseRoster(tribe);
+  }
+  for (const auto& done : waiting) done(result);
+}
+
+void TribeBook::CloseRoster(biz::IMTribeID tribe) {
+  const auto open = rosters_.find(tribe);
+  if (open == rosters_.end()) return;
+  const auto waiting = std::move(open->second.waiting);
+  rosters_.erase(open);
+  used_.remove(tribe);
+  recount_.erase(tribe);
+  for (const auto& done : waiting) done(NoMemberOf());
+}
+
+void TribeBook::CloseOldRosters() {
+  std::size_t members = 0;
+  for (const auto& [tribe, open] : rosters_) members += open.roster.size();
+  while (rosters_.size() > 1 && (rosters_.size() > kMostRosters || members > kMostMembers)) {
+    const biz::IMTribeID oldest = used_.back();
+    members -= rosters_.at(oldest).roster.size();
+    CloseRoster(oldest);
+    state_->line->Ask(link::GetTribeMembers{oldest, {}, false},
+                      [](const biz::ResultCode&, const link::TribeMembers&) {});
+  }
+}
+
+const biz::IMTribeInfo* TribeBook::Find(biz::IMTribeID tribe) {
+  const auto found = tribes_.find(tribe);
+  if (found == tribes_.end()) return nullptr;
+  found->second.mine.unread = state_->chat.Unread(biz::IMConversationID(tribe));
+  return &found->second;
+}
+
+std::vector<biz::IMTribeInfo> TribeBook::All() {
+  std::vector<biz::IMTribeInfo> all;
+  all.reserve(tribes_.size());
+  for (const auto& [tribe, info] : tribes_) all.push_back(*Find(tribe));
+  return all;
+}
+
+Roster* TribeBook::RosterOf(biz::IMTribeID tribe) {
+  const auto open = rosters_.find(tribe);
+  if (open == rosters_.end() || !open->second.complete) return nullptr;
+  return &open->second.roster;
+}
+
+void TribeBook::SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type) {
+  const auto found = tribes_.find(tribe);
+  if (found != tribes_.end()) found->second.mine.remind = type;
+}
+
+void TribeBook::Happened(const link::TribeHappening& happening, bool offline) {
+  const Told told{happening, offline};
+  if (fetching_) return held_.push_back(told);
+  const auto learning = learning_.find(happening.tribe);
+  if (learning != learning_.end()) return learning->second.push_back(told);
+  const auto* joined = std::get_if<link::TribeJoined>(&happening.change);
+  if (open_ && joined && joined->member.userid == state_->self) return Learn(told);
+  Carry(told);
+}
+
+void TribeBook::Learn(const Told& joined) {
+  const biz::IMTribeID tribe = joined.happening.tribe;
+  learning_[tribe].push_back(joined);
+  state_->line->Ask(link::GetTribe{tribe},
+                    [weak = weak_from_this(), tribe](const biz::ResultCode& result,
+                                                     const biz::IMTribeInfo& info) {
+                      if (const auto self = weak.lock()) self->Learned(tribe, result, info);
+                    });
+}
+
+void TribeBook::Learned(biz::IMTribeID tribe, const biz::ResultCode& result,
+                        const biz::IMTribeInfo& info) {
+  const auto held = learning_.extract(tribe);
+  if (result.ok() && info.mine.level != biz::kTribeNobody) tribes_.insert_or_assign(tribe, info);
+  // Without a link the list is fetched anew when it is back.
+  if (result.code == biz::kEngineNoLink || result.code == biz::kEngineTimeout) lost_ = true;
+  if (held.empty()) return;
+  Carry(held.mapped().front());
+  // A second joining among them is learned by itself.
+  for (std::size_t i = 1; i < held.mapped().size(); ++i) {
+    Happened(held.mapped()[i].happening, held.mapped()[i].offline);
+  }
+  if (!learning_.empty()) return;
+  for (const auto& then : std::exchange(when_learned_, {})) then();
+}
+
+void TribeBook::WhenLearned(std::function<void()> then) {
+  if (learning_.empty()) return then();
+  when_learned_.push_back(std::move(then));
+}
+
+void TribeBook::Carry(const Told& told) {
+  TakeNote(told.happening);
+  if (!told.offline) RaiseTribeChange(state_->tribe_mgr_events, told.happening);
+}
+
+void TribeBook::TakeNote(const link::TribeHappening& happening) {
+  const auto* left = std::get_if<link::TribeLeft>(&happening.change);
+  if (left && left->user == state_->self) {
+    tribes_.erase(happening.tribe);
+    return CloseRoster(happening.tribe);
+  }
+  const auto tribe = tribes_.find(happening.tribe);
+  if (tribe == tribes_.end()) return;
+  const std::int32_t before = tribe->second.members;
+  ChangeTribeInfo(happening, state_->self, &tribe->second);
+  const auto open = rosters_.find(happening.tribe);
+  if (open == rosters_.end()) return;
+  for (Roster* roster : {&open->second.roster, &open->second.coming}) {
+    ChangeRoster(happening, roster);
+  }
+  if (tribe->second.members != before) CountSoon(happening.tribe);
+}
+
+void TribeBook::Present(const link::TribePresence& presence) {
+  const auto open = rosters_.find(presence.tribe);
+  if (open == rosters_.end()) return;
+  for (Roster* roster : {&open->second.roster, &open->second.coming}) {
+    roster->online = presence.online;
+  }
+  for (const auto& [user, status] : presence.changed) {
+    open->second.coming.SetStatus(user, status);
+    if (!open->second.roster.SetStatus(user, status)) continue;
+    state_->tribe_mgr_events.on_member_status(presence.tribe, user, status);
+  }
+  CountSoon(presence.tribe);
+}
+
+void TribeBook::CountSoon(biz::IMTribeID tribe) {
+  const bool waits = !recount_.empty();
+  recount_.insert(tribe);
+  if (waits) return;
+  state_->runner->PostDelayedTask(
+      FROM_HERE, base::BindWeak(weak_from_this(), &TribeBook::TellCounts), kCountPause);
+}
+
+void TribeBook::TellCounts() {
+  for (const biz::IMTribeID tribe : std::exchange(recount_, {})) {
+    const Roster* roster = RosterOf(tribe);
+    if (!roster) continue;
+    state_->tribe_mgr_events.on_member_count(tribe, static_cast<std::uint32_t>(roster->online),
+                                             static_cast<std::uint32_t>(roster->size()));
+  }
+}
+
+void TribeBook::Connected() {
+  // Fetches that the lost link left open have failed, and with them whoever waited.
+  if (open_ && std::exchange(lost_, false)) {
+    fetching_ = true;
+    FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
+  }
+  for (const auto& [tribe, open] : rosters_) {
+    if (open.complete) Renew(tribe);
+  }
+}
+
+}  // namespace imsdk::account
