@@ -51,6 +51,10 @@ std::string BridgeLibrary::Describe() const {
   return document;
 }
 
+void BridgeLibrary::ReadCore(std::string_view json, bridge::CoreRecord* record) const {
+  manager_->ReadCoreRecord(json.data(), json.size(), record);
+}
+
 RefPtr<bridge::IIMSDKBridge> BridgeLibrary::NewBridge() const {
   return Create<bridge::IIMSDKBridge>(factory_, kClassIMSDKBridge, kIID_IIMSDKBridge);
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "bridge/imbridgemgr.h"
 #include "bridge/imsdkbridge.h"
@@ -26,6 +27,10 @@ class BridgeLibrary {
 
   // The description of the protocol to pages, JSON in UTF-8; empty when it cannot be had.
   std::string Describe() const;
+
+  // Reads a record of the messaging core from its JSON text, UTF-8: what the text lacks stays as it
+  // is there. Any thread.
+  void ReadCore(std::string_view json, bridge::CoreRecord* record) const;
 
   // A new bridge, or null when none can be made. Any thread.
   RefPtr<bridge::IIMSDKBridge> NewBridge() const;

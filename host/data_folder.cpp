@@ -10,17 +10,30 @@
 
 namespace imsdk::host {
 namespace fs = std::filesystem;
+namespace {
+
+constexpr char kLock[] = "host.lock";
+
+// Whether a host has used the folder before.
+bool HasLock(const fs::path& folder) {
+  std::error_code failure;
+  return fs::exists(folder / kLock, failure);
+}
+
+}  // namespace
 
 std::unique_ptr<DataFolder> DataFolder::Open(const fs::path& path, std::string* error) {
   std::error_code failure;
   const bool made = fs::create_directories(path, failure);
-  if (!failure && made) fs::permissions(path, fs::perms::owner_all, failure);
+  // A folder of somebody else's things keeps its rights, whatever is put beside them.
+  const bool own = made || (!failure && (fs::is_empty(path, failure) || HasLock(path)));
+  if (!failure && own) fs::permissions(path, fs::perms::owner_all, failure);
   const fs::path absolute = failure ? fs::path() : fs::canonical(path, failure);
   if (failure) {
     *error = "the data folder " + path.string() + " cannot be used: " + failure.message();
     return nullptr;
   }
-  const int lock = ::open((absolute / "host.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  const int lock = ::open((absolute / kLock).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (lock < 0) {
     *error = "the data folder " + path.string() + " cannot be written: " + std::strerror(errno);
     return nullptr;

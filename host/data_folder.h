@@ -10,8 +10,9 @@ namespace imsdk::host {
 // A data folder in use by this host and by no other one.
 class DataFolder {
  public:
-  // Makes the folder when it is missing, readable by the user alone, and locks it. Null when that
-  // fails or another host uses it; `*error` then says why.
+  // Makes the folder when it is missing and locks it. A folder that is new, empty or a host's
+  // already becomes readable by the user alone. Null when that fails or another host uses it;
+  // `*error` then says why.
   static std::unique_ptr<DataFolder> Open(const std::filesystem::path& path, std::string* error);
   ~DataFolder();
   DataFolder(const DataFolder&) = delete;

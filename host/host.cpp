@@ -1,5 +1,6 @@
 #include "host.h"
 
+#include <cstdio>
 #include <optional>
 #include <utility>
 
@@ -30,6 +31,11 @@ constexpr wchar_t kAppKey[] = L"cnbazaro";
 class Host::Impl final : public Backend {
  public:
   bool Start(const HostOptions& options, std::string* error) {
+    std::error_code failure;
+    if (!options.pages.empty() && !std::filesystem::is_directory(options.pages, failure)) {
+      *error = "there is no folder of pages " + options.pages.string();
+      return false;
+    }
     folder_ = DataFolder::Open(options.data, error);
     if (!folder_) return false;
     log_ = TraceLog::Open({folder_->path() / "logs", options.trace_file}, error);
@@ -39,6 +45,7 @@ class Host::Impl final : public Backend {
     if (!StartMessaging(options.demo, error)) return false;
     library_ = BridgeLibrary::Load(options.library, error);
     if (!library_) return false;
+    tribes_.emplace(*library_);
     token_ = RunToken::Open(folder_->path() / "run-token", options.token,
                             base::Time::Now().ToMilliseconds());
     if (!token_) {
@@ -48,9 +55,12 @@ class Host::Impl final : public Backend {
     ServerOptions server;
     server.port = options.port;
     server.web = options.web;
+    server.pages = options.pages;
+    server.origin = options.origin;
     server.data = folder_->path();
     server_ = Server::Start(
-        server, {*this, *token_, client_->windows(), log_->Logger(), client_->translation()},
+        server,
+        {*this, *token_, client_->windows(), log_->Logger(), client_->translation(), &*tribes_},
         error);
     if (!server_) return false;
     if (!token_->Save()) {
@@ -82,13 +92,15 @@ class Host::Impl final : public Backend {
     const biz::IMUserID user{kAppKey, base::UTF8ToWide(nick)};
     const auto accounts = kexcore::GetService<biz::IIMAccountMgr>();
     if (accounts->GetAccount(user)) return done({200, {}, user});
-    const std::wstring token = messaging_->IssueToken(user);
-    if (token.empty()) return done({404, "unknown account", user});
     const auto answer = [user, done = std::move(done)](const biz::ResultCode& result,
                                                        const biz::IMLoginGrant&) {
       if (result.ok()) return done({200, {}, user});
+      if (result.code == biz::kEngineUnknownUser) return done({404, "unknown account", user});
       done({503, "the account cannot be logged in: " + base::WideToUTF8(result.text), user});
     };
+    std::wstring token;
+    const biz::ResultCode issued = messaging_->IssueToken(user, &token);
+    if (!issued.ok()) return answer(issued, {});
     accounts->LoginByToken({user, token}, answer);
   }
 
@@ -105,14 +117,27 @@ class Host::Impl final : public Backend {
     const base::FilePath data = base::FilePath::FromUTF8(folder_->path().string());
     EmbeddedServerOptions server;
     server.data = data;
+    server.report = [this](const std::string& text) { Report(text); };
+    const bool fresh = !HoldsMessages(data);
     messaging_ = StartEmbeddedServer(server, error);
     if (!messaging_) return false;
-    if (demo && !messaging_->HasAccounts() && !FillDemoSet(data, *messaging_, error)) return false;
+    if (demo && fresh && !FillDemoSet(data, *messaging_, error)) return false;
+    if (demo && !messaging_->HasAccounts()) {
+      Report("there are no accounts, and the demo set is made only in a folder that is empty");
+    }
     EngineOptions engine;
     engine.data = data;
+    engine.report = server.report;
     engine.link = [this] { return messaging_->Link(); };
     engine_ = StartEngine(engine, error);
     return engine_ != nullptr;
+  }
+
+  // What a person should know, whether anybody reads the log or not.
+  void Report(const std::string& text) {
+    std::fprintf(stderr, "bridgehost: %s\n", text.c_str());
+    WriteTrace(*log_->Logger(), ns_log::kWarning, {"Host::Report", "host\\host"},
+               base::UTF8ToWide(text));
   }
 
   std::unique_ptr<DataFolder> folder_;
@@ -125,6 +150,7 @@ class Host::Impl final : public Backend {
   std::unique_ptr<EmbeddedServer> messaging_;
   std::unique_ptr<Engine> engine_;
   std::unique_ptr<BridgeLibrary> library_;
+  std::optional<TribeCalls> tribes_;
 };
 
 std::unique_ptr<Host> Host::Start(const HostOptions& options, std::string* error) {

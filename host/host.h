@@ -15,8 +15,11 @@ struct HostOptions {
   std::uint16_t port = 8787;         // 0: a free one
   std::filesystem::path data;        // everything the host keeps; made when missing
   bool demo = false;                 // fill an empty data folder with the demo set
+  bool check = false;                // only look through the data folder
   std::string token;                 // empty: a fresh random one
   std::filesystem::path trace_file;  // trace lines as JSON; empty for none
+  std::filesystem::path pages;       // served instead of the demo; empty for the demo
+  std::string origin;                // pages of this origin may come in too; empty for none
   std::filesystem::path web = BuiltPagesFolder();
   std::filesystem::path library = BridgeLibraryFile();
 };

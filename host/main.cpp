@@ -1,12 +1,17 @@
 // bridgehost: serves chat pages on the loopback address.
 
+#include <sys/stat.h>
+
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "bridge_library.h"
+#include "data_folder.h"
+#include "imsdk/check_folder.h"
 #include "options.h"
 #include "page/page_protocol.h"
 
@@ -41,6 +46,28 @@ int Describe() {
   return written ? 0 : kFailed;
 }
 
+// Says of a data folder what is whole. Starts nothing else, and changes nothing in it.
+int CheckData(const std::filesystem::path& path) {
+  using imsdk::FolderFinding;
+  std::string error = "there is no data folder " + path.string();
+  const bool there = std::filesystem::is_directory(path);
+  const auto folder = there ? imsdk::host::DataFolder::Open(path, &error) : nullptr;
+  if (!folder) {
+    std::fprintf(stderr, "bridgehost: %s\n", error.c_str());
+    return kFailed;
+  }
+  bool whole = true;
+  for (const auto& [name, state, text] :
+       imsdk::CheckFolder(base::FilePath::FromUTF8(folder->path().string()))) {
+    whole = whole && state != FolderFinding::State::kDamaged;
+    const std::string what = state == FolderFinding::State::kWhole      ? "whole"
+                             : state == FolderFinding::State::kSetAside ? "set aside earlier"
+                                                                        : "not whole: " + text;
+    std::printf("%s: %s\n", name.c_str(), what.c_str());
+  }
+  return whole ? 0 : kFailed;
+}
+
 int Run(const std::vector<std::string>& arguments) {
   using imsdk::host::Host;
   if (arguments.size() == 1 && arguments[0] == "--help") {
@@ -54,6 +81,8 @@ int Run(const std::vector<std::string>& arguments) {
     std::fprintf(stderr, "bridgehost: %s\n%s", error.c_str(), imsdk::host::kUsage.data());
     return kBadUsage;
   }
+  if (options.check) return CheckData(options.data);
+  ::umask(S_IRWXG | S_IRWXO);  // whatever is kept is the user's own
   const sigset_t stop_signals = BlockStopSignals();
   std::signal(SIGPIPE, SIG_IGN);
   const std::unique_ptr<Host> host = Host::Start(options, &error);
@@ -63,6 +92,10 @@ int Run(const std::vector<std::string>& arguments) {
   }
   std::printf("listening on %s\n", host->Address().c_str());
   std::fflush(stdout);
+  // Not on standard output, whose one line is read by scripts.
+  if (!options.origin.empty()) {
+    std::fprintf(stderr, "pages of %s may come in too\n", options.origin.c_str());
+  }
   int signal = 0;
   sigwait(&stop_signals, &signal);
   // A second signal ends the process at once, should stopping hang.

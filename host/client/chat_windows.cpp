@@ -10,6 +10,7 @@ namespace {
 
 // More windows than a view can show, fewer than would hurt.
 constexpr std::size_t kWindowsPerView = 64;
+constexpr std::size_t kLongestReport = 2048;  // bytes, more than two accounts' names take
 
 biz::IMUserID ReadUser(const base::Value* value) {
   const base::DictionaryValue* dict = value ? value->GetIfDict() : nullptr;
@@ -29,6 +30,12 @@ bool ReadFlag(const base::DictionaryValue& dict, std::string_view key) {
 
 }  // namespace
 
+void ChatWindows::SetViewAccount(const std::wstring& browserId, const biz::IMUserID& account) {
+  std::lock_guard hold(lock_);
+  if (account.empty() && !views_.contains(browserId)) return;
+  views_[browserId].account = account;
+}
+
 bool ChatWindows::IsVisible(const biz::IMUserID& account, const biz::IMConversationID& cid) {
   return Any(account, cid, &Window::visible);
 }
@@ -45,21 +52,29 @@ bool ChatWindows::Any(const biz::IMUserID& account, const biz::IMConversationID&
            (window.account.empty() || window.account == account);
   };
   return std::any_of(views_.begin(), views_.end(), [&](const auto& view) {
-    return std::any_of(view.second.begin(), view.second.end(), matches);
+    const auto& [owner, windows] = view.second;
+    return !owner.empty() && owner == account &&
+           std::any_of(windows.begin(), windows.end(), matches);
   });
 }
 
-bool ChatWindows::Report(const void* view, const biz::IMUserID& account, std::string_view json) {
+biz::IMUserID ChatWindows::AccountOf(const std::wstring& browserId) {
+  std::lock_guard hold(lock_);
+  const auto view = views_.find(browserId);
+  return view == views_.end() ? biz::IMUserID() : view->second.account;
+}
+
+bool ChatWindows::Report(const std::wstring& browserId, std::string_view json) {
+  if (json.size() > kLongestReport) return false;
   const std::optional<base::Value> value = base::JSONReader::Read(json);
   const base::DictionaryValue* dict = value ? value->GetIfDict() : nullptr;
   if (!dict) return false;
   Window window{ReadUser(dict->Find("account")), ReadUser(dict->Find("cid")),
                 ReadFlag(*dict, "visible"), ReadFlag(*dict, "activated")};
   if (!window.cid.valid()) return false;
-  if (!window.account.valid()) window.account = account;
 
   std::lock_guard hold(lock_);
-  std::vector<Window>& windows = views_[view];
+  std::vector<Window>& windows = views_[browserId].windows;
   std::erase_if(windows, [&](const Window& old) {
     return old.cid == window.cid && old.account == window.account;
   });
@@ -68,9 +83,9 @@ bool ChatWindows::Report(const void* view, const biz::IMUserID& account, std::st
   return true;
 }
 
-void ChatWindows::Drop(const void* view) {
+void ChatWindows::Drop(const std::wstring& browserId) {
   std::lock_guard hold(lock_);
-  views_.erase(view);
+  views_.erase(browserId);
 }
 
 }  // namespace imsdk::host

@@ -2,13 +2,15 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 
 #include "client/chat_windows.h"
+#include "client/picture_editor.h"
 #include "client/translation.h"
+#include "client/worker.h"
 #include "imsdk/client/dynamic_content.h"
 #include "imsdk/client/emotion_list.h"
 #include "imsdk/client/picture_editor.h"
-#include "kexbase/thread.h"
 #include "registered.h"
 
 namespace imsdk::host {
@@ -27,9 +29,10 @@ class ClientServices {
   const RefPtr<Translation>& translation() const { return translation_; }
 
  private:
-  base::Thread worker_;
+  const std::shared_ptr<Worker> worker_;
   const RefPtr<ChatWindows> windows_;
   const RefPtr<Translation> translation_;
+  const RefPtr<PictureEditor> editor_;
   const Registered<client::IChatWindowService> windows_entry_;
   const Registered<client::ITranslationService> translation_entry_;
   const Registered<client::IEmotionListService> emotions_entry_;

@@ -7,6 +7,7 @@
 #include "kexbase/json_reader.h"
 #include "kexbase/strings.h"
 #include "kexcom/result.h"
+#include "served_files.h"
 
 namespace imsdk::host {
 namespace {
@@ -30,15 +31,19 @@ void DynamicContent::GetContent(const biz::IMUserID&, const std::wstring& biz_ty
   if (!IsName(biz_type) || !IsName(biz_uuid)) {
     return done({E_INVALIDARG, 0, L"bizType and bizUuid are names of letters and digits"}, {});
   }
-  const auto read = [file = folder_ / biz_type / (biz_uuid + L".json"), done] {
-    const auto content = ReadFile(file, kLongestContent);
+  worker_->Do([data = data_, done, name = base::WideToUTF8(biz_type + L'/' + biz_uuid + L".json")](
+                  const biz::ResultCode& problem) {
+    if (!problem.ok()) return done(problem, {});
+    const std::filesystem::path folder = data / "dynamic";
+    const FoundFile found = FindInside(folder, folder, name);
+    const bool inside = found.status == 200 && FindInside(data, folder, name).status == 200;
+    const auto content = inside ? ReadFile(found.path, kLongestContent) : std::nullopt;
     if (!content) return done({biz::kEngineNotFound, 0, L"there is no such content"}, {});
     if (!base::JSONReader::Read(*content)) {
       return done({E_UNEXPECTED, 0, L"the content is no JSON"}, {});
     }
     done({}, base::UTF8ToWide(*content));
-  };
-  if (!runner_->PostTask(FROM_HERE, read)) done({E_UNEXPECTED, 0, L"the host stops"}, {});
+  });
 }
 
 }  // namespace imsdk::host

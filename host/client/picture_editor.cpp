@@ -21,6 +21,7 @@ namespace {
 constexpr std::size_t kLargestFile = 32u << 20;  // bytes
 constexpr std::size_t kMostPixels = 64u << 20;   // of the picture that is edited
 constexpr unsigned kChannels = 4;                // red, green, blue, opacity
+constexpr int kMostWaiting = 16;
 
 struct Pixels {
   unsigned width = 0;
@@ -61,9 +62,10 @@ std::string Encode(const Pixels& pixels) {
 }
 
 // Each pixel becomes the mean of those it covers; colours weigh as much as they are opaque.
-Pixels ScaleDown(const Pixels& from, unsigned width, unsigned height) {
+Pixels ScaleDown(const Pixels& from, unsigned width, unsigned height,
+                 const std::atomic<bool>& stop) {
   Pixels to{width, height, std::vector<png_byte>(std::size_t{width} * height * kChannels)};
-  for (unsigned y = 0; y < height; ++y) {
+  for (unsigned y = 0; y < height && !stop; ++y) {
     const std::size_t top = std::size_t{y} * from.height / height;
     const std::size_t bottom = std::max(top + 1, std::size_t{y + 1} * from.height / height);
     for (unsigned x = 0; x < width; ++x) {
@@ -88,18 +90,22 @@ Pixels ScaleDown(const Pixels& from, unsigned width, unsigned height) {
   return to;
 }
 
-Pixels Fit(Pixels pixels) {
+Pixels Fit(Pixels pixels, const std::atomic<bool>& stop) {
   const unsigned longest = std::max(pixels.width, pixels.height);
   if (longest <= kLongestSide) return pixels;
   const auto scaled = [longest](unsigned side) {
     return std::max(1u, static_cast<unsigned>(std::uint64_t{side} * kLongestSide / longest));
   };
-  return ScaleDown(pixels, scaled(pixels.width), scaled(pixels.height));
+  return ScaleDown(pixels, scaled(pixels.width), scaled(pixels.height), stop);
 }
+
+biz::ResultCode HostStops() { return {E_UNEXPECTED, 0, L"the host stops"}; }
 
 // The edited picture's path relative to `data`.
 biz::ResultCode Edit(const std::filesystem::path& data, const base::FilePath& file,
-                     const std::wstring& md5, base::FilePath* edited) {
+                     const std::wstring& md5, const std::atomic<bool>& stop,
+                     base::FilePath* edited) {
+  if (stop) return HostStops();
   const FoundFile found = FindInside(data / "files", data, base::WideToUTF8(file.value()));
   const auto content = found.status == 200 ? ReadFile(found.path, kLargestFile) : std::nullopt;
   if (!content) return {biz::kEngineNotFound, 0, L"there is no such picture"};
@@ -107,7 +113,9 @@ biz::ResultCode Edit(const std::filesystem::path& data, const base::FilePath& fi
     return {E_INVALIDARG, 0, L"the picture is another one"};
   }
   auto pixels = Decode(*content);
-  const std::string made = pixels ? Encode(Fit(std::move(*pixels))) : std::string();
+  if (pixels) pixels = Fit(std::move(*pixels), stop);
+  if (stop) return HostStops();
+  const std::string made = pixels ? Encode(*pixels) : std::string();
   if (made.empty()) return {E_INVALIDARG, 0, L"this is no PNG that can be edited"};
   const std::string name = "files/edited/" + base::MD5String(made) + ".png";
   std::error_code failure;
@@ -122,12 +130,25 @@ biz::ResultCode Edit(const std::filesystem::path& data, const base::FilePath& fi
 
 void PictureEditor::EditImage(const base::FilePath& file, const std::wstring& md5,
                               client::IMEditCallback done) {
-  const auto edit = [data = data_, file, md5, done] {
+  if (++waiting_ > kMostWaiting) {
+    --waiting_;
+    return done({biz::kEngineBusy, 0, L"too many pictures wait to be edited"}, {});
+  }
+  const auto edit = [this, file, md5, done] {
     base::FilePath edited;
-    const biz::ResultCode result = Edit(data, file, md5, &edited);
+    const biz::ResultCode result = Edit(data_, file, md5, stopped_, &edited);
+    --waiting_;
     done(result, edited);
   };
-  if (!runner_->PostTask(FROM_HERE, edit)) done({E_UNEXPECTED, 0, L"the host stops"}, {});
+  if (!thread_.task_runner()->PostTask(FROM_HERE, edit)) {
+    --waiting_;
+    done(HostStops(), {});
+  }
+}
+
+void PictureEditor::Stop() {
+  stopped_ = true;
+  thread_.Stop();
 }
 
 }  // namespace imsdk::host

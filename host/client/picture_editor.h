@@ -1,10 +1,12 @@
 // Makes pictures ready for sending.
 #pragma once
 
+#include <atomic>
 #include <filesystem>
+#include <utility>
 
 #include "imsdk/client/picture_editor.h"
-#include "kexbase/task_runner.h"
+#include "kexbase/thread.h"
 
 namespace imsdk::host {
 
@@ -12,12 +14,15 @@ namespace imsdk::host {
 inline constexpr unsigned kLongestSide = 2048;
 
 // Scales a PNG down to `kLongestSide` and leaves out everything but its pixels: no texts, times or
-// places. Takes and writes files under the folder "files" of the data folder only. Works on
-// `runner`.
+// places. Takes and writes files under the folder "files" of the data folder only. One picture
+// after another on a thread of its own; too many that wait are refused as busy.
 class PictureEditor final : public RefPtrCounted<client::IPictureEditorService> {
  public:
-  PictureEditor(std::filesystem::path data, std::shared_ptr<base::TaskRunner> runner)
-      : data_(std::move(data)), runner_(std::move(runner)) {}
+  explicit PictureEditor(std::filesystem::path data) : data_(std::move(data)) { thread_.Start(); }
+
+  // Gives up the picture that is edited and fails those that wait. Called once by the owner; what
+  // is asked later fails too.
+  void Stop();
 
   // A relative path starts at the data folder.
   void EditImage(const base::FilePath& file, const std::wstring& md5,
@@ -25,7 +30,9 @@ class PictureEditor final : public RefPtrCounted<client::IPictureEditorService> 
 
  private:
   const std::filesystem::path data_;
-  const std::shared_ptr<base::TaskRunner> runner_;
+  std::atomic<bool> stopped_{false};
+  std::atomic<int> waiting_{0};
+  base::Thread thread_{"PictureEditor"};
 };
 
 }  // namespace imsdk::host

@@ -19,8 +19,8 @@ namespace imsdk::host {
 //   {"program": "apertium", "args": ["-u", "eng-spa"], "enable": 1}
 //
 // It gets a text as its standard input and writes the translation to its standard output. Without
-// the file no translation is set up. Messages are translated one after another on a thread of
-// their own.
+// the file no translation is set up. The file is read whenever it has changed. Messages are
+// translated one after another on a thread of their own.
 class Translation final : public RefPtrCounted<client::ITranslationService> {
  public:
   explicit Translation(std::filesystem::path file, ProgramLimits limits = {});
@@ -39,15 +39,35 @@ class Translation final : public RefPtrCounted<client::ITranslationService> {
   TranslationEvents& Events() override { return events_; }
 
  private:
+  struct Settings {
+    std::vector<std::string> command;  // empty: none is set up
+    bool enabled = false;
+  };
+  // What tells whether the file has changed.
+  struct Stamp {
+    std::filesystem::file_time_type time{};
+    std::uintmax_t size = 0;
+    bool operator==(const Stamp&) const = default;
+  };
+
+  static Stamp StampOf(const std::filesystem::path& file);
+  // What the file says now.
+  Settings Current();
+  // Reads the file if it changed. Under `lock_`.
+  void Read();
+  // Keeps the switch; gives what holds now.
+  bool Switch(bool on);
+  void Watch();
+  void Tell();
   // Why nothing can be translated now; good when it can.
-  biz::ResultCode Problem();
-  void Save();
+  biz::ResultCode Problem(const Settings& settings);
 
   const std::filesystem::path file_;
   const ProgramLimits limits_;
-  std::vector<std::string> command_;  // empty: none is set up
-  std::mutex save_lock_;
-  std::atomic<bool> enabled_{false};
+  std::mutex lock_;
+  Settings settings_;              // under lock_
+  Stamp stamp_;                    // of the file that settings_ come from; under lock_
+  std::atomic<bool> told_{false};  // what pages were told last
   std::atomic<bool> stopped_{false};
   std::atomic<int> waiting_{0};
   TranslationEvents events_;

@@ -3,10 +3,12 @@
 #include <spdlog/details/log_msg.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
+#include <sys/stat.h>
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <exception>
 #include <mutex>
 #include <thread>
@@ -24,6 +26,19 @@ spdlog::level::level_enum SpdlogLevel(int level) {
   return level >= ns_log::kWarning ? spdlog::level::warn : spdlog::level::info;
 }
 
+// What is traced is the user's own. Devices and pipes are left as they are.
+void KeepPrivate(std::FILE* file) {
+  const int handle = ::fileno(file);
+  struct stat about {};
+  if (::fstat(handle, &about) == 0 && S_ISREG(about.st_mode)) ::fchmod(handle, S_IRUSR | S_IWUSR);
+}
+
+spdlog::file_event_handlers Private() {
+  spdlog::file_event_handlers handlers;
+  handlers.after_open = [](const spdlog::filename_t&, std::FILE* file) { KeepPrivate(file); };
+  return handlers;
+}
+
 }  // namespace
 
 // The sinks and the thread that flushes them.
@@ -31,10 +46,12 @@ class TraceLog::Files {
  public:
   explicit Files(const TraceLogOptions& options)
       : readable_(std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-            (options.folder / "imsdk.log").string(), options.part_size, options.parts)) {
+            (options.folder / "imsdk.log").string(), options.part_size, options.parts, false,
+            Private())) {
     readable_->set_pattern("%Y-%m-%d %H:%M:%S.%e %L %v");
     if (!options.trace_file.empty()) {
-      json_ = std::make_shared<spdlog::sinks::basic_file_sink_mt>(options.trace_file.string());
+      json_ = std::make_shared<spdlog::sinks::basic_file_sink_mt>(options.trace_file.string(),
+                                                                  false, Private());
       json_->set_pattern("%v");
     }
     flusher_ = std::thread([this] { FlushLoop(); });
@@ -124,6 +141,7 @@ class TraceLog::FileLogService final : public RefPtrCounted<ns_log::ILogService>
 std::unique_ptr<TraceLog> TraceLog::Open(const TraceLogOptions& options, std::string* error) {
   try {
     std::filesystem::create_directories(options.folder);
+    std::filesystem::permissions(options.folder, std::filesystem::perms::owner_all);
     return std::unique_ptr<TraceLog>(new TraceLog(std::make_shared<Files>(options)));
   } catch (const std::exception& failure) {
     *error = std::string("the log cannot be opened: ") + failure.what();

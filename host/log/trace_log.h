@@ -9,6 +9,10 @@
 
 namespace imsdk::host {
 
+// The most characters that a line of a trace file has of the values of a trace line together, of
+// its record, and of its text. What is cut ends with "...".
+constexpr std::size_t kLongestTraceText = 64 * 1024;
+
 // A trace line as JSON, the form of a trace file, without the line break. `time` is milliseconds
 // since the Unix epoch, UTC.
 std::string JsonTraceLine(const ns_log::ITraceLine& line, std::int64_t time);
@@ -23,7 +27,8 @@ struct TraceLogOptions {
   std::size_t parts = 4;              // older parts that are kept
 };
 
-// The log files. A line reaches the disk within 200 ms, warnings and failures at once. Any thread.
+// The log files, readable by their owner alone. A line reaches the disk within 200 ms, warnings and
+// failures at once. Any thread.
 class TraceLog {
  public:
   // Opens the files. Null when that fails; `*error` then says why.

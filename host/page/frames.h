@@ -1,6 +1,7 @@
 // The frames of the script channel: JSON texts between a page and its view.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,8 +13,12 @@ namespace imsdk::host {
 // Reads an invocation. A call that names no browser id gets `own_browser_id`. Nothing when the
 // frame is not of the agreed form; `*reason` then says why, for the page's developer. Members that
 // the form does not know are ignored.
-std::optional<bridge::SdkParam> ReadInvoke(std::string_view utf8,
-                                           const std::wstring& own_browser_id, std::string* reason);
+std::optional<bridge::SdkParam> ReadInvoke(std::string utf8, const std::wstring& own_browser_id,
+                                           std::string* reason);
+
+// About how many bytes it takes at most to read and carry out an invocation of this text: texts
+// exist in several forms at once, and every value of a list or a record has its price.
+std::size_t CostOf(std::string_view utf8);
 
 // What the host sends, in UTF-8.
 std::string HelloFrame(std::wstring_view browser_id);

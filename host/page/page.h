@@ -9,27 +9,38 @@
 #include "bridge/page_handler.h"
 #include "client/chat_windows.h"
 #include "client/translation.h"
+#include "client/tribe_calls.h"
 #include "kexcore/logger.h"
 #include "page/backend.h"
+#include "page/open_calls.h"
 
 namespace imsdk::host {
 
 // Takes the frames meant for the page, on the view's thread.
 using FrameSink = std::function<void(std::string frame)>;
 
+// What pages need of the host.
+struct PageServices {
+  RefPtr<ns_log::ILogger> log;
+  RefPtr<ChatWindows> windows;
+  RefPtr<Translation> translation;  // may be null
+  const TribeCalls* tribes;         // may be null
+  std::size_t costliest_frame;      // bytes that carrying out one frame may take
+};
+
 // The page handler of one view. Everything but counting runs on the view's task runner. The bridge
 // may hold the page longer than the view does; after `Close` it does nothing.
 class Page final : public bridge::IPageHandler {
  public:
-  // `translation` may be null.
-  Page(RefPtr<ns_log::ILogger> log, RefPtr<ChatWindows> windows, RefPtr<Translation> translation,
-       FrameSink sink);
+  // Open calls count in `memory`.
+  Page(PageServices services, std::shared_ptr<MemoryShare> memory, FrameSink sink);
 
   // Says hello and binds a fresh bridge to `runner`. `account` may be empty. False when there is no
   // bridge to be had; the page is then closed.
   bool Open(Backend& backend, std::shared_ptr<base::TaskRunner> runner, biz::IMUserID account);
-  // One frame of the page. What is not an invocation is refused; the page stays.
-  void OnFrame(std::string_view utf8);
+  // One frame of the page. What is not an invocation is refused, and so is one that there is no
+  // memory for; its call is answered as failed without a text. The page stays.
+  void OnFrame(std::string utf8);
   // Refuses a frame: traced, and told to the page.
   void Refuse(std::string_view reason);
   // Unbinds and releases the bridge and forgets the page's windows. Safe to call twice. Not from
@@ -51,18 +62,19 @@ class Page final : public bridge::IPageHandler {
  private:
   ~Page() = default;
 
+  // Serves a call that is the host's own, not the bridge's; answered on the view's thread.
+  void ServeTribes(const std::wstring& seq, const bridge::SdkParam& call);
   // Keeps an event that is meant for the host. False when it is one for the page; `*problem` tells
   // when its JSON was not of the agreed form.
   bool KeepHostEvent(const std::wstring& event, const std::wstring& json, bool* problem);
 
   ThreadSafeRefPolicy count_;
-  RefPtr<ns_log::ILogger> log_;
-  RefPtr<ChatWindows> windows_;
-  RefPtr<Translation> translation_;
+  const PageServices services_;
+  OpenCalls calls_;
   FrameSink sink_;  // empty once closed
   std::wstring browser_id_;
   std::string browser_id_utf8_;
-  biz::IMUserID account_;
+  std::shared_ptr<base::TaskRunner> runner_;
   RefPtr<bridge::IIMSDKBridge> bridge_;
 };
 

@@ -74,7 +74,7 @@ void HttpSession::OnRead(boost::system::error_code failure) {
   }
   ChannelRequest channel = server_.routes.CheckChannel(request);
   if (channel.refusal) return Refuse(*channel.refusal);
-  if (channel.nick.empty()) return BecomeView({});
+  if (channel.nick.empty()) return Welcome({});
   OpenView(channel.nick);
 }
 
@@ -108,20 +108,31 @@ void HttpSession::OpenView(const std::string& nick) {
 }
 
 void HttpSession::OnLogin(LoginOutcome outcome) {
-  if (outcome.status == 200) return BecomeView(std::move(outcome.user));
+  if (outcome.status == 200) return Welcome(std::move(outcome.user));
   Refuse(server_.routes.Refusal(static_cast<unsigned>(outcome.status), outcome.reason));
 }
 
-void HttpSession::BecomeView(biz::IMUserID account) {
+// A page that only asks why it is refused learns that it is not.
+void HttpSession::Welcome(biz::IMUserID account) {
+  if (!Request().upgrade) return Refuse(server_.routes.Refusal(426, "WebSocket only"));
+  const auto memory = std::make_shared<MemoryShare>(server_.memory);
+  if (!memory->Take(2 * View::kMemory)) {  // it also needs room to work in
+    return Refuse(server_.routes.Refusal(503, "the host's memory is full: too many views"));
+  }
+  memory->Give(View::kMemory);
   const auto view =
-      std::make_shared<View>(server_, std::move(stream_), strand_, std::move(account));
+      std::make_shared<View>(server_, std::move(stream_), strand_, std::move(account), memory);
   view->Start(parser_->release());
 }
 
-void HttpSession::Refuse(const HttpAnswer& answer) {
-  WriteTrace(*server_.parts.log, ns_log::kWarning, {"HttpSession::Refuse", kSource},
-             L"channel refused!!!", "_brief_,status,reason",
-             {std::to_string(answer.status), answer.body});
+void HttpSession::Refuse(HttpAnswer answer) {
+  const HttpRequest request = Request();
+  if (request.upgrade) {
+    WriteTrace(*server_.parts.log, ns_log::kWarning, {"HttpSession::Refuse", kSource},
+               L"channel refused!!!", "_brief_,status,reason",
+               {std::to_string(answer.status), answer.body});
+  }
+  server_.routes.LetRead(request, &answer);
   Write(answer, false);
 }
 

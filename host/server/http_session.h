@@ -31,8 +31,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   void FetchFirst(const std::string& path);
   void OpenView(const std::string& nick);
   void OnLogin(LoginOutcome outcome);
-  void BecomeView(biz::IMUserID account);
-  void Refuse(const HttpAnswer& answer);
+  void Welcome(biz::IMUserID account);
+  void Refuse(HttpAnswer answer);
   void Write(const HttpAnswer& answer, bool keep_alive);
   template <class Body>
   void WriteBody(const HttpAnswer& answer, typename Body::value_type body, bool keep_alive);

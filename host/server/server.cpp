@@ -45,6 +45,7 @@ class Server::Impl {
 
   std::uint16_t port() const { return port_; }
   std::size_t ViewCount() const { return state_->views.size(); }
+  std::size_t MemoryUsed() const { return state_->memory->used(); }
 
   void Stop() {
     if (threads_.empty()) return;
@@ -53,6 +54,7 @@ class Server::Impl {
       acceptor_.close(ignored);
     });
     state_->views.CloseList();
+    state_->turn.Close();
     for (const auto& view : state_->views.Snapshot()) view->GoAway();
     state_->views.WaitEmpty(std::chrono::steady_clock::now() + kFarewell);
     for (const auto& view : state_->views.Snapshot()) view->Cut("the host goes away");
@@ -121,6 +123,7 @@ Server::~Server() = default;
 
 std::uint16_t Server::port() const { return impl_->port(); }
 std::size_t Server::ViewCount() const { return impl_->ViewCount(); }
+std::size_t Server::MemoryUsed() const { return impl_->MemoryUsed(); }
 void Server::Stop() { impl_->Stop(); }
 
 }  // namespace imsdk::host

@@ -10,6 +10,7 @@
 
 #include "client/chat_windows.h"
 #include "client/translation.h"
+#include "client/tribe_calls.h"
 #include "kexcore/logger.h"
 #include "page/backend.h"
 #include "server/run_token.h"
@@ -17,11 +18,15 @@
 namespace imsdk::host {
 
 struct ServerOptions {
-  std::uint16_t port = 0;                 // 0: a free one
-  std::filesystem::path web;              // the built pages
-  std::filesystem::path data;             // pages may have what lies in its folder "files"
-  std::size_t longest_frame = 64u << 20;  // bytes of one frame of a page
-  std::size_t longest_queue = 64u << 20;  // bytes that wait for a slow page before it is cut off
+  std::uint16_t port = 0;                  // 0: a free one
+  std::filesystem::path web;               // the built pages
+  std::filesystem::path pages;             // see WebPlaces
+  std::string origin;                      // see WebPlaces
+  std::filesystem::path data;              // pages may have what lies in its folder "files"
+  std::size_t longest_frame = 64u << 20;   // bytes of one frame of a page
+  std::size_t longest_queue = 64u << 20;   // bytes that wait for a slow page before it is cut off
+  std::size_t memory = 768u << 20;         // bytes that all views together may make the host hold
+  std::size_t costliest_frame = 1u << 30;  // bytes that carrying out one frame may take
   std::chrono::milliseconds longest_fetch{20'000};  // before a file counts as missing
 };
 
@@ -31,7 +36,8 @@ struct ServerParts {
   const RunToken& token;
   RefPtr<ChatWindows> windows;
   RefPtr<ns_log::ILogger> log;
-  RefPtr<Translation> translation{};  // may be null
+  RefPtr<Translation> translation{};   // may be null
+  const TribeCalls* tribes = nullptr;  // may be null
 };
 
 // Listens on the loopback address. Each WebSocket is one view: it has a bridge of its own and a
@@ -47,6 +53,8 @@ class Server {
   std::uint16_t port() const;
   // Views that are open now. Any thread.
   std::size_t ViewCount() const;
+  // Bytes that pages make the host hold. Any thread.
+  std::size_t MemoryUsed() const;
 
   // Unbinds every view, tells the pages that the host goes away, ends all connections and the
   // server's threads. Takes a second at most when no call hangs. Not on a server thread.

@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "memory/budget.h"
+#include "memory/turn.h"
 #include "server/server.h"
 #include "server/web_routes.h"
 
@@ -42,11 +44,14 @@ struct ServerState {
   ServerState(ServerOptions server_options, ServerParts server_parts, std::uint16_t port)
       : options(std::move(server_options)),
         parts(std::move(server_parts)),
-        routes(options.web, options.data, port, parts.token) {}
+        routes({options.web, options.data, options.pages, options.origin}, port, parts.token) {}
 
   const ServerOptions options;
   const ServerParts parts;
   const WebRoutes routes;
+  // A page may end later than the server.
+  const std::shared_ptr<MemoryBudget> memory = std::make_shared<MemoryBudget>(options.memory);
+  Turn turn;  // of large frames
   ViewList views;
 };
 

@@ -19,7 +19,9 @@ void RunTask(const std::function<void()>& task) {
 bool StrandRunner::PostTask(const base::Location&, std::function<void()> task) {
   std::lock_guard hold(lock_);
   if (!strand_) return false;
-  asio::post(*strand_, [task = std::move(task)] { RunTask(task); });
+  asio::post(*strand_, [dropping = dropping_, task = std::move(task)] {
+    if (!*dropping) RunTask(task);
+  });
   return true;
 }
 
@@ -29,8 +31,9 @@ bool StrandRunner::PostDelayedTask(const base::Location& from, std::function<voi
   std::lock_guard hold(lock_);
   if (!strand_) return false;
   auto timer = std::make_shared<asio::steady_timer>(*strand_, delay);
-  timer->async_wait([timer, task = std::move(task)](const boost::system::error_code& failure) {
-    if (!failure) RunTask(task);
+  timer->async_wait([timer, dropping = dropping_,
+                     task = std::move(task)](const boost::system::error_code& failure) {
+    if (!failure && !*dropping) RunTask(task);
   });
   return true;
 }
@@ -41,6 +44,7 @@ bool StrandRunner::RunsTasksOnCurrentThread() const {
 }
 
 void StrandRunner::Close() {
+  Drop();
   std::lock_guard hold(lock_);
   strand_.reset();
 }

@@ -1,6 +1,8 @@
 // A strand of the server as the task runner of a view.
 #pragma once
 
+#include <atomic>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -20,12 +22,16 @@ class StrandRunner final : public base::TaskRunner {
                        std::chrono::milliseconds delay) override;
   bool RunsTasksOnCurrentThread() const override;
 
-  // Refuses tasks from now on. What is queued still runs unless the server ends first.
+  // From now on tasks are dropped on the strand instead of run, those that are queued too: a long
+  // queue holds up nobody's end. Any thread.
+  void Drop() { *dropping_ = true; }
+  // `Drop`, and refuses tasks from now on.
   void Close();
 
  private:
   mutable std::mutex lock_;
   std::optional<Strand> strand_;  // under lock_; empty once closed
+  const std::shared_ptr<std::atomic<bool>> dropping_ = std::make_shared<std::atomic<bool>>(false);
 };
 
 }  // namespace imsdk::host

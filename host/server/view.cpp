@@ -15,8 +15,8 @@ namespace {
 
 constexpr char kSource[] = "host\\server\\view";
 
-// A buffer that one long frame made large is given back after it.
-constexpr std::size_t kKeptBuffer = 1u << 20;
+// From this size on frames are carried out one after another, whosesoever they are.
+constexpr std::size_t kLargeFrame = 256u << 10;
 
 }  // namespace
 
@@ -26,12 +26,16 @@ struct View::Socket {
   UpgradeRequest request;
 };
 
-View::View(ServerState& server, beast::tcp_stream stream, Strand strand, biz::IMUserID account)
+View::View(ServerState& server, beast::tcp_stream stream, Strand strand, biz::IMUserID account,
+           std::shared_ptr<MemoryShare> memory)
     : server_(server),
       strand_(strand),
       socket_(std::make_unique<Socket>(std::move(stream))),
       account_(std::move(account)),
-      runner_(std::make_shared<StrandRunner>(std::move(strand))) {}
+      runner_(std::make_shared<StrandRunner>(std::move(strand))),
+      memory_(std::move(memory)),
+      incoming_(memory_),
+      outgoing_(memory_, server.options.longest_queue) {}
 
 View::~View() { End("dropped"); }
 
@@ -53,8 +57,10 @@ void View::Start(UpgradeRequest request) {
 void View::OnAccepted(boost::system::error_code failure) {
   if (ended_) return;
   if (failure) return End(failure.message());
-  page_ = RefPtr<Page>(new Page(server_.parts.log, server_.parts.windows, server_.parts.translation,
-                                [this](std::string frame) { Send(std::move(frame)); }));
+  page_ =
+      RefPtr<Page>(new Page({server_.parts.log, server_.parts.windows, server_.parts.translation,
+                             server_.parts.tribes, server_.options.costliest_frame},
+                            memory_, [this](std::string frame) { Send(std::move(frame)); }));
   try {
     if (!page_->Open(server_.parts.backend, runner_, account_)) return Cut("no bridge");
   } catch (const std::exception& error) {
@@ -64,13 +70,11 @@ void View::OnAccepted(boost::system::error_code failure) {
 }
 
 void View::Read() {
-  socket_->ws.async_read(
-      incoming_, [self = shared_from_this()](boost::system::error_code failure, std::size_t) {
-        self->OnRead(failure);
-      });
+  socket_->ws.async_read_some(asio::buffer(piece_),
+                              beast::bind_front_handler(&View::OnRead, shared_from_this()));
 }
 
-void View::OnRead(boost::system::error_code failure) {
+void View::OnRead(boost::system::error_code failure, std::size_t size) {
   if (ended_) return;
   if (failure == websocket::error::message_too_big) {
     return End("a frame over " + std::to_string(server_.options.longest_frame) + " bytes",
@@ -79,33 +83,44 @@ void View::OnRead(boost::system::error_code failure) {
   if (failure == websocket::error::closed) return End("closed by the page");
   if (failure) return End(failure.message());
   try {
-    if (socket_->ws.got_text()) {
-      const auto frame = incoming_.data();
-      page_->OnFrame({static_cast<const char*>(frame.data()), frame.size()});
-    } else {
-      page_->Refuse("binary frame");
-    }
-    Shrink();
+    incoming_.Add({piece_.data(), size});
+    if (socket_->ws.is_message_done()) return OnFrame();
     Read();
   } catch (const std::exception& error) {  // memory has run out, for this view at least
     End(error.what());
   }
 }
 
-void View::Shrink() {
-  incoming_.consume(incoming_.size());
-  if (incoming_.capacity() > kKeptBuffer) incoming_.shrink_to_fit();
+void View::OnFrame() {
+  if (incoming_.size() < kLargeFrame) return Carry();
+  server_.turn.Enter([self = shared_from_this()](Turn::Pass pass) {
+    asio::post(self->strand_, [self, pass = std::move(pass)] {
+      if (!self->ended_) self->Carry();
+    });
+  });
+}
+
+void View::Carry() try {
+  if (incoming_.skipped()) {
+    page_->Refuse("the host's memory is full: a frame of this size has no room");
+  } else if (!socket_->ws.got_text()) {
+    page_->Refuse("binary frame");
+  } else {
+    page_->OnFrame(incoming_.Take());
+  }
+  incoming_.Done();
+  Read();
+} catch (const std::exception& error) {  // memory has run out, for this view at least
+  End(error.what());
 }
 
 void View::Send(std::string frame) {
   if (ended_ || overflown_) return;
-  if (queued_ + frame.size() > server_.options.longest_queue) {
+  const std::string problem = outgoing_.Add(std::move(frame));
+  if (!problem.empty()) {
     overflown_ = true;
-    return Cut("the page reads too slowly: over " + std::to_string(server_.options.longest_queue) +
-               " bytes wait for it");
+    return Cut(problem);
   }
-  queued_ += frame.size();
-  outgoing_.push_back(std::move(frame));
   if (outgoing_.size() == 1) Write();
 }
 
@@ -118,12 +133,12 @@ void View::Write() {
 void View::OnWritten(boost::system::error_code failure) {
   if (ended_) return;
   if (failure) return End(failure.message());
-  queued_ -= outgoing_.front().size();
-  outgoing_.pop_front();
-  if (!outgoing_.empty()) Write();
+  outgoing_.DropFront();
+  if (outgoing_.size() > 0) Write();
 }
 
 void View::GoAway() {
+  runner_->Drop();  // the goodbye would wait behind the tasks
   asio::post(strand_, [self = shared_from_this()] {
     if (self->ended_) return;
     // Nothing may be said in the middle of the handshake.

@@ -1,16 +1,19 @@
 // One WebSocket and the page behind it.
 #pragma once
 
-#include <boost/beast/core/flat_buffer.hpp>
+#include <array>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/message.hpp>
-#include <deque>
 #include <memory>
 #include <string>
 
 #include "imsdk/biz/user_id.h"
+#include "memory/budget.h"
+#include "memory/turn.h"
 #include "page/page.h"
+#include "server/incoming_frame.h"
+#include "server/outgoing_frames.h"
 #include "server/server_state.h"
 #include "server/strand_runner.h"
 
@@ -22,8 +25,13 @@ using UpgradeRequest = boost::beast::http::request<boost::beast::http::empty_bod
 // stream.
 class View : public std::enable_shared_from_this<View> {
  public:
-  // `strand` is the strand of `stream`.
-  View(ServerState& server, boost::beast::tcp_stream stream, Strand strand, biz::IMUserID account);
+  // Bytes that a view holds while nothing happens in it: its bridge, its window states, its
+  // buffers.
+  static constexpr std::size_t kMemory = 1u << 20;
+
+  // `strand` is the strand of `stream`; `memory` holds `kMemory` already.
+  View(ServerState& server, boost::beast::tcp_stream stream, Strand strand, biz::IMUserID account,
+       std::shared_ptr<MemoryShare> memory);
   ~View();
 
   // Answers the page's upgrade request and reads frames from then on. On the strand.
@@ -38,11 +46,12 @@ class View : public std::enable_shared_from_this<View> {
 
   void OnAccepted(boost::system::error_code failure);
   void Read();
-  void OnRead(boost::system::error_code failure);
+  void OnRead(boost::system::error_code failure, std::size_t size);
+  void OnFrame();
+  void Carry();
   void Send(std::string frame);
   void Write();
   void OnWritten(boost::system::error_code failure);
-  void Shrink();
   void End(std::string_view reason, int level = ns_log::kRoutine);
 
   ServerState& server_;
@@ -50,11 +59,12 @@ class View : public std::enable_shared_from_this<View> {
   std::unique_ptr<Socket> socket_;
   biz::IMUserID account_;
   std::shared_ptr<StrandRunner> runner_;
+  const std::shared_ptr<MemoryShare> memory_;
   RefPtr<Page> page_;
-  boost::beast::flat_buffer incoming_;
-  std::deque<std::string> outgoing_;  // the front one is being written
-  std::size_t queued_ = 0;            // bytes in outgoing_
-  bool overflown_ = false;            // the page reads too slowly; the end is on its way
+  std::array<char, 64u << 10> piece_;  // where the socket's bytes go first
+  IncomingFrame incoming_;
+  OutgoingFrames outgoing_;  // the front one is being written
+  bool overflown_ = false;   // the page leaves too much unread; the end is on its way
   bool ended_ = false;
 };
 

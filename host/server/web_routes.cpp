@@ -21,6 +21,18 @@ constexpr std::string_view kNoPages =
     "<p>bridgehost is running, but its pages are not built. "
     "<code>./dev run</code> builds them and starts it again.</p>";
 
+constexpr std::string_view kChannel = "/channel";
+
+// What pages of one's own find at the host beside themselves.
+bool IsForAllPages(std::string_view name) {
+  return name.starts_with("client/") || name.starts_with("emotions/");
+}
+
+constexpr std::string_view kNoOwnPage =
+    "<!doctype html><meta charset=utf-8><title>bridgehost</title>"
+    "<p>bridgehost is running. The folder given with <code>--pages</code> has no "
+    "<code>index.html</code>.</p>";
+
 struct Target {
   std::string_view path;
   std::string_view query;
@@ -44,8 +56,8 @@ std::string ReadPart(const fs::path& file, const ByteRange& range) {
 
 }  // namespace
 
-WebRoutes::WebRoutes(fs::path web, fs::path data, std::uint16_t port, const RunToken& token)
-    : web_(std::move(web)), data_(std::move(data)), port_(std::to_string(port)), token_(token) {
+WebRoutes::WebRoutes(WebPlaces places, std::uint16_t port, const RunToken& token)
+    : places_(std::move(places)), port_(std::to_string(port)), token_(token) {
   policy_ = "default-src 'self'; connect-src 'self' ws://127.0.0.1:" + port_ +
             " ws://localhost:" + port_ +
             "; img-src 'self' data: blob:; media-src 'self' blob:; object-src 'none'; "
@@ -53,6 +65,12 @@ WebRoutes::WebRoutes(fs::path web, fs::path data, std::uint16_t port, const RunT
 }
 
 HttpAnswer WebRoutes::Answer(const HttpRequest& request) const {
+  HttpAnswer answer = Route(request);
+  LetRead(request, &answer);
+  return answer;
+}
+
+HttpAnswer WebRoutes::Route(const HttpRequest& request) const {
   if (!IsOwnName(request.host)) return Refusal(403, "host not allowed");
   if (request.method != "GET" && request.method != "HEAD") {
     HttpAnswer answer = Refusal(405, "method not allowed");
@@ -62,27 +80,38 @@ HttpAnswer WebRoutes::Answer(const HttpRequest& request) const {
   const Target target = Split(request.target);
   if (target.path == "/health") return Health(target.query);
   if (target.path == "/file") return DataFile(request, target.query);
-  if (target.path == "/channel") {
-    ChannelRequest channel = CheckChannel(request);
-    return channel.refusal ? *std::move(channel.refusal) : Refusal(426, "WebSocket only");
-  }
   return WebFile(target.path);
 }
 
 bool WebRoutes::IsChannel(const HttpRequest& request) {
-  return request.upgrade && Split(request.target).path == "/channel";
+  return (request.method == "GET" || request.method == "HEAD") &&
+         Split(request.target).path == kChannel;
 }
 
 ChannelRequest WebRoutes::CheckChannel(const HttpRequest& request) const {
   if (!IsOwnName(request.host)) return {Refusal(403, "host not allowed"), {}};
-  constexpr std::string_view kScheme = "http://";
-  const bool own_origin =
-      request.origin.empty() ||
-      (request.origin.starts_with(kScheme) && IsOwnName(request.origin.substr(kScheme.size())));
-  if (!own_origin) return {Refusal(403, "origin not allowed"), {}};
+  if (!request.origin.empty() && !IsWelcome(request.origin)) {
+    return {Refusal(403, "origin not allowed: " + std::string(request.origin) +
+                             " is neither bridgehost's own nor the one named by --origin"),
+            {}};
+  }
   const std::string_view query = Split(request.target).query;
   if (!HasToken(query)) return {Refusal(401, "bad token"), {}};
   return {std::nullopt, QueryValue(query, "account").value_or(std::string())};
+}
+
+void WebRoutes::LetRead(const HttpRequest& request, HttpAnswer* answer) const {
+  const bool reason = Split(request.target).path == kChannel;
+  if (reason || !places_.origin.empty()) answer->headers.emplace_back("Vary", "Origin");
+  if (request.origin.empty()) return;
+  if (!reason && request.origin != places_.origin) return;
+  answer->headers.emplace_back("Access-Control-Allow-Origin", request.origin);
+}
+
+bool WebRoutes::IsWelcome(std::string_view origin) const {
+  constexpr std::string_view kScheme = "http://";
+  if (!places_.origin.empty() && origin == places_.origin) return true;
+  return origin.starts_with(kScheme) && IsOwnName(origin.substr(kScheme.size()));
 }
 
 // Only a request that names this very address is the user's own: a foreign name that resolves here
@@ -115,12 +144,12 @@ HttpAnswer WebRoutes::DataFile(const HttpRequest& request, std::string_view quer
   if (!HasToken(query)) return Refusal(401, "bad token");
   const std::optional<std::string> path = QueryValue(query, "path");
   if (!path || path->empty()) return Refusal(400, "no path, or broken escapes in it");
-  const FoundFile found = FindInside(data_ / "files", data_, *path);
+  const FoundFile found = FindInside(places_.data / "files", places_.data, *path);
   std::error_code failure;
   if (found.status != 200) {
     HttpAnswer answer = Refusal(static_cast<unsigned>(found.status), found.reason);
     if (!found.path.empty()) {
-      const fs::path root = fs::weakly_canonical(data_ / "files", failure);
+      const fs::path root = fs::weakly_canonical(places_.data / "files", failure);
       answer.fetch = ("files" / found.path.lexically_relative(root)).generic_string();
     }
     return answer;
@@ -162,7 +191,12 @@ HttpAnswer WebRoutes::WebFile(std::string_view path) const {
   if (!name || !name->starts_with('/')) return Refusal(400, "broken address");
   name->erase(0, 1);
   if (name->empty() || name->ends_with('/')) *name += "index.html";
-  const FoundFile found = FindInside(web_, web_, *name);
+  const bool own = !places_.pages.empty();
+  const fs::path& pages = own ? places_.pages : places_.web;
+  FoundFile found = FindInside(pages, pages, *name);
+  if (own && found.status == 404 && IsForAllPages(*name)) {
+    found = FindInside(places_.web, places_.web, *name);
+  }
   if (found.status == 200) {
     HttpAnswer answer = Headers(200, MediaTypeOf(found.path).name, "no-cache");
     answer.file = found.path;
@@ -172,18 +206,21 @@ HttpAnswer WebRoutes::WebFile(std::string_view path) const {
     return Refusal(static_cast<unsigned>(found.status), found.reason);
   }
   HttpAnswer answer = Headers(404, "text/html; charset=utf-8", "no-store");
-  answer.body = kNoPages;
+  answer.body = own ? kNoOwnPage : kNoPages;
   return answer;
 }
 
 HttpAnswer WebRoutes::Headers(unsigned status, std::string_view type,
                               std::string_view cache) const {
+  // Pictures of a page from elsewhere are asked for without a word on whose they are; the token
+  // guards those of messages.
+  const char* sharing = places_.origin.empty() ? "same-origin" : "cross-origin";
   HttpAnswer answer;
   answer.status = status;
   answer.headers = {
       {"Content-Type", std::string(type)},          {"Cache-Control", std::string(cache)},
       {"Content-Security-Policy", policy_},         {"X-Content-Type-Options", "nosniff"},
-      {"Referrer-Policy", "no-referrer"},           {"Cross-Origin-Resource-Policy", "same-origin"},
+      {"Referrer-Policy", "no-referrer"},           {"Cross-Origin-Resource-Policy", sharing},
       {"Cross-Origin-Opener-Policy", "same-origin"}};
   return answer;
 }

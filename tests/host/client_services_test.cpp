@@ -3,7 +3,11 @@
 #include <png.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <future>
+#include <map>
+#include <thread>
 
 #include "client/dynamic_content.h"
 #include "client/emotions.h"
@@ -108,7 +112,19 @@ TEST(TranslationTest, RunsTheProgramThatTheUserNamed) {
   EXPECT_FALSE(RefPtr(new Translation(file))->IsEnabled());
   EXPECT_NE(folder.Read("t.json").find("mine"), std::string::npos);
 
-  translation->Report(R"({"enable":1})");
+  // Another program, from the next text on; pages hear of a switch without asking.
+  EXPECT_TRUE(translation->Report(R"({"enable":1})"));
+  folder.Write("t.json", R"({"program":"rev"})");
+  EXPECT_EQ(Translate(*translation, L"wind").text, L"dniw");
+  settings.clear();
+  std::promise<int> told;
+  translation->Events().on_setting_changed.connect([&](int enable) { told.set_value(enable); });
+  folder.Write("t.json", R"({"program":"rev","enable":0})");
+  auto switched = told.get_future();
+  ASSERT_EQ(switched.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  EXPECT_EQ(switched.get(), 0);
+  std::filesystem::remove(file);
+  EXPECT_EQ(Translate(*translation, L"x").result.text, L"no translation is set up");
   translation->Stop();
   EXPECT_FALSE(Translate(*translation, L"x").result.ok());
 }
@@ -138,17 +154,45 @@ TEST(EmotionsTest, AreThoseOfTheList) {
 
 class WorkerTest : public testing::Test {
  protected:
-  WorkerTest() { thread_.Start(); }
+  WorkerTest() { worker_->Start(); }
+  ~WorkerTest() override { worker_->Stop(); }
 
   const TempFolder folder_;
-  base::Thread thread_{"test"};
+  const std::shared_ptr<Worker> worker_ = std::make_shared<Worker>("test");
 };
 
+TEST_F(WorkerTest, FewJobsWaitAndStoppingBeginsNone) {
+  std::atomic<bool> go{false};
+  std::atomic<bool> begun{false};
+  std::map<std::int32_t, int> outcomes;  // written by one thread at a time
+  worker_->Do([&](const biz::ResultCode&) {
+    begun = true;
+    begun.notify_all();
+    go.wait(false);
+  });
+  begun.wait(false);
+  const auto count = [&](const biz::ResultCode& problem) { ++outcomes[problem.code]; };
+  for (int i = 0; i < Worker::kMostWaiting + 3; ++i) worker_->Do(count);
+  EXPECT_EQ(outcomes, (std::map<std::int32_t, int>{{biz::kEngineBusy, 3}}));
+  std::thread stop([&] { worker_->Stop(); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  go = true;
+  go.notify_all();
+  stop.join();
+  worker_->Do(count);
+  EXPECT_EQ(outcomes[E_UNEXPECTED], Worker::kMostWaiting + 1);
+}
+
 TEST_F(WorkerTest, DynamicContentIsAFileWithAPlainName) {
-  folder_.Write("order/u-1.json", R"({"state":"sent"})");
-  folder_.Write("order/bad.json", "{oops");
-  folder_.Write("secret.json", "{}");
-  const RefPtr<DynamicContent> content(new DynamicContent(folder_.path(), thread_.task_runner()));
+  folder_.Write("data/dynamic/order/u-1.json", R"({"state":"sent"})");
+  folder_.Write("data/dynamic/order/bad.json", "{oops");
+  folder_.Write("data/secret.json", "{}");
+  const auto outside = folder_.Write("outside/u-1.json", R"({"state":"stolen"})");
+  const auto dynamic = folder_.path() / "data/dynamic";
+  std::filesystem::create_symlink(outside, dynamic / "order/link.json");
+  std::filesystem::create_symlink("../../secret.json", dynamic / "order/inner.json");
+  std::filesystem::create_symlink(outside.parent_path(), dynamic / "linked");
+  const RefPtr<DynamicContent> content(new DynamicContent(folder_.path() / "data", worker_));
   const struct {
     const wchar_t* type;
     const wchar_t* uuid;
@@ -156,6 +200,9 @@ TEST_F(WorkerTest, DynamicContentIsAFileWithAPlainName) {
   } cases[] = {{L"order", L"u-1", 0},
                {L"order", L"bad", E_UNEXPECTED},
                {L"order", L"none", biz::kEngineNotFound},
+               {L"order", L"link", biz::kEngineNotFound},
+               {L"order", L"inner", biz::kEngineNotFound},
+               {L"linked", L"u-1", biz::kEngineNotFound},
                {L"..", L"secret", E_INVALIDARG},
                {L"order", L"../../secret", E_INVALIDARG},
                {L"", L"u-1", E_INVALIDARG},
@@ -167,6 +214,14 @@ TEST_F(WorkerTest, DynamicContentIsAFileWithAPlainName) {
     EXPECT_EQ(answer.result.code, c.code) << c.type << L" " << c.uuid;
     EXPECT_EQ(answer.text, c.code == 0 ? LR"({"state":"sent"})" : L"");
   }
+  // The folder itself may be such a link.
+  std::filesystem::create_directories(folder_.path() / "other");
+  std::filesystem::create_directory_symlink(dynamic, folder_.path() / "other/dynamic");
+  const RefPtr<DynamicContent> linked(new DynamicContent(folder_.path() / "other", worker_));
+  const Answer answer = Await([&](client::IMDynamicCallback done) {
+    linked->GetContent({}, L"order", L"u-1", std::move(done));
+  });
+  EXPECT_EQ(answer.result.code, biz::kEngineNotFound);
 }
 
 // A picture whose left half is red and whose right half is transparent.
@@ -192,7 +247,7 @@ TEST_F(WorkerTest, EditedPicturesFitAndKeepTheirLook) {
   folder_.Write("files/a/big.png", picture);
   folder_.Write("files/a/text.png", "no picture");
   folder_.Write("outside.png", picture);
-  const RefPtr<PictureEditor> editor(new PictureEditor(folder_.path(), thread_.task_runner()));
+  const RefPtr<PictureEditor> editor(new PictureEditor(folder_.path()));
   const auto edit = [&](const wchar_t* file, const std::wstring& md5) {
     return Await([&](auto done) {
       editor->EditImage(base::FilePath(file), md5,
@@ -222,6 +277,26 @@ TEST_F(WorkerTest, EditedPicturesFitAndKeepTheirLook) {
             (std::vector<png_byte>{255, 0, 0, 255}));
   EXPECT_EQ(pixels[(kLongestSide - 1) * 4 + 3], 0);
   EXPECT_EQ(folder_.Read("files/a/big.png"), picture);
+}
+
+TEST_F(WorkerTest, ManyPicturesAreRefusedAndNoneHoldsUpTheEnd) {
+  folder_.Write("files/big.png", HalfRed(3000, 3000));
+  const RefPtr<PictureEditor> editor(new PictureEditor(folder_.path()));
+  constexpr int kAsked = 100;
+  std::atomic<int> answered{0};
+  std::atomic<int> busy{0};
+  for (int i = 0; i < kAsked; ++i) {
+    editor->EditImage(base::FilePath(L"files/big.png"), L"",
+                      [&](const biz::ResultCode& result, const base::FilePath&) {
+                        ++answered;
+                        busy += result.code == biz::kEngineBusy;
+                      });
+  }
+  EXPECT_GE(busy, kAsked / 2);
+  const auto start = std::chrono::steady_clock::now();
+  editor->Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_EQ(answered, kAsked) << "each once";
 }
 
 }  // namespace

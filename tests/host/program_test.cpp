@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <map>
 #include <vector>
 
 #include "kexbase/json_reader.h"
@@ -124,11 +125,90 @@ TEST(ProgramTest, DescribesTheProtocolAndOpensNothing) {
   EXPECT_EQ(Program({"--describe", "--demo"}).End(0), 2);
 }
 
+TEST(ProgramTest, WhatIsKeptIsForItsOwnerAlone) {
+  namespace fs = std::filesystem;
+  const TempFolder folder;
+  const auto mode = [](const fs::path& path) {
+    return fs::symlink_status(path).permissions() & fs::perms::mask;
+  };
+  const fs::path mine = folder.Write("shared/notes.txt", "").parent_path();  // not the host's
+  fs::create_directories(folder.path() / "empty");
+  fs::permissions(mine, fs::perms(0755));
+  fs::permissions(folder.path() / "empty", fs::perms(0755));
+  for (const char* name : {"made", "empty", "shared"}) {
+    const fs::path data = folder.path() / name;
+    Program host({"--port", "0", "--demo", "--data", data.string(), "--trace",
+                  (folder.path() / "trace.jsonl").string()});
+    const Address address(host.Line());
+    TestPage page(address.port, "/channel?account=harbor&token=" + address.token);
+    ASSERT_TRUE(page.Receive());
+    EXPECT_EQ(mode(data), fs::perms(data == mine ? 0755 : 0700)) << data;
+    int files = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(data)) {
+      if (entry.path() == mine / "notes.txt") continue;
+      ++files;
+      EXPECT_EQ(mode(entry.path()), fs::perms(entry.is_directory() ? 0700 : 0600)) << entry.path();
+    }
+    EXPECT_GT(files, 5);
+  }
+  EXPECT_EQ(mode(folder.path() / "trace.jsonl"), fs::perms(0600));
+}
+
+TEST(ProgramTest, SaysOfADataFolderWhatIsWhole) {
+  const TempFolder folder;
+  const std::string data = (folder.path() / "data").string();
+  EXPECT_EQ(Program({"--check", "--data", data}).End(0), 1) << "there is none";
+  Program host({"--port", "0", "--data", data, "--demo"});
+  ASSERT_NE(Address(host.Line()).port, 0);
+  EXPECT_EQ(Program({"--check", "--data", data}).End(0), 1) << "in use";
+  EXPECT_EQ(host.End(SIGTERM), 0);
+  Program whole({"--check", "--data", data});
+  EXPECT_EQ(whole.Line(), "server/server.db: whole");
+  EXPECT_EQ(whole.End(0), 0);
+  std::filesystem::resize_file(std::filesystem::path(data) / "server" / "server.db", 20'000);
+  Program damaged({"--check", "--data", data});
+  EXPECT_TRUE(damaged.Line().starts_with("server/server.db: not whole: "));
+  EXPECT_EQ(damaged.End(0), 1);
+}
+
+// What is left of a damaged folder is its people's; a page hears why its account cannot be opened.
+TEST(ProgramTest, ADemoThatLostItsServerIsNotMadeAnew) {
+  namespace fs = std::filesystem;
+  const TempFolder folder;
+  const fs::path data = folder.path() / "data";
+  const std::vector<std::string> flags{"--port", "0", "--data", data.string(), "--demo"};
+  const auto kept = [&] {
+    std::map<std::string, std::string> files;
+    for (const char* part : {"accounts", "files"}) {
+      for (const auto& entry : fs::recursive_directory_iterator(data / part)) {
+        const std::string name = fs::relative(entry.path(), folder.path()).string();
+        if (entry.is_regular_file()) files[name] = folder.Read(name);
+      }
+    }
+    return files;
+  };
+  Program first(flags);
+  ASSERT_NE(Address(first.Line()).port, 0);
+  ASSERT_EQ(first.End(SIGTERM), 0);
+  const auto before = kept();
+  ASSERT_GT(before.size(), 2u);
+  fs::remove(data / "server" / "server.db");
+
+  Program second(flags);
+  const Address address(second.Line());
+  const TestPage page(address.port, "/channel?account=harbor&token=" + address.token);
+  EXPECT_EQ(page.status(), 503);
+  EXPECT_NE(page.refusal().find("damaged or missing"), std::string::npos) << page.refusal();
+  EXPECT_EQ(second.End(SIGTERM), 0);
+  EXPECT_TRUE(kept() == before);
+}
+
 TEST(ProgramTest, BadStartsEndWithAStatus) {
   const TempFolder folder;
   const std::string data = (folder.path() / "data").string();
   EXPECT_EQ(Program({"--no-such-flag"}).End(0), 2);
   EXPECT_EQ(Program({"--data", folder.Write("plain", "").string()}).End(0), 1);
+  EXPECT_EQ(Program({"--data", data, "--pages", data + "/none"}).End(0), 1);
   Program first({"--port", "0", "--data", data});
   const std::string port = std::to_string(Address(first.Line()).port);
   EXPECT_EQ(Program({"--port", port, "--data", data + "2"}).End(0), 1);

@@ -2,6 +2,7 @@
 #include <future>
 #include <map>
 
+#include "kexbase/strings.h"
 #include "server_fixture.h"
 
 namespace imsdk::host {
@@ -80,13 +81,24 @@ TEST_F(ServerTest, RefusedChannelsSayWhyAndAreTraced) {
   for (const Case& c : cases) {
     TestPage page(port(), c.target, c.headers);
     EXPECT_EQ(page.status(), c.status) << c.target;
-    EXPECT_EQ(page.refusal(), "{\"error\":\"" + std::string(c.reason) + "\"}");
+    EXPECT_TRUE(page.refusal().starts_with("{\"error\":\"" + std::string(c.reason)));
+    // A browser shows a page neither, so it may ask, from wherever it comes.
+    HttpResult asked = Request(port(), c.target, c.headers);
+    EXPECT_EQ(asked.status, c.status) << c.target;
+    EXPECT_EQ(asked.body, page.refusal());
+    const auto origin = c.headers.find("Origin");
+    EXPECT_EQ(asked.headers["access-control-allow-origin"],
+              origin == c.headers.end() ? "" : origin->second);
     EXPECT_NE(Traces().find(c.reason), std::string::npos) << c.reason;
   }
   EXPECT_EQ(Traces().find("secret"), std::string::npos) << "a token was traced";
   const std::string own = "http://127.0.0.1:" + std::to_string(port());
   TestPage page(port(), "/channel?token=secret&account=harbor", {{"Origin", own}});
   EXPECT_EQ(page.status(), 101);
+  EXPECT_EQ(Request(port(), "/channel?token=secret&account=harbor").status, 426);
+  EXPECT_EQ(Request(port(), "/channel?token=secret", {}, "HEAD").status, 426);
+  EXPECT_EQ(Request(port(), "/channel?token=secret", {}, "POST").status, 405);
+  EXPECT_EQ(server_->ViewCount(), 1u) << "asking opened a view";
 }
 
 TEST_F(ServerTest, CallsGoInAndAnswersComeOut) {
@@ -143,6 +155,9 @@ TEST_F(ServerTest, WindowStatesStayWithTheHost) {
   const biz::IMUserID harbor{L"cnbazaro", L"harbor"};
   const biz::IMConversationID peer{biz::IMUserID{L"cnbazaro", L"lighthouse"}};
   TestPage page = Page("&account=harbor");
+  page.Send(Call("echo", R"(["s"])"));
+  const auto echo = page.Receive();  // {"kind":"answer","browserId":"…
+  windows_->SetViewAccount(base::UTF8ToWide(echo->substr(30, 36)), harbor);
   page.Send(Call("notify", R"(["s","chatWindowState","{\"cid\":{\"appkey\":\"cnbazaro\",)"
                            R"(\"nick\":\"lighthouse\"},\"visible\":1,\"activated\":0}"])"));
   page.Send(Call("notify", R"(["s","chatWindowState","{}"])"));

@@ -52,6 +52,10 @@ class StubBackend::Bridge final : public bridge::IIMSDKBridge {
     } else if (call.method == L"flood") {
       const std::wstring payload(std::stoul(Text(call, 1)), L'x');
       for (auto i = std::stoul(Text(call, 0)); i > 0; --i) handler_->Notify(L"flood", payload);
+    } else if (call.method == L"block") {
+      ++backend_.blocked_;
+      backend_.open_.wait(false);
+      handler_->DeliverAnswer(binding_.browserId, Text(call, 0), false, L"");
     }
   }
 
@@ -101,6 +105,16 @@ std::vector<std::pair<std::string, std::function<void()>>> StubBackend::TakeFetc
 std::size_t StubBackend::KeptCount() {
   const std::lock_guard hold(lock_);
   return kept_.size();
+}
+
+std::shared_ptr<base::TaskRunner> StubBackend::KeptRunner() {
+  const std::lock_guard hold(lock_);
+  return kept_.front().runner;
+}
+
+void StubBackend::Unblock() {
+  open_ = true;
+  open_.notify_all();
 }
 
 std::size_t StubBackend::SlowLogins() {

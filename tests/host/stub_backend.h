@@ -12,11 +12,12 @@
 
 namespace imsdk::host {
 
-// Makes bridges that know four methods:
+// Makes bridges that know five methods:
 //   "echo"    answers with the browser id it was called under and its arguments, as a list
 //   "keep"    answers when `AnswerKept` is called, from a thread of its own
 //   "notify"  raises the event args[1] with the payload args[2]
 //   "flood"   raises args[0] events of args[1] characters each
+//   "block"   holds up its thread until `Unblock` is called, and answers
 class StubBackend final : public Backend {
  public:
   struct Kept {
@@ -32,6 +33,10 @@ class StubBackend final : public Backend {
   // Answers every kept call from a thread that is not the view's.
   void AnswerKept();
   std::size_t KeptCount();
+  // The runner of the view whose call was kept first.
+  std::shared_ptr<base::TaskRunner> KeptRunner();
+  void Unblock();
+  int blocked() const { return blocked_; }
   std::size_t SlowLogins();
   void DropSlowLogins();
   // The fetches that were asked for so far: their paths and what answers them.
@@ -44,6 +49,8 @@ class StubBackend final : public Backend {
 
   std::atomic<int> bridges_{0};
   std::atomic<int> bound_{0};
+  std::atomic<int> blocked_{0};
+  std::atomic<bool> open_{false};
   std::mutex lock_;
   std::vector<Kept> kept_;
   std::vector<std::function<void(LoginOutcome)>> slow_;

@@ -107,6 +107,36 @@ TEST(TraceLogTest, TheLogIsSetAsideWhenItIsFull) {
   EXPECT_EQ(files, 3);
 }
 
+TEST(TraceLogTest, OneLineHasABoundAndStaysOneLineOfJson) {
+  const TempFolder folder;
+  folder.Write("t.jsonl", "");
+  std::filesystem::permissions(folder.path() / "t.jsonl", std::filesystem::perms(0644));
+  std::string error;
+  const auto log = TraceLog::Open({folder.path() / "logs", folder.path() / "t.jsonl"}, &error);
+  ASSERT_TRUE(log) << error;
+  const std::string large(3'000'000, '\x01');  // six characters each as JSON
+  WriteTrace(*log->Logger(), ns_log::kWarning, kSite, std::wstring(3'000'000, L'x'),
+             "_brief_,a,b,c", {"whole", large, large});
+  const std::string line = folder.Read("t.jsonl");
+  EXPECT_EQ(Lines(line).size(), 1u);
+  EXPECT_LT(line.size(), 13 * kLongestTraceText + 1000);
+  const auto read = base::JSONReader::Read(line);
+  ASSERT_TRUE(read && read->is_dict());
+  const auto& items = *read->GetIfDict()->Find("items")->GetIfDict();
+  EXPECT_EQ(*items.Find("a")->GetIfString(), "whole");
+  EXPECT_TRUE(items.Find("b")->GetIfString()->ends_with("\x01..."));
+  EXPECT_EQ(*items.Find("c")->GetIfString(), "...");
+  EXPECT_LT(folder.Read("logs/imsdk.log").size(), 40'000u);
+
+  // Logs are for their owner, whoever made the file.
+  const auto mode = [&](const char* name) {
+    return std::filesystem::status(folder.path() / name).permissions();
+  };
+  EXPECT_EQ(mode("t.jsonl"), std::filesystem::perms(0600));
+  EXPECT_EQ(mode("logs/imsdk.log"), std::filesystem::perms(0600));
+  EXPECT_EQ(mode("logs"), std::filesystem::perms(0700));
+}
+
 TEST(TraceLogTest, AFileThatCannotBeOpenedIsAClearError) {
   const TempFolder folder;
   const auto file = folder.Write("plain", "");

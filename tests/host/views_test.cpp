@@ -44,6 +44,24 @@ TEST_F(ViewsTest, StoppingEndsManyViewsCleanlyAndSoon) {
   EXPECT_EQ(backend_.bridges(), 0);
 }
 
+TEST_F(ViewsTest, StoppingDoesNotWaitForALongQueueOfTasks) {
+  TestPage page = Page();
+  page.Send(Call("keep", R"(["s"])"));
+  ASSERT_TRUE(Eventually([&] { return backend_.KeptCount() == 1; }));
+  std::atomic<int> ran{0};
+  const auto runner = backend_.KeptRunner();
+  for (int i = 0; i < 5000; ++i) {
+    runner->PostTask(FROM_HERE, [&ran] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      ++ran;
+    });
+  }
+  const auto start = std::chrono::steady_clock::now();
+  server_->Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_LT(ran, 5000);
+}
+
 TEST_F(ViewsTest, TheServerMayEndInTheMiddleOfHandshakes) {
   for (int i = 0; i < 6; ++i) {
     Start({});
