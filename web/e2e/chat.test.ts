@@ -186,7 +186,6 @@ test("the chat can be used with the keyboard alone", async () => {
     .getByRole("alert")
     .getByText(/password/)
     .waitFor();
-  await page.getByLabel("Password").selectText();
   await keyboard.type("demo");
   await keyboard.press("Enter");
   const options = page.getByRole("option");

@@ -184,6 +184,38 @@ test("a pasted picture is previewed, sent, shown and opened; emotions become pic
   );
 });
 
+test("texts with emotions arrive as they were typed, and what is no picture can be saved", async () => {
+  const theirs = lighthouse.page.locator(".message.theirs .body");
+  const typed = [
+    "Thanks/:heart!!!",
+    "(all good /:smile)",
+    "/:smile/:grin",
+    "pic:impicture|M?filepath=a.png&fileMD5=M file:b|filepath=c",
+    "好的/:smile明天见面吧",
+  ];
+  for (const text of typed) await harbor.send("lighthouse", text);
+  await theirs.getByText("明天见面吧").last().waitFor();
+  const shown = await theirs.evaluateAll((bodies) =>
+    bodies.slice(-5).map((body) => {
+      for (const image of body.querySelectorAll("img")) image.replaceWith(image.alt);
+      return body.textContent;
+    }),
+  );
+  assert.deepEqual(shown, typed);
+
+  await harbor.composer("lighthouse").evaluate((field) => {
+    const clipboardData = new DataTransfer();
+    clipboardData.items.add(new File(["no picture"], "broken.png", { type: "image/png" }));
+    field.dispatchEvent(new ClipboardEvent("paste", { clipboardData, bubbles: true }));
+  });
+  await harbor.send("lighthouse", "see");
+  const file = theirs.last().locator(".file");
+  await file.getByText(/^[0-9a-f]{32}\.png$/).waitFor();
+  const saved = lighthouse.page.waitForEvent("download");
+  await file.click();
+  assert.match((await saved).suggestedFilename(), /^[0-9a-f]{32}\.png$/);
+});
+
 test("files follow their text, however large they are, and are saved under their names", async () => {
   const { page } = harbor;
   const large = { name: "large.bin", mimeType: "application/octet-stream" };

@@ -23,6 +23,8 @@ export interface Description {
   methods: Method[];
   "x-paths": string[];
   "x-notifications": Row[];
+  /** What bridgehost serves itself. */
+  "x-host-methods": Method[];
   "x-page-events": Row[];
   "x-frames": { host: Schema; page: Schema };
   components: { schemas: Record<string, Schema> };
@@ -81,9 +83,9 @@ export function resolved(schema: Schema, { components }: Description): Schema {
   return schema.$ref ? components.schemas[schema.$ref.slice(place.length)]! : schema;
 }
 
-/** "path.Method" of an invocation; undefined when it calls no module. */
+/** "path.Method" of an invocation; undefined when it calls no module and nothing of the host. */
 function calledBy({ method = "", args = [] }: Frame): string | undefined {
-  const path = /^workbench\.(im\..*)\.invoke$/.exec(method)?.[1];
+  const path = /^(?:workbench\.(?=im\.)|(?=bridgehost\.))(.*)\.invoke$/.exec(method)?.[1];
   return path && `${path}.${args[1]}`;
 }
 
@@ -107,7 +109,8 @@ export class FrameCheck {
     );
     this.#ajv.addSchema({ $id: "protocol", components: { schemas: Object.fromEntries(schemas) } });
     const empty: Schema = { type: "object", properties: {} };
-    for (const { name, params, result } of description.methods) {
+    const methods = [...description.methods, ...description["x-host-methods"]];
+    for (const { name, params, result } of methods) {
       // A request without keys is not looked at.
       this.#requests.set(name, this.#compile(params[0]?.schema ?? {}));
       this.#answers.set(name, this.#compile(result.schema));

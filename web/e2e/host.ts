@@ -14,6 +14,9 @@ export class Host {
   #process: ChildProcess | undefined;
   port = 0;
 
+  /** `more` are further flags of bridgehost. */
+  constructor(readonly more: readonly string[] = []) {}
+
   /** Address of the chat, as a person opens it. */
   get url(): string {
     return this.address(`/?token=${this.token}`);
@@ -36,7 +39,9 @@ export class Host {
     const program = process.env["BRIDGEHOST"];
     if (!program) throw new Error("BRIDGEHOST must name the bridgehost program");
     const flags = ["--port", String(this.port), "--data", this.#data, "--token", this.token];
-    const child = spawn(program, [...flags, "--demo"], { stdio: ["ignore", "pipe", "inherit"] });
+    const child = spawn(program, [...flags, "--demo", ...this.more], {
+      stdio: ["ignore", "pipe", "inherit"],
+    });
     this.#process = child;
     const line = await firstLine(child);
     const port = /^listening on http:\/\/127\.0\.0\.1:(\d+)\/\?token=/.exec(line)?.[1];

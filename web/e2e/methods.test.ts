@@ -2,7 +2,7 @@ import assert from "node:assert/strict";
 import { after, before, test } from "node:test";
 import type { Browser } from "playwright-core";
 import { Host } from "./host.ts";
-import { channelPage } from "./channel_page.ts";
+import { call, channelPage, endsAnsweredOnce, user } from "./channel_page.ts";
 import { ChatPage, launch } from "./pages.ts";
 
 const host = new Host();
@@ -18,10 +18,6 @@ after(async () => {
   await browser?.close();
   await host.remove();
 });
-
-function user(nick: string): { appkey: string; nick: string } {
-  return { appkey: "cnbazaro", nick };
-}
 
 const cid = user("lighthouse");
 const text = [{ type: 0, value: "from every method" }];
@@ -71,17 +67,6 @@ interface Sent {
   msgstatus: number;
 }
 
-async function call(chat: ChatPage, path: string, method: string, request: unknown) {
-  const json = JSON.stringify(request);
-  const answer = await chat.page.evaluate(
-    ([path, method, json]) => window.call(path!, method!, json!),
-    [path, method, json],
-  );
-  const envelope = JSON.parse(answer.payload) as Record<string, unknown>;
-  assert.deepEqual(Object.keys(envelope).slice(0, 3), ["code", "subcode", "result"], method);
-  return { ...answer, envelope };
-}
-
 async function newest(chat: ChatPage, cid: object): Promise<Sent | undefined> {
   const page = await call(chat, "im.singlemsg", "GetLocalHisMsg", { cid, count: 1 });
   return (page.envelope["msgs"] as Sent[])[0];
@@ -99,13 +84,6 @@ async function newestWith(
     if (message && wanted(message)) return message;
   }
   throw new Error("the newest message never became what was waited for");
-}
-
-function endsAnsweredOnce(chat: ChatPage): void {
-  const channel = chat.connections.at(-1)!;
-  const answered = channel.received.filter(({ kind }) => kind === "answer").map(({ seq }) => seq);
-  assert.equal(new Set(answered).size, answered.length);
-  assert.equal(answered.length, channel.sent.length);
 }
 
 test("every method of single chat serves a good request", async () => {

@@ -62,9 +62,21 @@ export class ChatPage {
   /** Opens a window and signs in. */
   static async signedIn(browser: Browser, url: string, nick: string): Promise<ChatPage> {
     const chat = await ChatPage.open(browser, url);
-    await chat.page.getByRole("button", { name: nick }).click();
-    await chat.page.getByRole("heading", { name: nick }).waitFor();
+    await chat.signIn(nick);
     return chat;
+  }
+
+  /** Opens another tab beside this one, and signs in there. */
+  async tab(url: string, nick: string): Promise<ChatPage> {
+    const chat = new ChatPage(await this.page.context().newPage());
+    await chat.page.goto(url);
+    await chat.signIn(nick);
+    return chat;
+  }
+
+  async signIn(nick: string): Promise<void> {
+    await this.page.getByRole("button", { name: nick }).click();
+    await this.page.getByRole("heading", { name: nick }).waitFor();
   }
 
   close(): Promise<void> {

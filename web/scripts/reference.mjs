@@ -111,6 +111,11 @@ export function reference(description, examples) {
   }
   text += "\n## Events that a page raises\n\n";
   for (const event of description["x-page-events"]) text += noticePart(event, schemas);
+  text += "\n## What bridgehost serves itself\n\n";
+  text +=
+    "Called like a module's methods, with `bridgehost.tribes.invoke` as the frame's `method`.\n\n";
+  for (const method of description["x-host-methods"])
+    text += methodPart(method, schemas, examples.methods?.[method.name]);
   text += "\n## Frames of the script channel\n\nEach is the JSON text of an object.\n\n";
   for (const [side, { oneOf }] of Object.entries(description["x-frames"])) {
     for (const frame of oneOf) {

@@ -4,6 +4,7 @@ import { render } from "preact";
 import { fetchEmotions, readAsBase64 } from "./files.ts";
 import { ChatStore } from "./store/chat_store.ts";
 import { documentFocus } from "./store/chat_window.ts";
+import { browserTabs } from "./store/tabs.ts";
 import { App } from "./views/app.tsx";
 import { StoreProvider } from "./views/context.ts";
 
@@ -12,6 +13,7 @@ const store = new ChatStore<File>(client, {
   storage: sessionStorage,
   memory: localStorage,
   focus: documentFocus(document),
+  tabs: browserTabs("imsdkbridge chat"),
   readFile: readAsBase64,
   emotions: fetchEmotions,
 });

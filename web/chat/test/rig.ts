@@ -1,6 +1,7 @@
 import type { IMPageRequest, IMMessage } from "@imsdkbridge/client";
 import { FakeSocket, rig, until, type SentCall } from "../../client/test/fake_socket.ts";
 import { ChatStore } from "../src/store/chat_store.ts";
+import type { TabChannel } from "../src/store/tabs.ts";
 
 export { until };
 
@@ -31,23 +32,43 @@ export function message(
 /** Answers by method name; what is missing fails as on a host that cannot do it. */
 export type Host = Record<string, (request: never, call: SentCall) => object | undefined>;
 
-/** A chat on fake connections, with a host played by `host`, signed in as "me". */
-export async function chat(host: Host) {
-  const stored = new Map<string, string>([
-    ["session", JSON.stringify({ userid: user("me"), token: "t" })],
-  ]);
-  const storage = {
+/** What tabs of one browser share: a memory, and a way to speak to each other. */
+export class SharedTabs {
+  readonly memory = new Map<string, string>();
+  readonly #receivers: ((value: unknown) => void)[] = [];
+
+  channel(): TabChannel {
+    let own: (value: unknown) => void = () => {};
+    return {
+      post: (value) => {
+        const others = this.#receivers.filter((receive) => receive !== own);
+        for (const receive of others) queueMicrotask(() => receive(structuredClone(value)));
+      },
+      onReceive: (receive) => void this.#receivers.push((own = receive)),
+    };
+  }
+}
+
+function storageOf(stored: Map<string, string>): Storage {
+  return {
     getItem: (key: string) => stored.get(key) ?? null,
     setItem: (key: string, value: string) => void stored.set(key, value),
     removeItem: (key: string) => void stored.delete(key),
   } as Storage;
+}
+
+/** A chat on fake connections, with a host played by `host`, signed in as `me` in one tab. */
+export async function chat(host: Host, shared = new SharedTabs(), me = user("me")) {
+  const stored = new Map<string, string>([["session", JSON.stringify({ userid: me, token: "t" })]]);
   const focus = { shown: true, changed: () => {} };
-  const respond = (call: SentCall) =>
-    (host[call.name] ?? defaults[call.name])?.(call.request as never, call);
+  const login = () => ({ userid: me, token: "t2", expires: "0" });
+  const answers: Host = { ...defaults, DoLoginByToken: login, ...host };
+  const respond = (call: SentCall) => answers[call.name]?.(call.request as never, call);
   const { client, sockets, socket } = rig({ onConnect: (direct) => store.restore(direct) });
   const store = new ChatStore(client, {
-    storage,
-    memory: storage,
+    storage: storageOf(stored),
+    memory: storageOf(shared.memory),
+    tabs: shared.channel(),
     focus: {
       visible: () => focus.shown,
       activated: () => focus.shown,
@@ -89,7 +110,6 @@ export async function chat(host: Host) {
 const defaults: Host = {
   register: () => ({}),
   chatWindowState: () => ({}),
-  DoLoginByToken: () => ({ userid: user("me"), token: "t2", expires: "0" }),
   GetUnreadCountInBulk: () => ({ unreads: [{ cid: user("peer"), count: 0 }] }),
   GetUnreadCount: () => ({ count: 0 }),
   GetNewMsg: () => ({ outofcache: 1, msgs: [] }),
@@ -116,8 +136,8 @@ export const run = (from: number, to: number) =>
   Array.from({ length: to - from }, (_, index) => message({ id: from + index }));
 
 /** A chat that shows the conversation with "peer". */
-export async function shown(all: IMMessage[], host: Host = {}) {
-  const rig = await chat({ GetLocalHisMsg: history(all), ...host });
+export async function shown(all: IMMessage[], host: Host = {}, shared?: SharedTabs) {
+  const rig = await chat({ GetLocalHisMsg: history(all), ...host }, shared);
   rig.store.open(peer);
   const thread = rig.store.threads.of(peer);
   await until(() => thread.value.status === "ready");

@@ -1,14 +1,13 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { AutoReplies } from "../src/store/auto_replies.ts";
 import { keyOf } from "../src/store/users.ts";
-import { chat, peer, user } from "./rig.ts";
+import { chat, peer, SharedTabs, user, type Host } from "./rig.ts";
 
 test("whose automatic replies are ignored is remembered by account, once the host took it", async () => {
   let result = "full";
-  const { store, socket, stored, client } = await chat({
-    ShieldAutoReply: () => (result ? { code: -1, result } : {}),
-  });
+  const shared = new SharedTabs();
+  const host: Host = { ShieldAutoReply: () => (result ? { code: -1, result } : {}) };
+  const { store, socket, client } = await chat(host, shared);
   const { autoReplies, toasts } = store;
   await autoReplies.setIgnored(peer, true);
   assert.equal(autoReplies.ignored.value.size, 0);
@@ -16,12 +15,14 @@ test("whose automatic replies are ignored is remembered by account, once the hos
   result = "";
   await autoReplies.setIgnored(peer, true);
   assert.deepEqual(socket().named("ShieldAutoReply").at(-1)!.request, { cid: peer, setignore: 1 });
-  const memory = { getItem: (key: string) => stored.get(key) ?? null } as Storage;
-  const later = new AutoReplies(client, memory, toasts);
-  later.enter(user("somebody else"));
-  assert.equal(later.ignored.value.size, 0);
-  later.enter(user("me"));
-  assert.deepEqual([...later.ignored.value], [keyOf(peer)]);
+  for (const [nick, ignored] of [
+    ["somebody else", []],
+    ["me", [keyOf(peer)]],
+  ] as const) {
+    const later = await chat(host, shared, user(nick));
+    assert.deepEqual([...later.store.autoReplies.ignored.value], ignored, nick);
+    later.client.close();
+  }
   await autoReplies.setIgnored(peer, false);
   assert.equal(autoReplies.ignored.value.size, 0);
   client.close();

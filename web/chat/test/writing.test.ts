@@ -6,7 +6,7 @@ import { Typing } from "../src/store/typing.ts";
 import { keyOf } from "../src/store/users.ts";
 import { chat, message, peer, shown, until, user } from "./rig.ts";
 
-test("withdraw, delete, forward and broadcast: requests, outcome, and the reason of a failure", async () => {
+test("withdraw and delete: requests, outcome, and the reason of a failure", async () => {
   const all = [
     message({ id: 1 }),
     message({ id: 2, from: "me", msgstatus: 1 }),
@@ -17,22 +17,17 @@ test("withdraw, delete, forward and broadcast: requests, outcome, and the reason
   const { store, thread, ids, requests, socket, client } = await shown(all, {
     DoChatMsgWithdraw: outcome,
     DeleteLocalMsg: outcome,
-    ForwardChatMsg: outcome,
-    SendBroadcastMsg: outcome,
   });
   const { actions, toasts } = store;
   const last = () => store.conversations.sorted.value[0]?.last;
-  const others = [user("a"), user("b")];
   await until(() => last()?.msgid === "3");
 
   result = "too late";
   await actions.withdraw(all[1]!);
   assert.equal(await actions.remove(peer, ["1"]), false);
-  assert.equal(await actions.forward(all, others), false);
-  assert.equal(requests("ForwardChatMsg").length, 1, "the rest is not sent after a failure");
   assert.deepEqual(
     toasts.all.value.map(({ text }) => /too late/.test(text)),
-    [true, true, true],
+    [true, true],
   );
   assert.deepEqual(ids(), [1, 2, 3]);
 
@@ -41,20 +36,6 @@ test("withdraw, delete, forward and broadcast: requests, outcome, and the reason
   socket().notify("onMsgWithdrawNty", { code: 0, withdraws: [withdrawn] });
   assert.equal(thread.value.messages[2]!.msgbody, "");
   assert.equal(last()?.msgstatus, IMMsgStatus.kMsgWithdrawn);
-  assert.equal(await actions.forward([all[0]!, all[1]!], others), true);
-  assert.deepEqual(requests("ForwardChatMsg").slice(1), [
-    { cids: others, msgbody: [], msgtype: 0, msgid: "1" },
-    { cids: others, msgbody: [], msgtype: 0, msgid: "2" },
-  ]);
-  // The list tells what became of it, though that conversation was never opened.
-  const copy = message({ id: 4, from: "me", cid: others[0]! });
-  socket().notify("onSendNewMsg", { msgs: [copy] });
-  socket().notify("onSendMsgStatus", { code: -4, result: "no such user", msgid: "4", svrtime: "" });
-  assert.equal(last()?.msgstatus, IMMsgStatus.kMsgFailed);
-  store.conversations.remove(others[0]!);
-  assert.equal(await actions.broadcast("all hands", others), true);
-  const msgbody = [{ type: 0, value: "all hands" }];
-  assert.deepEqual(requests("SendBroadcastMsg"), [{ cids: others, msgbody }]);
 
   all.splice(0, 1);
   assert.equal(await actions.remove(peer, ["1"]), true);
@@ -164,17 +145,17 @@ test("emotions: the text that the host converted is what is sent and what lands"
       able ? { value: value.replace("/:smile", token) } : { code: -1, result: "" },
     SendNormalChatMsg: () => ({}),
   });
-  for (const text of ["hi /:smile", "plain /:smile"]) {
+  for (const text of ["hi /:smile", "plain /:smile |filepath="]) {
     store.outbox.setDraft(peer, text);
     await store.send();
     able = false;
   }
   const values = requests("SendNormalChatMsg").map(({ msgbody }: never) => msgbody[0]["value"]);
-  assert.deepEqual(values, [`hi ${token}`, "plain /:smile"]);
+  assert.deepEqual(values, [`hi ${token}`, "plain /:smile |\u200bfilepath="]);
   socket().notify("onSendNewMsg", { msgs: [message({ id: 1, from: "me", body: `hi ${token}` })] });
   assert.deepEqual(
     store.outbox.outgoing.value.map(({ text }) => text),
-    ["plain /:smile"],
+    ["plain /:smile |filepath="],
   );
   client.close();
 });

@@ -15,18 +15,25 @@ export class AutoReplies {
   readonly #client: BridgeClient;
   readonly #memory: Storage;
   readonly #toasts: Toasts;
+  readonly #changed: () => void;
   #owner = "";
 
-  /** `memory` outlives the tab. */
-  constructor(client: BridgeClient, memory: Storage, toasts: Toasts) {
+  /** `memory` outlives the tab; `changed` is told about each choice. */
+  constructor(client: BridgeClient, memory: Storage, toasts: Toasts, changed: () => void) {
     this.#client = client;
     this.#memory = memory;
     this.#toasts = toasts;
+    this.#changed = changed;
   }
 
   /** Takes up what this account chose before. */
   enter(me: IMUserID): void {
     this.#owner = `automatic replies ignored ${keyOf(me)}`;
+    this.load();
+  }
+
+  /** Reads what is remembered; another tab may have changed it. */
+  load(): void {
     this.ignored.value = new Set(JSON.parse(this.#memory.getItem(this.#owner) ?? "[]") as string[]);
   }
 
@@ -39,11 +46,13 @@ export class AutoReplies {
       return;
     }
     if (owner !== this.#owner) return;
+    this.load();
     const ignored = new Set(this.ignored.value);
     if (ignore) ignored.add(keyOf(cid));
     else ignored.delete(keyOf(cid));
     this.ignored.value = ignored;
     this.#memory.setItem(owner, JSON.stringify([...ignored]));
+    this.#changed();
     const words = ignore ? "no longer announced" : "announced again";
     this.#toasts.show(`Automatic replies of ${cid.nick} are ${words}`);
   }

@@ -6,13 +6,14 @@ import type {
   IMUserID,
 } from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
-import { preview } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
+import { Arrivals } from "./arrivals.ts";
 import { Attachments, type LocalFile, type ReadFile } from "./attachments.ts";
 import { AutoReplies } from "./auto_replies.ts";
 import { ChatWindow, type PageFocus } from "./chat_window.ts";
 import { ConversationSearch } from "./conversation_search.ts";
 import { Conversations } from "./conversations.ts";
+import { Deliveries } from "./deliveries.ts";
 import { Emotions, type Emotion } from "./emotions.ts";
 import { Faces } from "./faces.ts";
 import { GlobalSearch } from "./global_search.ts";
@@ -24,14 +25,12 @@ import { Roaming } from "./roaming.ts";
 import { Selection } from "./selection.ts";
 import { Session } from "./session.ts";
 import { Shaking } from "./shaking.ts";
+import { Tabs, type TabChannel, type TabNews } from "./tabs.ts";
 import { Threads } from "./threads.ts";
 import { Toasts } from "./toasts.ts";
 import { Translations } from "./translation.ts";
 import { Typing } from "./typing.ts";
-import { appkey, keyOf, sameUser } from "./users.ts";
-
-/** How many new messages are taken in at a time. */
-const intakeCount = 40;
+import { keyOf, sameUser } from "./users.ts";
 
 /** What the store needs of the page around it. */
 export interface Surroundings<F extends LocalFile = LocalFile> {
@@ -40,6 +39,7 @@ export interface Surroundings<F extends LocalFile = LocalFile> {
   /** Outlives the tab. */
   memory: Storage;
   focus: PageFocus;
+  tabs: TabChannel;
   readFile: ReadFile<F>;
   emotions: () => Promise<readonly Emotion[]>;
 }
@@ -50,6 +50,12 @@ export type Dialog =
   | { kind: "delete"; cid: IMUserID; msgids: readonly string[] | "all" }
   | { kind: "broadcast" | "search" | "settings" };
 
+/** A message that was jumped to, and the words in it that were searched for. */
+export interface Target {
+  msgid: string;
+  keywords: readonly string[];
+}
+
 /** The chat's whole state, and everything a person can do; views read signals and call methods. */
 export class ChatStore<F extends LocalFile = LocalFile> {
   readonly connection = signal<{ state: ConnectionState; reason: string }>({
@@ -59,7 +65,9 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   /** The conversation in the message pane. */
   readonly active = signal<IMUserID | undefined>(undefined);
   /** The message to bring into view; another object for each wish. */
-  readonly target = signal<{ msgid: string } | undefined>(undefined);
+  readonly target = signal<Target | undefined>(undefined);
+  /** Grows with each wish to see the newest end of the shown conversation. */
+  readonly endWishes = signal(0);
   /** The newest event in words, for screen readers. */
   readonly announcement = signal("");
   readonly dialog = signal<Dialog | undefined>(undefined);
@@ -77,6 +85,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly autoReplies: AutoReplies;
   readonly roaming: Roaming;
   readonly actions: MessageActions;
+  readonly deliveries: Deliveries;
   readonly selection = new Selection();
   readonly search: ConversationSearch;
   readonly globalSearch: GlobalSearch;
@@ -87,34 +96,48 @@ export class ChatStore<F extends LocalFile = LocalFile> {
 
   readonly #client: BridgeClient;
   readonly #storage: Storage;
+  readonly #tabs: Tabs;
+  readonly #arrivals: Arrivals;
   #account = "";
 
   constructor(client: BridgeClient, around: Surroundings<F>) {
-    const { storage, memory, focus, readFile, emotions } = around;
+    const { storage, memory, focus, tabs, readFile, emotions } = around;
     this.#client = client;
     this.#storage = storage;
     this.session = new Session(client, storage, () => this.#entered());
     this.faces = new Faces(client);
-    this.conversations = new Conversations(client, this.faces);
+    this.#tabs = new Tabs(tabs, (news) => this.#heard(news));
+    this.conversations = new Conversations(client, this.faces, (cid) => this.#inUse(cid));
     this.threads = new Threads(client, this.faces, (cid, messages) => {
       for (const message of messages) this.outbox.landed(message, this.session.me.value);
       this.outbox.reconcile(cid);
+      // The page may have brought what was only on the server.
+      const last = messages.at(-1);
+      if (last) this.conversations.note(last);
     });
     this.outbox = new Outbox(client, storage);
     this.receipts = new Receipts(client, this.threads);
     this.typing = new Typing(client);
     this.shaking = new Shaking(client, this.toasts, (cid) => this.#shaken(cid));
     this.translations = new Translations(client);
-    this.autoReplies = new AutoReplies(client, memory, this.toasts);
-    this.roaming = new Roaming(client);
+    const settingChanged = () => this.#tabs.tell({ kind: "settings" });
+    this.autoReplies = new AutoReplies(client, memory, this.toasts, settingChanged);
+    this.roaming = new Roaming(client, settingChanged);
     const { faces, threads, conversations, toasts } = this;
-    this.actions = new MessageActions({ client, faces, threads, conversations, toasts });
+    const deleted = (cid: IMUserID, msgids: readonly string[] | "all") => {
+      this.#deleted(cid, msgids);
+      this.#tabs.tell({ kind: "deleted", cid, msgids });
+    };
+    this.actions = new MessageActions({ client, faces, threads, conversations, toasts, deleted });
+    const resend = (cid: IMUserID, msgid: string) => this.actions.sendAgain(cid, msgid);
+    this.deliveries = new Deliveries({ client, toasts, resend });
     this.search = new ConversationSearch(client, (hit) => void this.jumpTo(hit.cid, hit.msgid));
     this.globalSearch = new GlobalSearch(client);
     this.attachments = new Attachments(client, readFile);
     this.viewer = new PictureViewer(client);
     this.emotions = new Emotions(emotions);
-    this.window = new ChatWindow(client, focus, (cid) => void this.#takeIn(cid));
+    this.window = new ChatWindow(client, focus, (cid) => void this.#arrivals.takeIn(cid));
+    this.#arrivals = new Arrivals(client, this, this.#tabs);
     this.window.attentive.subscribe((attentive) => {
       if (attentive && this.#account) void conversations.refreshUnreadOnes();
     });
@@ -122,15 +145,9 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.connection.value = { state: client.state, reason: client.reason };
     client.onState((state, reason) => {
       this.connection.value = { state, reason };
-      if (state !== "open") this.outbox.connectionLost();
-    });
-    client.on("onReceiveNewMsg", ({ msgs }) => this.#received(msgs));
-    client.on("onReceiveOfflineMsg", ({ msgs }) => this.#received(msgs));
-    client.on("onReceiveSysMsg", ({ msgs }) => this.#receivedVirtual(msgs));
-    client.on("onReceiveSubscribeMsg", ({ msgs }) => this.#receivedVirtual(msgs));
-    client.on("onSendNewMsg", ({ msgs }) => this.#sent(msgs));
-    client.on("onSendMsgStatus", (status) => {
-      this.conversations.patchLast(status.msgid, this.threads.setStatus(status));
+      if (state === "open") return;
+      this.outbox.connectionLost();
+      this.deliveries.connectionLost();
     });
   }
 
@@ -147,8 +164,10 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   /** Shows a conversation. */
   open(cid: IMUserID): void {
     if (sameUser(cid, this.active.value)) return;
+    const before = this.active.value;
     this.#leave();
     this.active.value = cid;
+    if (before) this.conversations.tidy(before);
     this.#storage.setItem(shownKey(this.#account), JSON.stringify(cid));
     this.window.show(cid);
     void this.threads.open(cid);
@@ -156,27 +175,28 @@ export class ChatStore<F extends LocalFile = LocalFile> {
 
   /** Shows no conversation. */
   closeConversation(): void {
+    const before = this.active.value;
     this.#leave();
     this.active.value = undefined;
+    if (before) this.conversations.tidy(before);
     this.#storage.removeItem(shownKey(this.#account));
     this.window.show(undefined);
   }
 
-  /** Shows the conversation with an account that may not be in the list yet. */
-  startChat(nick: string): void {
-    const cid = { appkey, nick };
+  /** Shows a conversation that may not be in the list yet. */
+  startChat(cid: IMUserID): void {
     this.conversations.ensure(cid);
     this.open(cid);
   }
 
-  /** Shows a message, with its conversation around it. */
-  async jumpTo(cid: IMUserID, msgid: string): Promise<void> {
+  /** Shows a message, with its conversation around it; `keywords` are marked in it. */
+  async jumpTo(cid: IMUserID, msgid: string, keywords: readonly string[] = []): Promise<void> {
     this.open(cid);
-    const wish = (this.target.value = { msgid });
+    const wish = (this.target.value = { msgid, keywords });
     try {
       await this.threads.loadAround(cid, msgid);
       // The list may have looked for it before it was loaded.
-      if (this.target.value === wish) this.target.value = { msgid };
+      if (this.target.value === wish) this.target.value = { ...wish };
     } catch (error) {
       this.toasts.problem(`The message cannot be shown: ${textOf(error)}.`);
     }
@@ -191,6 +211,14 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     const after = this.threads.of(cid).value.messages.at(-1);
     const text = this.outbox.send(cid, after);
     await this.attachments.send(cid, text);
+  }
+
+  /** Shows the newest end of a conversation, if it is the shown one. */
+  async showEnd(cid: IMUserID): Promise<void> {
+    if (!sameUser(cid, this.active.value)) return;
+    this.target.value = undefined;
+    await this.threads.toNewest(cid);
+    this.endWishes.value++;
   }
 
   #leave(): void {
@@ -215,75 +243,72 @@ export class ChatStore<F extends LocalFile = LocalFile> {
         this.threads.clear();
         this.faces.clear();
         this.attachments.clear();
+        this.deliveries.clear();
       });
     }
     this.outbox.enter(me);
+    this.#tabs.enter(me);
     this.autoReplies.enter(me);
     this.threads.markStale();
     void this.conversations.load().then(() => {
       // Which ones are virtual is known only now.
-      if (shown && !this.active.value && this.#account === account) this.open(JSON.parse(shown));
+      if (this.#account !== account) return;
+      this.outbox.held().forEach((cid) => this.conversations.ensure(cid));
+      if (shown && !this.active.value) this.startChat(JSON.parse(shown));
     });
     void this.translations.load();
+    void this.deliveries.catchUp();
     this.window.tellAgain();
     if (this.active.value) void this.threads.open(this.active.value);
   }
 
-  #received(messages: readonly IMMessage[]): void {
-    this.#stored(messages);
-    for (const cid of conversationsOf(messages)) {
-      this.typing.arrived(cid);
-      if (this.window.shows(cid)) void this.#takeIn(cid);
-      else void this.conversations.refreshUnread(cid);
+  /** Whether a conversation is to stay in the list although there is no message in it. */
+  #inUse(cid: IMUserID): boolean {
+    return this.#written(cid) || sameUser(cid, this.active.value);
+  }
+
+  /** Whether there is something for this conversation that did not become a message yet. */
+  #written(cid: IMUserID): boolean {
+    return this.outbox.holds(cid) || this.attachments.of(cid).length > 0;
+  }
+
+  /** Messages, or all of a conversation, are gone from this device. */
+  #deleted(cid: IMUserID, msgids: readonly string[] | "all"): void {
+    const gone = msgids === "all" ? "all" : new Set(msgids);
+    const active = sameUser(cid, this.active.value);
+    this.threads.remove(cid, gone);
+    if (active) this.selection.drop(gone);
+    // What is written there keeps its place.
+    if (gone === "all" && !this.#written(cid)) {
+      if (active) this.closeConversation();
+      this.conversations.remove(cid);
     }
-    const last = messages.at(-1);
-    if (last) this.announcement.value = `${last.fromid.nick}: ${preview(last)}`;
+    void this.conversations.refreshLast(cid);
+    void this.conversations.refreshUnread(cid);
   }
 
-  #receivedVirtual(messages: readonly IMMessage[]): void {
-    for (const { cid } of messages) this.faces.addVirtual(cid);
-    this.#received(messages);
-  }
-
-  #sent(messages: readonly IMMessage[]): void {
-    batch(() => {
-      this.#stored(messages);
-      for (const message of messages) this.outbox.landed(message, this.session.me.value);
-    });
-  }
-
-  #stored(messages: readonly IMMessage[]): void {
-    batch(() => {
-      this.threads.add(messages);
-      for (const message of messages) this.conversations.note(message);
-    });
+  /** Another tab of the account did something that the host does not tell. */
+  #heard(news: TabNews): void {
+    switch (news.kind) {
+      case "read":
+        return void this.conversations.refreshUnread(news.cid);
+      case "deleted":
+        return this.#deleted(news.cid, news.msgids);
+      case "settings":
+        this.autoReplies.load();
+        return void this.roaming.load();
+    }
   }
 
   #shaken(cid: IMUserID): void {
     const text = `${cid.nick} shook your window`;
     this.announcement.value = text;
     if (this.window.shows(cid)) return;
-    this.toasts.show(text, "note", { label: "Open", run: () => this.open(cid) });
-  }
-
-  /** The person sees this conversation: its new messages are taken in, which marks them read. */
-  async #takeIn(cid: IMUserID): Promise<void> {
-    const request = { cid, msgtime: "", msgid: "", count: intakeCount, gohistory: 1 };
-    try {
-      const { msgs } = await this.faces.of(cid).GetNewMsg(request);
-      this.#stored(msgs);
-    } catch {
-      // They are marked read the next time the conversation is shown.
-    }
-    await this.conversations.refreshUnread(cid);
+    this.toasts.show(text, "note", { action: { label: "Open", run: () => this.open(cid) } });
   }
 }
 
 /** Where the tab keeps which conversation an account has in front, for after a reload. */
 function shownKey(account: string): string {
   return `shown ${account}`;
-}
-
-function conversationsOf(messages: readonly IMMessage[]): IMUserID[] {
-  return [...new Map(messages.map(({ cid }) => [keyOf(cid), cid])).values()];
 }

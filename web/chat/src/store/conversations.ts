@@ -32,14 +32,17 @@ export class Conversations {
 
   readonly #client: BridgeClient;
   readonly #faces: Faces;
+  readonly #keeps: (cid: IMUserID) => boolean;
   /** Grows when the account changes, so that answers meant for the one before are dropped. */
   #generation = 0;
   /** Unread counts being asked for; true when asked for again meanwhile. */
   readonly #asking = new Map<string, boolean>();
 
-  constructor(client: BridgeClient, faces: Faces) {
+  /** `keeps` tells of a conversation without messages whether it stays in the list. */
+  constructor(client: BridgeClient, faces: Faces, keeps: (cid: IMUserID) => boolean) {
     this.#client = client;
     this.#faces = faces;
+    this.#keeps = keeps;
   }
 
   /** Forgets everything; for a change of account. */
@@ -62,16 +65,17 @@ export class Conversations {
       const unreads = [...single.unreads, ...virtual.unreads];
       if (generation !== this.#generation) return;
       for (const { cid, count } of unreads) this.#change(cid, { unread: count });
-      const queue = unreads.map(({ cid }) => cid);
+      // What is known and not among them may be gone.
+      const queue = [...this.#all.value.values()].map(({ cid }) => cid);
       const work = async () => {
         for (let cid = queue.shift(); cid; cid = queue.shift()) {
-          const last = await this.#newest(cid);
-          if (generation !== this.#generation) return;
-          if (last) this.note(last);
+          await this.#renew(cid, generation);
         }
       };
       await Promise.all(Array.from({ length: lanes }, work));
-      if (generation === this.#generation) this.status.value = "ready";
+      if (generation !== this.#generation) return;
+      this.status.value = "ready";
+      for (const { cid } of this.sorted.peek()) this.tidy(cid);
     } catch (error) {
       if (generation !== this.#generation) return;
       this.problem.value = textOf(error);
@@ -116,10 +120,18 @@ export class Conversations {
     this.#all.value = all;
   }
 
+  /** Takes a conversation out of the list if there is nothing in it that anybody wrote. */
+  tidy(cid: IMUserID): void {
+    const known = this.#all.value.get(keyOf(cid));
+    const empty = known && !known.last && known.unread === 0;
+    if (this.status.value === "ready" && empty && !this.#keeps(cid)) this.remove(cid);
+  }
+
   /** Asks the host for the newest message anew, after the one known may have gone. */
   async refreshLast(cid: IMUserID): Promise<void> {
     try {
-      this.#change(cid, { last: await this.#newest(cid) });
+      await this.#renew(cid, this.#generation);
+      this.tidy(cid);
     } catch {
       // The line keeps its old words until the list is loaded again.
     }
@@ -135,7 +147,8 @@ export class Conversations {
       do {
         this.#asking.set(key, false);
         const { count } = await this.#faces.of(cid).GetUnreadCount({ cid });
-        this.#change(cid, { unread: count });
+        // A conversation that was deleted meanwhile does not come back by it.
+        if (this.#all.value.has(key)) this.#change(cid, { unread: count });
       } while (this.#asking.get(key));
     } catch {
       // The count stays as it was; the next event or connection asks again.
@@ -150,10 +163,17 @@ export class Conversations {
     await Promise.all(unread.map(({ cid }) => this.refreshUnread(cid)));
   }
 
-  async #newest(cid: IMUserID): Promise<IMMessage | undefined> {
+  /** Asks for the newest message; what came or went while the host was asked counts more. */
+  async #renew(cid: IMUserID, generation: number): Promise<void> {
+    const last = () => this.#all.value.get(keyOf(cid))?.last;
+    const before = last();
     const request = { cid, msgtime: "", msgid: "", count: 1, gohistory: 1 };
     const { msgs } = await this.#faces.of(cid).GetLocalHisMsg(request);
-    return msgs.at(-1);
+    const newest = msgs.at(-1);
+    if (generation !== this.#generation || !this.#all.value.has(keyOf(cid))) return;
+    const now = last();
+    if (now === before) this.#change(cid, { last: newest });
+    else if (newest && (!now || comparePositions(newest, now) > 0)) this.note(newest);
   }
 
   #change(cid: IMUserID, change: Partial<Conversation>): void {

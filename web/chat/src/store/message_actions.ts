@@ -1,6 +1,5 @@
 import {
   IMMsgStatus,
-  IMMsgType,
   type BridgeClient,
   type IMMessage,
   type IMUserID,
@@ -8,7 +7,6 @@ import {
 } from "@imsdkbridge/client";
 import { textOf } from "../text/reasons.ts";
 import type { Conversations } from "./conversations.ts";
-import { withEmotions } from "./emotion_text.ts";
 import type { Faces } from "./faces.ts";
 import type { Threads } from "./threads.ts";
 import type { Toasts } from "./toasts.ts";
@@ -19,9 +17,11 @@ interface Parts {
   threads: Threads;
   conversations: Conversations;
   toasts: Toasts;
+  /** Told about messages, or all of a conversation, that were deleted. */
+  deleted: (cid: IMUserID, msgids: readonly string[] | "all") => void;
 }
 
-/** What a person can do with messages that are there already, and what the peer does with them. */
+/** What a person can do with messages where they stand, and what the peer does with them. */
 export class MessageActions {
   readonly #parts: Parts;
 
@@ -42,21 +42,29 @@ export class MessageActions {
     }
   }
 
-  /** Sends a failed message again. */
-  async resend({ cid, msgid, msgtype, svrtime }: IMMessage): Promise<void> {
-    const { client, threads } = this.#parts;
-    threads.patch(msgid, { msgstatus: IMMsgStatus.kMsgSending });
+  /** Sends a failed message again; why that fails stands below it. */
+  async resend({ cid, msgid }: IMMessage): Promise<void> {
+    await this.sendAgain(cid, msgid).catch(() => {});
+  }
+
+  /** Sends a failed message again; rejects when the host does not take it. */
+  async sendAgain(cid: IMUserID, msgid: string): Promise<void> {
+    const { client, threads, conversations } = this.#parts;
+    const sending = { msgstatus: IMMsgStatus.kMsgSending };
+    threads.patch(msgid, sending);
+    conversations.patchLast(msgid, sending);
     try {
       await client.singlemsg.ReSendChatMsg({ cid, msgid });
     } catch (error) {
-      const result = textOf(error);
-      threads.setStatus({ code: -1, subcode: 0, result, msgtype, msgid, svrtime });
+      const outcome = { code: -1, result: textOf(error), msgid, svrtime: "" };
+      conversations.patchLast(msgid, threads.setStatus(outcome));
+      throw error;
     }
   }
 
   /** Deletes messages, or all of a conversation, from this device. Tells whether it was done. */
   async remove(cid: IMUserID, msgids: readonly string[] | "all"): Promise<boolean> {
-    const { faces, threads, conversations, toasts } = this.#parts;
+    const { faces, toasts } = this.#parts;
     const which = msgids === "all" ? { all: 1 } : { msgids: [...msgids] };
     try {
       await faces.of(cid).DeleteLocalMsg({ cid, ...which });
@@ -64,47 +72,7 @@ export class MessageActions {
       toasts.problem(`Nothing was deleted: ${textOf(error)}.`);
       return false;
     }
-    threads.remove(cid, msgids === "all" ? "all" : new Set(msgids));
-    if (msgids === "all") conversations.remove(cid);
-    else await conversations.refreshLast(cid);
-    return true;
-  }
-
-  /** Sends messages on to other conversations, in their order. */
-  async forward(messages: readonly IMMessage[], cids: readonly IMUserID[]): Promise<boolean> {
-    const { client } = this.#parts;
-    return this.#toMany("Forwarded to", cids, async () => {
-      for (const { msgid, msgtype } of messages) {
-        const request = { cids: [...cids], msgbody: [], msgtype, msgid };
-        await client.singlemsg.ForwardChatMsg(request);
-      }
-    });
-  }
-
-  /** Sends one text to several people, each in a conversation of its own. */
-  async broadcast(text: string, cids: readonly IMUserID[]): Promise<boolean> {
-    const { client } = this.#parts;
-    return this.#toMany("Sent to", cids, async () => {
-      const value = await withEmotions(client, text);
-      const msgbody = [{ type: IMMsgType.kMsgText, value }];
-      await client.singlemsg.SendBroadcastMsg({ cids: [...cids], msgbody });
-    });
-  }
-
-  async #toMany(
-    done: string,
-    cids: readonly IMUserID[],
-    send: () => Promise<void>,
-  ): Promise<boolean> {
-    const { toasts } = this.#parts;
-    try {
-      await send();
-    } catch (error) {
-      toasts.problem(`Not everybody got it: ${textOf(error)}.`);
-      return false;
-    }
-    const names = cids.length > 3 ? `${cids.length} people` : cids.map((c) => c.nick).join(", ");
-    toasts.show(`${done} ${names}`);
+    this.#parts.deleted(cid, msgids);
     return true;
   }
 

@@ -8,7 +8,7 @@ import {
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { withEmotions } from "./emotion_text.ts";
-import { comparePositions, keyOf, sameUser, type Position } from "./users.ts";
+import { comparePositions, keyOf, sameUser, userOf, type Position } from "./users.ts";
 
 /** A text on its way to becoming a message. */
 export interface Outgoing {
@@ -68,6 +68,18 @@ export class Outbox {
     this.notices.value = {};
     this.outgoing.value = outgoing.map((entry) => ({ ...entry, state: "uncertain" }));
     this.#nextId = 1 + Math.max(0, ...outgoing.map((entry) => entry.id));
+  }
+
+  /** Whether something is written to this conversation that did not become a message yet. */
+  holds(cid: IMUserID): boolean {
+    const draft = this.drafts.value[keyOf(cid)] ?? "";
+    return draft.trim() !== "" || this.outgoing.value.some((entry) => sameUser(entry.cid, cid));
+  }
+
+  /** The conversations that drafts are written to. */
+  held(): IMUserID[] {
+    const keys = Object.entries(this.drafts.value).filter(([, draft]) => draft.trim());
+    return keys.map(([key]) => userOf(key));
   }
 
   setDraft(cid: IMUserID, text: string): void {

@@ -57,6 +57,13 @@ export class PagedSearch {
     this.#timer = setTimeout(() => void this.#next(), this.#rest);
   }
 
+  /** Asks now instead of when the typing rests. */
+  hurry(): void {
+    if (this.#timer === undefined) return;
+    clearTimeout(this.#timer);
+    void this.#next();
+  }
+
   /** Asks again, after a failure. */
   retry(): Promise<void> {
     return this.#next();
@@ -75,6 +82,7 @@ export class PagedSearch {
 
   #drop(): void {
     clearTimeout(this.#timer);
+    this.#timer = undefined;
     this.#running.abort();
     this.#page = this.#pages = 0;
     batch(() => {
@@ -85,6 +93,7 @@ export class PagedSearch {
   }
 
   async #next(): Promise<void> {
+    this.#timer = undefined;
     const running = (this.#running = new AbortController());
     this.status.value = "searching";
     try {

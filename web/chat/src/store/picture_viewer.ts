@@ -1,6 +1,10 @@
-import type { BridgeClient, IMMsgPicture, IMUserID } from "@imsdkbridge/client";
+import {
+  unescaped,
+  type BridgeClient,
+  type IMMsgPicture,
+  type IMUserID,
+} from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
-import { unescaped } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
 
 /** Pictures per request. */

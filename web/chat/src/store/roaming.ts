@@ -10,9 +10,12 @@ export class Roaming {
   readonly problem = signal("");
 
   readonly #client: BridgeClient;
+  readonly #changed: () => void;
 
-  constructor(client: BridgeClient) {
+  /** `changed` is told about each change made here. */
+  constructor(client: BridgeClient, changed: () => void) {
     this.#client = client;
+    this.#changed = changed;
   }
 
   /** Learns what holds now. */
@@ -34,6 +37,7 @@ export class Roaming {
       await this.#client.singlemsg.SetRoamStatus({
         roamstatus: enable ? IMRoaming.kRoamingOn : IMRoaming.kRoamingOff,
       });
+      this.#changed();
       await this.load();
     } catch (error) {
       this.problem.value = `The setting was not changed: ${textOf(error)}.`;

@@ -19,6 +19,14 @@ export class Selection {
     this.chosen.value = chosen;
   }
 
+  /** Messages are gone; with the last chosen one the choosing ends. */
+  drop(msgids: ReadonlySet<string> | "all"): void {
+    const rest = [...this.chosen.value].filter(([id]) => msgids !== "all" && !msgids.has(id));
+    if (rest.length === this.chosen.value.size) return;
+    if (rest.length === 0) this.end();
+    else this.chosen.value = new Map(rest);
+  }
+
   end(): void {
     this.active.value = false;
     this.chosen.value = new Map();

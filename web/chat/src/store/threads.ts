@@ -27,6 +27,9 @@ export interface Thread {
   newer: Edge;
 }
 
+/** What became of a sent message. */
+type SendOutcome = Pick<SendMsgStatusNotify, "msgid" | "code" | "svrtime" | "result">;
+
 /** Messages per page of history. */
 const pageSize = 40;
 const newestEnd: Position = { msgtime: "", msgid: "" };
@@ -212,7 +215,8 @@ export class Threads {
 
   /** Takes messages out, or with "all" every one of the conversation. */
   remove(cid: IMUserID, msgids: ReadonlySet<string> | "all"): void {
-    const thread = this.of(cid);
+    const thread = this.#all.get(keyOf(cid));
+    if (!thread) return;
     const messages =
       msgids === "all" ? [] : thread.value.messages.filter(({ msgid }) => !msgids.has(msgid));
     const ends = msgids === "all" ? ({ older: "none", newer: "none" } as const) : {};
@@ -220,7 +224,7 @@ export class Threads {
   }
 
   /** Takes in what became of a sent message; gives what that changes in it. */
-  setStatus({ msgid, code, svrtime, result }: SendMsgStatusNotify): Partial<IMMessage> {
+  setStatus({ msgid, code, svrtime, result }: SendOutcome): Partial<IMMessage> {
     const failed = code !== 0;
     const failures = new Map(this.failures.value);
     if (failed) failures.set(msgid, result);

@@ -12,6 +12,12 @@ export function keyOf(user: IMUserID): string {
   return `${user.appkey}\n${user.nick}`;
 }
 
+/** The user that a key names. */
+export function userOf(key: string): IMUserID {
+  const [appkey = "", nick = ""] = key.split("\n", 2);
+  return { appkey, nick };
+}
+
 /** Whether both name the same user. */
 export function sameUser(a: IMUserID | undefined, b: IMUserID | undefined): boolean {
   return a !== undefined && b !== undefined && a.appkey === b.appkey && a.nick === b.nick;

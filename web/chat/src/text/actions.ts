@@ -1,5 +1,4 @@
-import { IMMsgStatus, IMMsgType, type IMMessage } from "@imsdkbridge/client";
-import { bodyParts } from "./body.ts";
+import { IMMsgStatus, IMMsgType, readBody, type IMMessage } from "@imsdkbridge/client";
 
 /** What can be done with a message, by name. */
 export type Action =
@@ -8,16 +7,27 @@ export type Action =
 /** Milliseconds after which the server no longer takes a message back. */
 export const withdrawTime = 2 * 60_000;
 
+/** Whether somebody wrote the message, and did not take it back; else a notice stands for it. */
+function isWritten({ msgstatus, msgtype, extinfo }: IMMessage): boolean {
+  return (
+    msgstatus !== IMMsgStatus.kMsgWithdrawn &&
+    msgtype !== IMMsgType.kMsgShake &&
+    !extinfo.syschatmsg
+  );
+}
+
+/** Whether a message can be sent on: a notice has nothing to send, nor has what never went out. */
+export function canForward(message: IMMessage, mine: boolean): boolean {
+  return isWritten(message) && (!mine || message.msgstatus === IMMsgStatus.kMsgSent);
+}
+
 /** What a person can do with a message now, in the order of the menu. */
 export function actionsFor(
   message: IMMessage,
   { mine, readOnly, now }: { mine: boolean; readOnly: boolean; now: number },
 ): Action[] {
-  const written =
-    message.msgstatus !== IMMsgStatus.kMsgWithdrawn &&
-    message.msgtype !== IMMsgType.kMsgShake &&
-    !message.extinfo.syschatmsg;
-  const parts = written ? bodyParts(message) : [];
+  const written = isWritten(message);
+  const parts = written ? readBody(message.msgbody) : [];
   const words = parts.some((part) => part.kind === "text" && part.text.trim());
   const age = now - Number(message.svrtime || message.msgtime);
   const sent = message.msgstatus === IMMsgStatus.kMsgSent;
@@ -25,7 +35,7 @@ export function actionsFor(
     ["open", parts.some(({ kind }) => kind === "picture")],
     ["copy", words],
     ["translate", words && !mine],
-    ["forward", written && !readOnly && (sent || !mine)],
+    ["forward", !readOnly && canForward(message, mine)],
     ["resend", mine && message.msgstatus === IMMsgStatus.kMsgFailed],
     ["withdraw", mine && written && sent && !readOnly && age < withdrawTime],
     ["select", true],

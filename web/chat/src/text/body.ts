@@ -1,76 +1,49 @@
-import { IMMsgStatus, IMMsgType, type IMMessage } from "@imsdkbridge/client";
+import { IMMsgStatus, IMMsgType, readBody, type IMMessage } from "@imsdkbridge/client";
 
-/** One piece of a message body, in display order. */
-export type BodyPart =
-  | { kind: "text"; text: string }
-  | { kind: "picture"; path: string; source: string }
-  | { kind: "emotion"; path: string; shortcut: string; source: string }
-  | { kind: "file"; name: string; path: string };
-
-const value = "[\\w\\-.!~*'()%+]*";
-const token = new RegExp(
-  `pic:(impicture|imemotion)\\|([^?\\s|]*)\\?(filepath=${value}(?:&(?:fileMD5|filetype|shortcut)=${value})*)`,
-  "g",
-);
-const fileBody = /^file:([^|]*)\|filepath=(.*)$/s;
-
-/** Takes a message body apart. The texts of all parts are to be shown as text only. */
-export function bodyParts({
-  msgtype,
-  msgbody,
-}: Pick<IMMessage, "msgtype" | "msgbody">): BodyPart[] {
-  const file = fileBody.exec(msgbody);
-  if (file && (msgtype === IMMsgType.kMsgAudio || msgtype === IMMsgType.kMsgFile)) {
-    return [{ kind: "file", name: file[1]!, path: unescaped(file[2]!) }];
-  }
-  const parts: BodyPart[] = [];
-  let end = 0;
-  for (const match of msgbody.matchAll(token)) {
-    if (match.index > end) parts.push({ kind: "text", text: msgbody.slice(end, match.index) });
-    parts.push(tokenPart(match));
-    end = match.index + match[0].length;
-  }
-  if (end < msgbody.length) parts.push({ kind: "text", text: msgbody.slice(end) });
-  return parts;
+/** What stands for a part of a message where only text can, and whether it is the message's own. */
+export interface Words {
+  text: string;
+  own: boolean;
 }
 
-function tokenPart([source, kind, , query]: RegExpExecArray): BodyPart {
-  const values = new URLSearchParams(query);
-  const path = values.get("filepath") ?? "";
-  return kind === "impicture"
-    ? { kind: "picture", path, source }
-    : { kind: "emotion", path, shortcut: values.get("shortcut") ?? "", source };
-}
-
-/** An escaped path of a token, as it was before; broken escapes stay as they are. */
-export function unescaped(text: string): string {
-  try {
-    return decodeURIComponent(text);
-  } catch {
-    return text;
-  }
-}
-
-/** A message as plain text, for copying: what is no text is named in brackets. */
-export function plainText(message: Pick<IMMessage, "msgtype" | "msgbody">): string {
-  const words = bodyParts(message).map((part) => {
+/** The words of a message: what is no text is named in brackets, an emotion as the caller likes. */
+export function wordsOf(
+  { msgtype, msgbody }: Pick<IMMessage, "msgtype" | "msgbody">,
+  emotion = (shortcut: string) => shortcut || "[Emotion]",
+): Words[] {
+  const words: Words[] = [];
+  let alone = false;
+  for (const part of readBody(msgbody)) {
+    // A picture stands on a line of its own.
+    const breaks = words.length > 0 && (alone || part.kind === "picture");
+    if (breaks && !words.at(-1)!.text.endsWith("\n")) words.push({ text: "\n", own: false });
+    alone = part.kind === "picture";
     switch (part.kind) {
       case "text":
-        return part.text;
+        words.push({ text: part.text, own: true });
+        break;
       case "picture":
-        return "[Picture]";
+        words.push({ text: "[Picture]", own: false });
+        break;
       case "emotion":
-        return part.shortcut || "[Emotion]";
+        words.push({ text: emotion(part.shortcut), own: false });
+        break;
       case "file":
-        return message.msgtype === IMMsgType.kMsgAudio ? "[Voice message]" : `[File] ${part.name}`;
+        if (msgtype === IMMsgType.kMsgAudio) {
+          words.push({ text: "[Voice message]", own: false });
+        } else {
+          words.push({ text: "[File] ", own: false }, { text: part.name, own: true });
+        }
     }
-  });
-  return words.join("");
+  }
+  return words;
 }
 
-/** A message's text in one line, without the whitespace around its words. */
-export function oneLine(message: Pick<IMMessage, "msgtype" | "msgbody">): string {
-  return plainText(message).replace(/\s+/g, " ").trim();
+/** A message as plain text, for copying. */
+export function plainText(message: Pick<IMMessage, "msgtype" | "msgbody">): string {
+  return wordsOf(message)
+    .map(({ text }) => text)
+    .join("");
 }
 
 /** One line that stands for a message in lists; long texts are cut. */

@@ -44,13 +44,17 @@ export function highlighted(text: string, keywords: readonly string[]): Stretch[
   return stretches;
 }
 
-/** The text from shortly before its first hit, so that a hit far inside a text is seen. */
-export function excerpt(text: string, keywords: readonly string[]): string {
-  const [before, hit] = highlighted(text, keywords);
-  if (!before || !hit || before.hit || before.text.length <= 2 * lead) return text;
+/** The stretches from shortly before the first hit, so that a hit far inside a text is seen. */
+export function excerpt(stretches: readonly Stretch[]): readonly Stretch[] {
+  const first = stretches.findIndex(({ hit }) => hit);
+  const before = stretches
+    .slice(0, Math.max(first, 0))
+    .map(({ text }) => text)
+    .join("");
+  if (before.length <= 2 * lead) return stretches;
   // Neither half a word nor half a character, unless it is a word without end.
-  const start = before.text.slice(-lead).replace(/^\S{0,12}\s|^[\udc00-\udfff]/, "");
-  return `…${start}${text.slice(before.text.length)}`;
+  const start = before.slice(-lead).replace(/^\S{0,12}\s|^[\udc00-\udfff]/, "");
+  return [{ text: `…${start}`, hit: false }, ...stretches.slice(first)];
 }
 
 function beginsWord(folded: string, at: number): boolean {

@@ -10,6 +10,7 @@ import { PictureViewer } from "./picture_viewer.tsx";
 import { Sidebar } from "./sidebar.tsx";
 import { SignIn } from "./sign_in.tsx";
 import { ToastStack } from "./toasts.tsx";
+import { useLeaveQuestion } from "./use_leave_question.ts";
 
 /** Milliseconds that a shaken window is marked. */
 const shakeTime = 900;
@@ -42,6 +43,7 @@ function Chat(): JSX.Element {
   const cid = store.active.value;
   const shaking = useShaking(store);
   useShortcuts(store);
+  useLeaveQuestion(store.attachments.all.value.length > 0);
   const classes = ["chat", cid && "has-conversation", shaking && "shaking"];
   return (
     <div class={classes.filter(Boolean).join(" ")}>

@@ -1,14 +1,14 @@
-import { IMMsgType, type IMMessage } from "@imsdkbridge/client";
+import { IMMsgType, readBody, type BodyPart, type IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useMemo, useState } from "preact/hooks";
 import { emotionUrl, fileUrl, saveFile } from "../files.ts";
-import { bodyParts, type BodyPart } from "../text/body.ts";
 import { folded, sizeOf } from "../text/fold.ts";
 import { highlighted } from "../text/highlight.ts";
 import { linked } from "../text/links.ts";
 import { textOf } from "../text/reasons.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
+import { useFolding } from "./use_folding.ts";
 
 interface BodyProps {
   message: Pick<IMMessage, "msgtype" | "msgbody">;
@@ -21,7 +21,7 @@ interface BodyProps {
 /** What a message says. Text is only ever shown as text. */
 export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.Element {
   const { msgtype, msgbody } = message;
-  const parts = useMemo(() => bodyParts({ msgtype, msgbody }), [msgtype, msgbody]);
+  const parts = useMemo(() => readBody(msgbody), [msgbody]);
   const lonely = parts.length > 0 && parts.length <= 3 && parts.every(isEmotion);
   const pictures = parts.filter(({ kind }) => kind === "picture");
   return (
@@ -32,15 +32,15 @@ export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.El
             return <Text key={index} text={part.text} keywords={keywords} />;
           case "picture": {
             const open = openPicture && (() => openPicture(part.path, pictures.indexOf(part)));
-            return <IMMsgPicture key={index} {...part} open={open} />;
+            return <IMMsgPicture key={index} path={part.path} open={open} />;
           }
           case "emotion":
-            return <Emotion key={index} {...part} />;
+            return <Emotion key={index} path={part.path} shortcut={part.shortcut} />;
           case "file":
             return msgtype === IMMsgType.kMsgAudio ? (
-              <Voice key={index} {...part} />
+              <Voice key={index} {...part} keywords={keywords} />
             ) : (
-              <FileLink key={index} {...part} icon="file" />
+              <FileLink key={index} {...part} icon="file" keywords={keywords} />
             );
         }
       })}
@@ -53,8 +53,8 @@ function isEmotion(part: BodyPart): boolean {
 }
 
 function Text({ text, keywords }: { text: string; keywords: readonly string[] }): JSX.Element {
-  const [open, setOpen] = useState(false);
   const shown = useMemo(() => folded(text), [text]);
+  const [open, setOpen] = useFolding(text, shown.length, keywords);
   const long = shown.length < text.length;
   return (
     <>
@@ -88,14 +88,13 @@ function marked(text: string, keywords: readonly string[]): (string | JSX.Elemen
 
 interface PictureProps {
   path: string;
-  /** The token as it was written, for when there is no such picture. */
-  source: string;
   open: (() => void) | undefined;
 }
 
-function IMMsgPicture({ path, source, open }: PictureProps): JSX.Element {
+function IMMsgPicture({ path, open }: PictureProps): JSX.Element {
   const [broken, setBroken] = useState(false);
-  if (broken) return <span class="text">{source}</span>;
+  // What this browser cannot show, another program may.
+  if (broken) return <FileLink path={path} name={nameIn(path)} icon="file" />;
   const image = (
     <img class="picture" src={fileUrl(path)} alt="Picture" onError={() => setBroken(true)} />
   );
@@ -110,12 +109,12 @@ function IMMsgPicture({ path, source, open }: PictureProps): JSX.Element {
 interface EmotionProps {
   path: string;
   shortcut: string;
-  source: string;
 }
 
-function Emotion({ path, shortcut, source }: EmotionProps): JSX.Element {
+/** An emotion in a text; its shortcut where there is no such picture. */
+export function Emotion({ path, shortcut }: EmotionProps): JSX.Element {
   const [broken, setBroken] = useState(false);
-  if (broken) return <span class="text">{shortcut || source}</span>;
+  if (broken) return <span class="text">{shortcut || "[Emotion]"}</span>;
   return (
     <img
       class="emotion"
@@ -127,10 +126,10 @@ function Emotion({ path, shortcut, source }: EmotionProps): JSX.Element {
   );
 }
 
-function Voice({ path, name }: { path: string; name: string }): JSX.Element {
+function Voice({ path, name, keywords }: Omit<FileLinkProps, "icon">): JSX.Element {
   const [broken, setBroken] = useState(false);
   // What this browser cannot play, another program may.
-  if (broken) return <FileLink path={path} name={name} icon="voice" />;
+  if (broken) return <FileLink path={path} name={name} icon="voice" keywords={keywords} />;
   return (
     <audio
       class="voice"
@@ -147,9 +146,15 @@ interface FileLinkProps {
   path: string;
   name: string;
   icon: "file" | "voice";
+  keywords?: readonly string[] | undefined;
 }
 
-function FileLink({ path, name, icon }: FileLinkProps): JSX.Element {
+/** The name of a path's file. */
+function nameIn(path: string): string {
+  return /[^\\/]*$/.exec(path)![0] || path;
+}
+
+function FileLink({ path, name, icon, keywords = [] }: FileLinkProps): JSX.Element {
   const { toasts } = useStore();
   const save = (event: MouseEvent) => {
     event.preventDefault();
@@ -160,7 +165,11 @@ function FileLink({ path, name, icon }: FileLinkProps): JSX.Element {
   return (
     <a class="file" href={fileUrl(path)} title="Save" rel="noreferrer" onClick={save}>
       <Icon name={icon} />
-      <span>{icon === "voice" ? `Voice message (${name})` : name}</span>
+      <span>
+        {icon === "voice" && "Voice message ("}
+        {marked(name, keywords)}
+        {icon === "voice" && ")"}
+      </span>
     </a>
   );
 }

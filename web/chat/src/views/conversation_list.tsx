@@ -1,14 +1,15 @@
-import { IMMsgStatus, type IMUserID } from "@imsdkbridge/client";
+import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useRef } from "preact/hooks";
 import type { Conversation } from "../store/conversations.ts";
 import { keyOf, sameUser } from "../store/users.ts";
-import { cut, preview } from "../text/body.ts";
-import { noteOf } from "../text/note.ts";
+import { cut } from "../text/body.ts";
+import { lineOf } from "../text/line.ts";
 import { timeOf } from "../text/rows.ts";
 import { fullTime, listTime } from "../text/time.ts";
 import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
+import { LineText } from "./line_text.tsx";
 import { Notice } from "./notice.tsx";
 
 /** The conversations, newest first. Arrow keys move, Enter opens. */
@@ -121,7 +122,7 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
         </span>
         <span class="conversation-line">
           <span class="conversation-preview" dir="auto">
-            {typing ? <i>typing…</i> : draft ? <Draft text={draft} /> : previewOf(last, cid)}
+            {typing ? <i>typing…</i> : draft ? <Draft text={draft} /> : <Preview last={last} />}
           </span>
           {unread > 0 && (
             <span class="badge" aria-label={`${unread} unread`}>
@@ -142,11 +143,8 @@ function Draft({ text }: { text: string }): JSX.Element {
   );
 }
 
-function previewOf(last: Conversation["last"], cid: IMUserID): string {
-  if (!last) return "No messages yet";
-  const note = noteOf(last, !sameUser(last.fromid, cid));
-  if (note !== undefined) return note;
-  const text = preview(last);
-  if (last.msgstatus === IMMsgStatus.kMsgFailed) return `Not sent: ${text}`;
-  return sameUser(last.fromid, cid) ? text : `You: ${text}`;
+function Preview({ last }: Pick<Conversation, "last">): JSX.Element {
+  const { session } = useStore();
+  if (!last) return <>No messages yet</>;
+  return <LineText line={lineOf(last, sameUser(last.fromid, session.me.value))} />;
 }

@@ -1,9 +1,11 @@
 import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
-import { preview } from "../text/body.ts";
+import { sameUser } from "../store/users.ts";
+import { lineOf } from "../text/line.ts";
 import { useStore } from "./context.ts";
 import { Dialog } from "./dialog.tsx";
+import { LineText } from "./line_text.tsx";
 import { PeoplePicker } from "./people_picker.tsx";
 import { SearchDialog } from "./search_dialog.tsx";
 import { SettingsDialog } from "./settings_dialog.tsx";
@@ -38,13 +40,16 @@ function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
   const store = useStore();
   const [people, setPeople] = useState<readonly IMUserID[]>([]);
   const [busy, setBusy] = useState(false);
+  const [problem, setProblem] = useState("");
   const first = messages[0];
+  const quote = first && lineOf(first, sameUser(first.fromid, store.session.me.value));
   const forward = async (event: Event) => {
     event.preventDefault();
     setBusy(true);
-    const done = await store.actions.forward(messages, people);
+    const refusal = await store.deliveries.forward(messages, people);
     setBusy(false);
-    if (!done) return;
+    setProblem(refusal);
+    if (refusal) return;
     store.selection.end();
     close();
   };
@@ -52,9 +57,10 @@ function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
     <Dialog title="Forward to" close={close}>
       <form class="dialog-form" onSubmit={(event) => void forward(event)}>
         <p class="dialog-quote" dir="auto">
-          {messages.length > 1 ? `${messages.length} messages` : first && preview(first)}
+          {messages.length > 1 ? `${messages.length} messages` : quote && <LineText line={quote} />}
         </p>
         <PeoplePicker people={people} setPeople={setPeople} />
+        <Refusal reason={problem} />
         <Actions close={close} label={sendLabel("Forward", people)} off={!people.length || busy} />
       </form>
     </Dialog>
@@ -66,12 +72,14 @@ function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
   const [people, setPeople] = useState<readonly IMUserID[]>([]);
   const [text, setText] = useState("");
   const [busy, setBusy] = useState(false);
+  const [problem, setProblem] = useState("");
   const send = async (event: Event) => {
     event.preventDefault();
     setBusy(true);
-    const done = await store.actions.broadcast(text, people);
+    const refusal = await store.deliveries.broadcast(text, people);
     setBusy(false);
-    if (done) close();
+    setProblem(refusal);
+    if (!refusal) close();
   };
   return (
     <Dialog title="Write to several people" close={close}>
@@ -86,6 +94,7 @@ function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
           value={text}
           onInput={(event) => setText(event.currentTarget.value)}
         />
+        <Refusal reason={problem} />
         <Actions
           close={close}
           label={sendLabel("Send", people)}
@@ -128,6 +137,15 @@ function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
         <Actions close={close} label="Delete" off={busy} danger />
       </form>
     </Dialog>
+  );
+}
+
+/** Why nobody got anything; what became of single receivers a toast tells. */
+function Refusal({ reason }: { reason: string }): JSX.Element {
+  return (
+    <p class="problem" role="alert">
+      {reason && `Nobody got it: ${reason}.`}
+    </p>
   );
 }
 

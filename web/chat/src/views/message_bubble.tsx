@@ -19,8 +19,7 @@ interface MessageBubbleProps {
 export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): JSX.Element {
   const store = useStore();
   const failed = message.msgstatus === IMMsgStatus.kMsgFailed;
-  const { cid, search } = store.search;
-  const keywords = cid.value ? search.keywords : [];
+  const keywords = useKeywords(message);
   const more = (event: MouseEvent) => {
     const { left, bottom } = (event.currentTarget as Element).getBoundingClientRect();
     openMenu(left, bottom + 4);
@@ -56,6 +55,13 @@ export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): 
       {mine && failed && <Failure message={message} />}
     </>
   );
+}
+
+/** The words to mark: those of the search, or of the one that led to this message. */
+function useKeywords({ msgid }: IMMessage): readonly string[] {
+  const { search: finder, target } = useStore();
+  if (finder.cid.value) return finder.search.keywords;
+  return target.value?.msgid === msgid ? target.value.keywords : [];
 }
 
 function SendState({ status, read }: { status: number; read: boolean }): JSX.Element {

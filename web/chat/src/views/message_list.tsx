@@ -3,6 +3,7 @@ import { useRef, useState } from "preact/hooks";
 import type { Edge, Thread } from "../store/threads.ts";
 import { sameUser } from "../store/users.ts";
 import { rowAt } from "../text/rows.ts";
+import { copiedText } from "./copied_text.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 import { OutgoingBubble } from "./message_bubble.tsx";
@@ -30,6 +31,7 @@ export function MessageList({ thread }: { thread: Thread }): JSX.Element {
         tabIndex={0}
         ref={box}
         onKeyDown={scroll.onKeyDown}
+        onCopy={copy}
       >
         <div class="messages-content">
           <div class="messages-rows" style={{ height: `${list.getTotalSize()}px` }}>
@@ -108,4 +110,11 @@ function End({ newer, retry }: { newer: Edge; retry: () => void }): JSX.Element 
       </button>
     </div>
   );
+}
+
+function copy(event: ClipboardEvent): void {
+  const selection = getSelection();
+  if (!selection || selection.isCollapsed) return;
+  event.preventDefault();
+  event.clipboardData?.setData("text/plain", copiedText(selection));
 }

@@ -1,7 +1,7 @@
-import type { IMMessage } from "@imsdkbridge/client";
+import { readBody, type IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { actionsFor, type Action } from "../text/actions.ts";
-import { bodyParts, plainText } from "../text/body.ts";
+import { plainText } from "../text/body.ts";
 import type { ChatStore } from "../store/chat_store.ts";
 import { useStore } from "./context.ts";
 import { Menu, type MenuItem } from "./menu.tsx";
@@ -31,7 +31,7 @@ function menuItem(action: Action, message: IMMessage, store: ChatStore<File>): M
   const { cid, msgid } = message;
   switch (action) {
     case "open": {
-      const part = bodyParts(message).find(({ kind }) => kind === "picture");
+      const part = readBody(message.msgbody).find(({ kind }) => kind === "picture");
       const path = part?.kind === "picture" ? part.path : "";
       const run = () => openPicture(store, message, path, 0);
       return { label: "Open picture", icon: "picture", run };

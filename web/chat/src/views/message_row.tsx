@@ -77,5 +77,6 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
 }
 
 function labelOf(message: IMMessage, mine: boolean): string {
-  return `${mine ? "You" : message.fromid.nick}, ${clockTime(timeOf(message))}`;
+  const kind = message.extinfo.autochatmsg ? ", automatic reply" : "";
+  return `${mine ? "You" : message.fromid.nick}${kind}, ${clockTime(timeOf(message))}`;
 }

@@ -1,15 +1,15 @@
 import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
-import { useEffect, useRef } from "preact/hooks";
+import { useEffect, useRef, useState } from "preact/hooks";
 import { keyOf, sameUser } from "../store/users.ts";
-import { cut, oneLine } from "../text/body.ts";
-import { excerpt, highlighted } from "../text/highlight.ts";
+import { hitLine } from "../text/line.ts";
 import { timeOf } from "../text/rows.ts";
 import { fullTime, listTime } from "../text/time.ts";
 import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 import { Dialog } from "./dialog.tsx";
 import { Icon } from "./icons.tsx";
+import { LineText } from "./line_text.tsx";
 import { Notice } from "./notice.tsx";
 
 /** The search over all conversations: people by name, and messages. Arrow keys move. */
@@ -18,10 +18,21 @@ export function SearchDialog({ close }: { close: () => void }): JSX.Element {
   const { search } = store.globalSearch;
   const results = useRef<HTMLDivElement>(null);
   useEffect(() => () => store.globalSearch.clear(), []);
+  const { keywords } = search;
   const query = search.query.value.trim().toLowerCase();
   const people = store.conversations.sorted.value
     .map(({ cid }) => cid)
     .filter(({ nick }) => query && nick.toLowerCase().includes(query));
+
+  // Enter may come before the hits.
+  const [waiting, setWaiting] = useState(false);
+  const searching = search.status.value === "searching";
+  const openFirst = () => results.current?.querySelector<HTMLElement>(".result")?.click();
+  useEffect(() => {
+    if (!waiting || searching) return;
+    setWaiting(false);
+    openFirst();
+  }, [waiting, searching]);
 
   const onKeyDown = (event: KeyboardEvent) => {
     const by = event.key === "ArrowDown" ? 1 : event.key === "ArrowUp" ? -1 : 0;
@@ -41,7 +52,16 @@ export function SearchDialog({ close }: { close: () => void }): JSX.Element {
           placeholder="Names and messages"
           autofocus
           value={search.query.value}
-          onInput={(event) => store.globalSearch.setQuery(event.currentTarget.value)}
+          onInput={(event) => {
+            setWaiting(false);
+            store.globalSearch.setQuery(event.currentTarget.value);
+          }}
+          onKeyDown={(event) => {
+            if (event.key !== "Enter" || event.isComposing) return;
+            event.preventDefault();
+            search.hurry();
+            setWaiting(true);
+          }}
         />
         <Narrowing />
         <div class="results" ref={results}>
@@ -60,7 +80,7 @@ export function SearchDialog({ close }: { close: () => void }): JSX.Element {
             <Hit
               key={`${keyOf(message.cid)} ${message.msgid}`}
               message={message}
-              open={() => (close(), void store.jumpTo(message.cid, message.msgid))}
+              open={() => (close(), void store.jumpTo(message.cid, message.msgid, keywords))}
             />
           ))}
           <State people={people.length} />
@@ -95,7 +115,7 @@ function Narrowing(): JSX.Element | null {
 
 function Hit({ message, open }: { message: IMMessage; open: () => void }): JSX.Element {
   const { globalSearch, session } = useStore();
-  const { search } = globalSearch;
+  const { keywords } = globalSearch.search;
   const mine = sameUser(message.fromid, session.me.value);
   return (
     <button type="button" class="result" onClick={open}>
@@ -108,18 +128,11 @@ function Hit({ message, open }: { message: IMMessage; open: () => void }): JSX.E
           </time>
         </span>
         <span class="result-text" dir="auto">
-          {mine && "You: "}
-          {highlighted(excerptOf(message, search.keywords), search.keywords).map(
-            ({ text, hit }, index) => (hit ? <mark key={index}>{text}</mark> : text),
-          )}
+          <LineText line={hitLine(message, mine, keywords)} />
         </span>
       </span>
     </button>
   );
-}
-
-function excerptOf(message: IMMessage, keywords: readonly string[]): string {
-  return cut(excerpt(oneLine(message), keywords), 160);
 }
 
 function State({ people }: { people: number }): JSX.Element | null {

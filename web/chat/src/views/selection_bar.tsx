@@ -1,15 +1,21 @@
 import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
+import { sameUser } from "../store/users.ts";
+import { canForward } from "../text/actions.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 
 /** What can be done with the chosen messages; stands where the composer is. */
 export function SelectionBar({ cid }: { cid: IMUserID }): JSX.Element {
   const store = useStore();
-  const { selection } = store;
+  const { selection, session } = store;
   const count = selection.chosen.value.size;
+  const messages = selection
+    .inOrder()
+    .filter((message) => canForward(message, sameUser(message.fromid, session.me.value)));
+  const part = messages.length > 0 && messages.length < count;
   const forward = () => {
-    store.dialog.value = { kind: "forward", messages: selection.inOrder() };
+    store.dialog.value = { kind: "forward", messages };
   };
   const remove = () => {
     store.dialog.value = { kind: "delete", cid, msgids: [...selection.chosen.value.keys()] };
@@ -20,8 +26,14 @@ export function SelectionBar({ cid }: { cid: IMUserID }): JSX.Element {
         {`${count} chosen`}
       </span>
       {!store.faces.isVirtual(cid) && (
-        <button type="button" class="button" disabled={count === 0} onClick={forward}>
-          <Icon name="forward" /> Forward
+        <button
+          type="button"
+          class="button"
+          title={messages.length < count ? "Notices and unsent messages cannot be forwarded" : ""}
+          disabled={messages.length === 0}
+          onClick={forward}
+        >
+          <Icon name="forward" /> {part ? `Forward ${messages.length}` : "Forward"}
         </button>
       )}
       <button type="button" class="button" disabled={count === 0} onClick={remove}>

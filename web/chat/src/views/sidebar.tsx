@@ -1,5 +1,6 @@
 import type { ComponentProps, JSX } from "preact";
 import { useState } from "preact/hooks";
+import { appkey } from "../store/users.ts";
 import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 import { ConversationList } from "./conversation_list.tsx";
@@ -59,7 +60,7 @@ function NewChat(): JSX.Element {
     const name = nick.trim();
     if (!name) return;
     setNick("");
-    store.startChat(name);
+    store.startChat({ appkey, nick: name });
   };
   return (
     <form class="new-chat" onSubmit={submit}>

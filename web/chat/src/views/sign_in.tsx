@@ -1,5 +1,5 @@
 import type { JSX } from "preact";
-import { useState } from "preact/hooks";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { demoAccounts, demoPassword } from "../store/users.ts";
 import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
@@ -13,6 +13,14 @@ export function SignIn(): JSX.Element {
   const busy = session.status.value === "signingin";
   const problem =
     connection.value.state === "open" ? session.problem.value : "Waiting for the host…";
+
+  const field = useRef<HTMLInputElement>(null);
+  const tried = useRef(false);
+  // What is typed after a refused password takes its place.
+  useLayoutEffect(() => {
+    if (tried.current && !busy) field.current?.select();
+    tried.current = busy;
+  }, [busy]);
 
   const submit = (event: Event) => {
     event.preventDefault();
@@ -50,6 +58,7 @@ export function SignIn(): JSX.Element {
         <label>
           Password
           <input
+            ref={field}
             name="password"
             type="password"
             autoComplete="current-password"

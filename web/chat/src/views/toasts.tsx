@@ -20,8 +20,9 @@ export function ToastStack(): JSX.Element {
 }
 
 function ToastView({ toast, close }: { toast: Toast; close: () => void }): JSX.Element {
-  const { text, kind, action } = toast;
+  const { text, kind, action, lasting } = toast;
   useEffect(() => {
+    if (lasting) return undefined;
     const timer = setTimeout(close, stay[kind]);
     return () => clearTimeout(timer);
   }, []);

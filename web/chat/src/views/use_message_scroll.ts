@@ -75,6 +75,18 @@ export function useMessageScroll(thread: Thread, outgoing: readonly Outgoing[]):
     if (outgoing.length > 0) showEnd();
   }, [outgoing.at(-1)?.id]);
 
+  // A new message may stand here before the page of history that goes before it.
+  const beginning = messages[0]?.msgid;
+  useLayoutEffect(() => {
+    if (following.current && newer === "none" && !store.target.peek()) showEnd();
+  }, [beginning]);
+  const endWishes = store.endWishes.value;
+  const seenWishes = useRef(endWishes);
+  useLayoutEffect(() => {
+    if (endWishes !== seenWishes.current) showEnd();
+    seenWishes.current = endWishes;
+  }, [endWishes]);
+
   useEffect(() => {
     const element = box.current!;
     const onScroll = () => void (following.current = list.isAtEnd(nearEnd));
@@ -103,7 +115,7 @@ export function useMessageScroll(thread: Thread, outgoing: readonly Outgoing[]):
     if (readable) store.receipts.seen(cid, messages.slice(first, last + 1));
   }, [first, last, messages, attentive]);
 
-  const marked = useJumps(thread, list);
+  const marked = useJumps(thread, list, box);
 
   const focusMessage = (index: number) => {
     const message = messages[Math.min(Math.max(index, 0), messages.length - 1)];
@@ -134,7 +146,7 @@ export function useMessageScroll(thread: Thread, outgoing: readonly Outgoing[]):
 }
 
 /** Brings the message that is wished for into view, and marks it for a while. */
-function useJumps({ messages }: Thread, list: VirtualList): string {
+function useJumps({ messages }: Thread, list: VirtualList, box: RefObject<HTMLDivElement>): string {
   const { target } = useStore();
   const [marked, setMarked] = useState("");
   const jump = useRef<{ wish: object; time: number } | undefined>(undefined);
@@ -149,8 +161,28 @@ function useJumps({ messages }: Thread, list: VirtualList): string {
     setMarked(wish.msgid);
   }, [wish, at]);
   useEffect(() => {
+    if (!wish || at < 0) return undefined;
+    const end = performance.now() + settleTime;
+    const follow = () => {
+      showHit(box.current!, wish.msgid, list);
+      if (performance.now() < end) frame = requestAnimationFrame(follow);
+    };
+    let frame = requestAnimationFrame(follow);
+    return () => cancelAnimationFrame(frame);
+  }, [wish]);
+  useEffect(() => {
     const timer = setTimeout(() => setMarked(""), markTime);
     return () => clearTimeout(timer);
   }, [wish, marked]);
   return marked;
+}
+
+/** Of a message that is taller than the list, brings its first hit into sight. */
+function showHit(box: HTMLElement, msgid: string, list: VirtualList): void {
+  const row = box.querySelector(`[data-msgid="${msgid}"]`);
+  const hit = row?.querySelector("mark");
+  if (!row || !hit || row.clientHeight < box.clientHeight) return;
+  const [place, view] = [hit.getBoundingClientRect(), box.getBoundingClientRect()];
+  if (place.top >= view.top && place.bottom <= view.bottom) return;
+  list.scrollToOffset(box.scrollTop + place.top - view.top - box.clientHeight / 2);
 }

@@ -1,0 +1,11 @@
+import { useEffect } from "preact/hooks";
+
+/** While `unsaved`, the browser asks before it reloads or closes the page. */
+export function useLeaveQuestion(unsaved: boolean): void {
+  useEffect(() => {
+    if (!unsaved) return undefined;
+    const ask = (event: BeforeUnloadEvent) => event.preventDefault();
+    addEventListener("beforeunload", ask);
+    return () => removeEventListener("beforeunload", ask);
+  }, [unsaved]);
+}
