@@ -115,8 +115,8 @@ biz::IMMessage Message(Dice& dice, const std::vector<std::wstring>& words, std::
 }
 
 void FillStore(const account::DataFolder& folder) {
-  account::MessageStore store(folder.MessageStore(kOwner), kOwner,
-                              std::make_shared<account::OpenStores>());
+  account::MessageStore store({folder.MessageStore(kOwner), folder.MessageStoreRecord(kOwner)},
+                              kOwner, std::make_shared<account::OpenStores>());
   Dice dice;
   const auto words = LatinWords();
   for (std::int64_t number = 0; number < kMessages;) {

@@ -23,6 +23,7 @@ if(WIN32)
   add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
 else()
   set(CMAKE_BUILD_RPATH "$ORIGIN")
+  set(CMAKE_INSTALL_RPATH "$ORIGIN")
 endif()
 
 find_program(IMSDK_CCACHE ccache)
@@ -35,10 +36,19 @@ add_library(imsdk_warnings INTERFACE)
 target_compile_options(imsdk_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
 
+if(IMSDK_FUZZ)
+  # libFuzzer follows which ways an input takes. RapidJSON adds zero to null pointers, which only
+  # Clang minds.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(IMSDK_SANITIZE)
   add_compile_options(-fsanitize=${IMSDK_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${IMSDK_SANITIZE})
   if(IMSDK_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)
+    if(IMSDK_FUZZ)
+      add_compile_options(-fno-sanitize=pointer-overflow)
+    endif()
   endif()
 endif()

@@ -4,7 +4,9 @@ find_package(Threads REQUIRED)
 
 # The contracts: what every room may include.
 add_library(imsdk_contracts INTERFACE)
-target_include_directories(imsdk_contracts INTERFACE "${PROJECT_SOURCE_DIR}/include")
+target_include_directories(imsdk_contracts INTERFACE
+  "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>" "$<INSTALL_INTERFACE:include>")
+target_compile_features(imsdk_contracts INTERFACE cxx_std_20)
 
 # RapidJSON is headers only. A folder that holds nothing else keeps the rest of the machine's
 # headers away from the cross compiler.

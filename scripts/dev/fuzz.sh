@@ -1,23 +1,30 @@
-# ./dev fuzz [target] [seconds]: all targets, or one, for the given time each (default 60).
+# ./dev fuzz [target] [seconds]: all targets, or one, for the given time each (default 60). Ends with
+# the totals; what breaks a promise is left as build/fuzz/TARGET-crash-... and can be given to the
+# target's program again.
 
-[ -e fuzz/CMakeLists.txt ] || die 'there are no fuzz targets yet (no fuzz/CMakeLists.txt)'
+. scripts/dev/totals.sh
+
+target=${1:-all}
+seconds=${2:-60}
 
 # shellcheck disable=SC2086
 need_packages $library_packages clang libclang-rt-14-dev
-build fuzz
+build fuzz imsdk_fuzz
 
-target=${1:-}
-seconds=${2:-60}
-[ -z "$target" ] || [ -x "build/fuzz/bin/fuzz_$target" ] || die "no fuzz target named $target"
+[ "$target" != all ] || target='*'
+[ "$target" = '*' ] || [ -x "build/fuzz/bin/fuzz_$target" ] || die "no fuzz target named $target"
 
-for program in build/fuzz/bin/fuzz_${target:-*}; do
+for program in build/fuzz/bin/fuzz_$target; do
   [ -x "$program" ] || die 'the build left no fuzz program'
   name=${program##*/fuzz_}
   corpus=build/fuzz/corpus/$name
   mkdir -p "$corpus"
-  say "fuzzing $name for $seconds seconds"
   seeds=fuzz/corpus/$name
   [ -d "$seeds" ] || seeds=
   # shellcheck disable=SC2086
-  "$program" -max_total_time="$seconds" -artifact_prefix="build/fuzz/$name-" "$corpus" $seeds
+  count_step "fuzz target $name for $seconds seconds" "$program" \
+    -max_total_time="$seconds" -max_len=8192 -timeout=20 -print_final_stats=1 \
+    -artifact_prefix="build/fuzz/$name-" "$corpus" $seeds
 done
+
+print_totals

@@ -31,12 +31,8 @@ run_example() { in_wine scripts/dev/wine-run.sh "$PWD/$package/bin/embed.exe"; }
 
 collect_package() {
   rm -rf "$package" build/imsdkbridge-windows.zip
-  mkdir -p "$package/bin" "$package/lib" "$package/examples"
-  cp "$bin"/*.dll "$package/bin/"
-  cp build/windows/lib/*.dll.a build/windows/lib/libkexbase.a build/windows/lib/libkexnet.a \
-    "$package/lib/"
-  cp -R include "$package/"
-  cp examples/embed/embed.cpp "$package/examples/"
+  cmake --install build/windows --prefix "$package" >/dev/null
+  cp -R examples/embed "$package/examples"
   cp docs/windows-package.txt "$package/README.txt"
 }
 
@@ -46,6 +42,18 @@ build_example() {
     cd "$package"
     sed -n 's/^    //p' README.txt | sh -eu
   )
+}
+
+# The same with CMake, from the package's copy in another place.
+build_example_with_cmake() {
+  place=build/windows/by-cmake
+  rm -rf "$place"
+  mkdir -p "$place"
+  cp -R "$package" "$place/sdk"
+  cmake -S "$place/sdk/examples" -B "$place/build" --toolchain "$PWD/cmake/toolchain-mingw-i686.cmake" \
+    -Dimsdkbridge_DIR="$PWD/$place/sdk/lib/cmake/imsdkbridge" >/dev/null &&
+    cmake --build "$place/build" >&2 &&
+    in_wine scripts/dev/wine-run.sh "$PWD/$place/build/embed.exe"
 }
 
 in_test_place() { shift && in_wine "$@"; }
@@ -58,6 +66,7 @@ collect_package
 count_step 'example built from the package' build_example
 count_step 'no compiler libraries' check_imports
 count_step 'example program' run_example
+count_step 'example built with CMake' build_example_with_cmake
 (cd build/windows && zip -q -r -X ../imsdkbridge-windows.zip imsdkbridge)
 say 'made build/imsdkbridge-windows.zip'
 
