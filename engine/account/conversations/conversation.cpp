@@ -42,6 +42,8 @@ void Conversation::GetReadedBoundary(const biz::IMNothing& request,
 
 void Conversation::SendMsg(const biz::IMSendRequest& request, biz::IMCallback<> done) {
   if (Refuses(Ability::kSend, done)) return;
+  const bool mentions = request.tribeat.atmsgtype != biz::kAtNobody;
+  if (mentions && Refuses(Ability::kMention, done)) return;
   account_.outbox->Send(cid_, request, std::move(done));
 }
 

@@ -19,6 +19,7 @@ enum class Ability {
   kType,        // the other side is told of typing
   kShield,      // automatic replies come
   kNote,        // the client adds notes
+  kMention,     // messages mention members
 };
 
 // `kEngineRefused` when conversations of this kind cannot do it.
