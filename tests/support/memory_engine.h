@@ -8,6 +8,7 @@
 
 #include "imsdk/biz/account.h"
 #include "kexcore/kexcom.h"
+#include "tests/support/memory_answers.h"
 #include "tests/support/memory_tribes.h"
 
 namespace imsdk::test {
@@ -23,7 +24,9 @@ using Done = biz::IMCallback<>;
 using PageDone = biz::IMCallback<biz::IMMessagePage>;
 
 // A conversation whose answers a test sets and which keeps what it was asked.
-class MemoryConversation final : public RefPtrCounted<biz::IIMConversation> {
+class MemoryConversation final
+    : public RefPtrCounted<biz::IIMConversation>,
+      public MemoryAnswers<biz::IMAtMember, biz::IMTribeAt, biz::IMAtUnread, biz::IMAtReaders> {
  public:
   explicit MemoryConversation(biz::IMConversationID cid) : cid_(std::move(cid)) {}
 
@@ -100,9 +103,26 @@ class MemoryConversation final : public RefPtrCounted<biz::IIMConversation> {
     note = request.text;
     done(result);
   }
+  IMSDK_MEMORY_ANSWERS(AtTribeMember, IMAtMemberRequest, biz::IMAtMember)
+  IMSDK_MEMORY_ANSWERS(GetSendMsgTribeAtInfo, IMMsgRequest, biz::IMTribeAt)
+  IMSDK_MEMORY_ANSWERS(GetTribeAtMsgUnreadCount, IMMsgsRequest, biz::IMAtUnread)
+  IMSDK_MEMORY_ANSWERS(GetTribeAtMsgUnreadUsers, IMMsgRequest, biz::IMAtReaders)
+  IMSDK_MEMORY_ANSWERS(SetTribeAtMsgsReaded, IMMsgsRequest)
+  void RoamTribeAtMsgs(const biz::IMPageRequest& request, PageDone done) override {
+    last_request = request;
+    done(result, page);
+  }
+  void RoamTribeAtMsgContext(const biz::IMAtContextRequest& request, PageDone done) override {
+    last = request;
+    done(result, page);
+  }
+  void SearchAttentionMsg(const biz::IMSearchRequest& request,
+                          biz::IMCallback<biz::IMSearchPage> done) override {
+    last_search = request;
+    done(result, found);
+  }
 
-  // Answers.
-  biz::ResultCode result;   // of every operation but sending
+  // Answers. `result` is that of every operation but sending.
   biz::IMMessagePage page;  // what every request for messages gets
   biz::IMMsgPosition position;
   biz::IMSearchPage found;
