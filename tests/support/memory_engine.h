@@ -181,14 +181,16 @@ class MemoryChatMgr final : public RefPtrCounted<I> {
   void SearchConversations(const biz::IMSearchRequest& request,
                            biz::IMCallback<biz::IMConversations> done) override {
     last_search = request;
-    done({}, {{biz::IMConversationID(kLighthouse)}});
+    biz::IMConversations all;
+    for (const auto& [cid, chat] : chats_) all.cids.push_back(cid);
+    done({}, all);
   }
   void SetNewMsgMaxCache(const biz::IMMaxCacheRequest& request, biz::IMCallback<> done) override {
     max_cache = request.maxmsgcount;
     done({});
   }
   void GetRoamStatus(const biz::IMNothing&, biz::IMCallback<biz::IMRoamStatus> done) override {
-    done({}, roaming);
+    done(result, roaming);
   }
   void SetRoamStatus(const biz::IMSetRoamRequest& request, biz::IMCallback<> done) override {
     roaming = {77, request.roamstatus};
@@ -210,6 +212,7 @@ class MemoryChatMgr final : public RefPtrCounted<I> {
   biz::IMSearchRequest last_search;
   std::int32_t max_cache = 0;
   biz::IMRoamStatus roaming;
+  biz::ResultCode result;  // of asking for the roaming
 
  private:
   std::map<biz::IMConversationID, RefPtr<MemoryConversation>> chats_;
@@ -231,6 +234,10 @@ class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes; }
+  // The conversation with a user or a tribe, made when it is new.
+  MemoryConversation& Chat(const biz::IMConversationID& cid) {
+    return cid.is_tribe() ? tribe_chats->Chat(cid) : chats->Chat(cid);
+  }
 
   biz::IMAccountType type = biz::kMainAccount;
   const RefPtr<MemoryChats> chats{new MemoryChats};

@@ -90,6 +90,7 @@ void Roamer::FillPage(const std::shared_ptr<PageJob>& job) {
     if (state_->ended) return job->done(NotLoggedIn(), {});
     biz::IMMessagePage stored;
     sqlite::Guarded([&] { stored = state_->store.Page(job->descent->cid, job->request); });
+    stored.roamcode = result.code;
     if (!stored.msgs.empty()) return job->done({}, stored);
     job->done(result, {});
   });

@@ -28,6 +28,9 @@ struct IMMessagePage {
   // messages that the request wanted.
   bool outofcache = false;
   std::vector<IMMessage> msgs;
+  // Why the server could not be asked for what the store lacks of the page; 0 when it was asked, or
+  // did not have to be.
+  std::int32_t roamcode = 0;
 };
 
 // A number of messages.

@@ -47,6 +47,11 @@ inline constexpr char kFromIdSays[] = "The sender.";
 inline constexpr char kToIdSays[] = "The receiver.";
 inline constexpr char kMsgsSays[] = "The messages, oldest first.";
 inline constexpr char kMsgTypeSays[] = "Kind of the message.";
+inline constexpr char kMsgStatusSays[] = "State of the message.";
+inline constexpr char kMsgBodySays[] = "Text, with pictures, files and emotions as tokens.";
+inline constexpr char kExtInfoSays[] = "Extra information.";
+inline constexpr char kWhichSenderSays[] =
+    "Its sender, as two may have the same identifier; may be empty.";
 inline constexpr char kFromTimeSays[] =
     "Position where the page starts: time; empty for the newest.";
 inline constexpr char kFromMsgSays[] =
@@ -73,11 +78,10 @@ struct Record<biz::IMMessage> {
       Field("msgid", &R::msgid, kMsgIdSays), Field("msgtime", &R::msgtime, kMsgTimeSays),
       Field("cid", &R::cid, kCidSays), Field("fromid", &R::fromid, kFromIdSays),
       Field("toid", &R::toid, kToIdSays), Field("msgtype", &R::msgtype, kMsgTypeSays, &kMsgType),
-      Field("msgstatus", &R::msgstatus, "State of the message.", &kMsgStatus),
-      Field("msgbody", &R::msgbody, "Text, with pictures, files and emotions as tokens."),
-      Field("svrtime", &R::svrtime, kSvrTimeSays),
+      Field("msgstatus", &R::msgstatus, kMsgStatusSays, &kMsgStatus),
+      Field("msgbody", &R::msgbody, kMsgBodySays), Field("svrtime", &R::svrtime, kSvrTimeSays),
       Field("readflag", &R::readflag, "Whether it was read.", &kReadFlag),
-      Field("extinfo", &R::extinfo, "Extra information."));
+      Field("extinfo", &R::extinfo, kExtInfoSays));
 };
 
 template <>

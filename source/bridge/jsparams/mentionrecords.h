@@ -1,0 +1,83 @@
+// JSON forms of mentions.
+#pragma once
+
+#include "source/bridge/jsparams/messagerecords.h"
+
+namespace imsdk::bridge {
+
+inline constexpr NamedValue kTribeAtMsgTypeValues[] = {
+    {biz::kAtNobody, "kAtNobody", "The message mentions nobody."},
+    {biz::kAtMembers, "kAtMembers", "It mentions the members named."},
+    {biz::kAtAll, "kAtAll", "It mentions all members."},
+};
+inline constexpr ValueSet kTribeAtMsgType{"TribeAtMsgType", kTribeAtMsgTypeValues};
+
+inline constexpr NamedValue kTribeAtRelationValues[] = {
+    {biz::kAtRelationNone, "kAtRelationNone", "It mentions nobody, or others only."},
+    {biz::kAtRelationMember, "kAtRelationMember", "It mentions the account by name."},
+    {biz::kAtRelationAll, "kAtRelationAll", "It mentions all members."},
+    {biz::kAtRelationSender, "kAtRelationSender", "An own message that mentions somebody."},
+};
+inline constexpr ValueSet kTribeAtRelation{"TribeAtRelation", kTribeAtRelationValues};
+
+template <>
+struct Record<biz::IMTribeAt> {
+  using R = biz::IMTribeAt;
+  static constexpr auto kFields = FieldList(
+      Field("msgreaded", &R::msgreaded, "Whether the account has read the mention of it.",
+            &kReadFlag),
+      Field("atmsgtype", &R::atmsgtype, "Whom the message mentions.", &kTribeAtMsgType),
+      Field("relation2me", &R::relation2me, "How it relates to the account.", &kTribeAtRelation),
+      Field("atmembers", &R::atmembers, "The members it mentions; empty unless they are named."));
+};
+
+template <>
+struct Record<biz::IMAtReadCounts> {
+  using R = biz::IMAtReadCounts;
+  static constexpr auto kFields = FieldList(
+      Field("msgid", &R::msgid, kMsgIdSays),
+      Field("readedcount", &R::readedcount, "How many of those it mentions have read it."),
+      Field("unreadcount", &R::unreadcount, "How many of them have not."));
+};
+
+inline constexpr char kReadCountsSays[] = "How far own messages that mention were read.";
+
+template <>
+struct Record<biz::IMAtUnread> {
+  using R = biz::IMAtUnread;
+  static constexpr auto kFields =
+      FieldList(Field("count", &R::count, "The number of unread mentions of the account."),
+                Field("counts", &R::counts, kReadCountsSays));
+};
+
+template <>
+struct Record<biz::IMAtReaders> {
+  using R = biz::IMAtReaders;
+  static constexpr auto kFields =
+      FieldList(Field("unreadusers", &R::unreadusers, "Who has not read the mention."),
+                Field("readedusers", &R::readedusers, "Who has read it."));
+};
+
+template <>
+struct Record<biz::IMAtContextRequest> {
+  using R = biz::IMAtContextRequest;
+  static constexpr auto kFields = FieldList(Field("msgid", &R::msgid, "The message in the middle."),
+                                            Field("fromid", &R::fromid, kWhichSenderSays),
+                                            Field("count", &R::count, kCountSays));
+};
+
+template <>
+struct Record<biz::IMAtMemberRequest> {
+  static constexpr auto kFields = FieldList(Field("userid", &biz::IMAtMemberRequest::userid,
+                                                  "The member to mention; empty for all members."));
+};
+
+template <>
+struct Record<biz::IMAtMember> {
+  using R = biz::IMAtMember;
+  static constexpr auto kFields =
+      FieldList(Field("userid", &R::userid, "The member to mention; empty for all members."),
+                Field("display", &R::display, "The name to show in the tribe; empty for all."));
+};
+
+}  // namespace imsdk::bridge
