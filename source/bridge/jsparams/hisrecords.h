@@ -5,11 +5,10 @@
 
 namespace imsdk::bridge {
 
-inline constexpr NamedValue kRoamingValues[] = {
-    {biz::kRoamingOff, "kRoamingOff", "The server does not hand out history."},
-    {biz::kRoamingOn, "kRoamingOn", "The server hands out history."},
+inline constexpr Values kRoaming{
+    Value<biz::kRoamingOff>("The server does not hand out history."),
+    Value<biz::kRoamingOn>("The server hands out history."),
 };
-inline constexpr ValueSet kRoaming{"IMRoaming", kRoamingValues};
 
 inline constexpr char kMsgIdsSays[] = "Identifiers of messages.";
 inline constexpr char kBTimeSays[] = "From this time on, milliseconds; empty: from the beginning.";

@@ -5,20 +5,18 @@
 
 namespace imsdk::bridge {
 
-inline constexpr NamedValue kTribeAtMsgTypeValues[] = {
-    {biz::kAtNobody, "kAtNobody", "The message mentions nobody."},
-    {biz::kAtMembers, "kAtMembers", "It mentions the members named."},
-    {biz::kAtAll, "kAtAll", "It mentions all members."},
+inline constexpr Values kTribeAtMsgType{
+    Value<biz::kAtNobody>("The message mentions nobody."),
+    Value<biz::kAtMembers>("It mentions the members named."),
+    Value<biz::kAtAll>("It mentions all members."),
 };
-inline constexpr ValueSet kTribeAtMsgType{"TribeAtMsgType", kTribeAtMsgTypeValues};
 
-inline constexpr NamedValue kTribeAtRelationValues[] = {
-    {biz::kAtRelationNone, "kAtRelationNone", "It mentions nobody, or others only."},
-    {biz::kAtRelationMember, "kAtRelationMember", "It mentions the account by name."},
-    {biz::kAtRelationAll, "kAtRelationAll", "It mentions all members."},
-    {biz::kAtRelationSender, "kAtRelationSender", "An own message that mentions somebody."},
+inline constexpr Values kTribeAtRelation{
+    Value<biz::kAtRelationNone>("It mentions nobody, or others only."),
+    Value<biz::kAtRelationMember>("It mentions the account by name."),
+    Value<biz::kAtRelationAll>("It mentions all members."),
+    Value<biz::kAtRelationSender>("An own message that mentions somebody."),
 };
-inline constexpr ValueSet kTribeAtRelation{"TribeAtRelation", kTribeAtRelationValues};
 
 template <>
 struct Record<biz::IMTribeAt> {

@@ -6,37 +6,33 @@
 
 namespace imsdk::bridge {
 
-inline constexpr NamedValue kMsgTypeValues[] = {
-    {biz::kMsgText, "kMsgText", "Text, with pictures and emotions as tokens."},
-    {biz::kMsgPicture, "kMsgPicture", "A picture."},
-    {biz::kMsgAudio, "kMsgAudio", "An audio recording."},
-    {biz::kMsgFile, "kMsgFile", "A file."},
-    {biz::kMsgEmotion, "kMsgEmotion", "An emotion."},
-    {biz::kMsgShake, "kMsgShake", "A window shake, without text."},
-    {biz::kMsgInputStatus, "kMsgInputStatus", "The sender's typing state; never stored."},
+inline constexpr Values kMsgType{
+    Value<biz::kMsgText>("Text, with pictures and emotions as tokens."),
+    Value<biz::kMsgPicture>("A picture."),
+    Value<biz::kMsgAudio>("An audio recording."),
+    Value<biz::kMsgFile>("A file."),
+    Value<biz::kMsgEmotion>("An emotion."),
+    Value<biz::kMsgShake>("A window shake, without text."),
+    Value<biz::kMsgInputStatus>("The sender's typing state; never stored."),
 };
-inline constexpr ValueSet kMsgType{"IMMsgType", kMsgTypeValues};
 
-inline constexpr NamedValue kMsgStatusValues[] = {
-    {biz::kMsgSending, "kMsgSending", "On its way."},
-    {biz::kMsgSent, "kMsgSent", "It is in the server's archive."},
-    {biz::kMsgFailed, "kMsgFailed", "It was not sent and may be sent again."},
-    {biz::kMsgReceived, "kMsgReceived", "A message from somebody else."},
-    {biz::kMsgWithdrawn, "kMsgWithdrawn", "Its sender took it back; the body is empty."},
+inline constexpr Values kMsgStatus{
+    Value<biz::kMsgSending>("On its way."),
+    Value<biz::kMsgSent>("It is in the server's archive."),
+    Value<biz::kMsgFailed>("It was not sent and may be sent again."),
+    Value<biz::kMsgReceived>("A message from somebody else."),
+    Value<biz::kMsgWithdrawn>("Its sender took it back; the body is empty."),
 };
-inline constexpr ValueSet kMsgStatus{"IMMsgStatus", kMsgStatusValues};
 
-inline constexpr NamedValue kReadFlagValues[] = {
-    {biz::kMsgUnread, "kMsgUnread", "Not read yet."},
-    {biz::kMsgRead, "kMsgRead", "Read; of an own message, that the peer reported so."},
+inline constexpr Values kReadFlag{
+    Value<biz::kMsgUnread>("Not read yet."),
+    Value<biz::kMsgRead>("Read; of an own message, that the peer reported so."),
 };
-inline constexpr ValueSet kReadFlag{"IMReadFlag", kReadFlagValues};
 
-inline constexpr NamedValue kInputStatusValues[] = {
-    {biz::kInputStopped, "kInputStopped", "The peer does not type."},
-    {biz::kInputTyping, "kInputTyping", "The peer types."},
+inline constexpr Values kInputStatus{
+    Value<biz::kInputStopped>("The peer does not type."),
+    Value<biz::kInputTyping>("The peer types."),
 };
-inline constexpr ValueSet kInputStatus{"InputStatus", kInputStatusValues};
 
 // Sentences of keys that many records have.
 inline constexpr char kMsgIdSays[] = "Identifier of the message, unique for its sender.";

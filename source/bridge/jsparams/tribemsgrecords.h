@@ -8,10 +8,9 @@
 
 namespace imsdk::bridge {
 
-inline constexpr NamedValue kTribeCIDTypeValues[] = {
-    {biz::kCIDTribe, "kCIDTribe", "A tribe."},
+inline constexpr Values kTribeCIDType{
+    Value<biz::kCIDTribe>("A tribe."),
 };
-inline constexpr ValueSet kTribeCIDType{"IMCIDType", kTribeCIDTypeValues};
 
 // Conversations named by a tribe.
 struct TribeForm : PlainForm {
