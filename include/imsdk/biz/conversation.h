@@ -108,6 +108,11 @@ class IIMConversation : public IKexCOMRefCounted {
   //   once; once more, and good, when a message that was given up turns out to be in the server's
   //   archive. A process that dies between the two raises it after the next login, when the server
   //   has answered.
+  // A message that mentions somebody outside a tribe is refused with `kEngineRefused`. Of the users
+  // named the server leaves out those whom it does not know; who is no member stays named and is
+  // not counted. With `kEngineRefused` a message fails that names nobody it knows
+  // (`kTribeUserNotAMember`), and one to all members when the account may not mention all
+  // (`kTribeAtAllRefused`).
   virtual void SendMsg(const IMSendRequest& request, IMCallback<> done) = 0;
   // Sends a stored message again, only one that failed; answered at once. Good: it is tried, and
   // `on_send_msg_status` follows; if the process dies before that, the message is still stored, as
