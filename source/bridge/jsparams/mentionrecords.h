@@ -1,7 +1,7 @@
 // JSON forms of mentions.
 #pragma once
 
-#include "source/bridge/jsparams/messagerecords.h"
+#include "source/bridge/jsparams/sendrecords.h"
 
 namespace imsdk::bridge {
 
@@ -27,6 +27,14 @@ struct Record<biz::IMTribeAt> {
       Field("atmsgtype", &R::atmsgtype, "Whom the message mentions.", &kTribeAtMsgType),
       Field("relation2me", &R::relation2me, "How it relates to the account.", &kTribeAtRelation),
       Field("atmembers", &R::atmembers, "The members it mentions; empty unless they are named."));
+};
+
+template <>
+struct Record<TribeAtRequest> {
+  using R = biz::IMTribeAt;
+  static constexpr auto kFields =
+      FieldList(Field("atmsgtype", &R::atmsgtype, "Whom the message mentions.", &kTribeAtMsgType),
+                Field("atmembers", &R::atmembers, "The members it mentions, when they are named."));
 };
 
 template <>

@@ -23,10 +23,13 @@ struct BodyItem {
 
 inline constexpr char kBodySays[] = "What to send, in the order in which it is shown.";
 
+// Whom a message is to mention.
+struct TribeAtRequest : biz::IMTribeAt {};
+
 struct SendMsgRequest {
   bool autosend = false;
   std::vector<BodyItem> msgbody;
-  biz::IMTribeAt tribeat;  // only tribes have the key
+  TribeAtRequest tribeat;  // only tribes have the key
 
   static constexpr auto kFields = FieldList(
       Field("autosend", &SendMsgRequest::autosend, "1: sent by the client, not typed by its user."),

@@ -46,10 +46,9 @@ struct FormRecord<biz::IMMsgRequest, TribeForm> {
 
 template <>
 struct FormRecord<SendMsgRequest, TribeForm> {
-  static constexpr auto kFields =
-      std::tuple_cat(SendMsgRequest::kFields,
-                     FieldList(Field("tribeat", &SendMsgRequest::tribeat,
-                                     "Whom to mention: \"atmsgtype\" and \"atmembers\" count.")));
+  static constexpr auto kFields = std::tuple_cat(
+      SendMsgRequest::kFields,
+      FieldList(Field("tribeat", &SendMsgRequest::tribeat, "Whom to mention; nobody without it.")));
 };
 
 // A sent message, with its body as it was handed over.

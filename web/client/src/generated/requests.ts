@@ -1,7 +1,6 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
   IMConversationID,
-  IMTribeAt,
   IMTribeRequest,
   IMUserID,
   TribemsgIMConversationID,
@@ -9,6 +8,7 @@ import type {
 import type {
   IMMsgType,
   IMRoaming,
+  TribeAtMsgType,
   TribeAtRelation,
   TribeMemberLevel,
 } from "./values.ts";
@@ -381,6 +381,13 @@ export interface TranslateMsgRequest {
   msgcontent?: string;
 }
 
+export interface TribeAtRequest {
+  /** Whom the message mentions. */
+  atmsgtype?: TribeAtMsgType;
+  /** The members it mentions, when they are named. */
+  atmembers?: IMUserID[];
+}
+
 export interface TribemgrIMTribeRequest {
   /** The tribe. */
   tribeid?: string;
@@ -561,6 +568,6 @@ export interface TribemsgSendMsgRequest {
   autosend?: number;
   /** What to send, in the order in which it is shown. */
   msgbody?: BodyItem[];
-  /** Whom to mention: "atmsgtype" and "atmembers" count. */
-  tribeat?: IMTribeAt;
+  /** Whom to mention; nobody without it. */
+  tribeat?: TribeAtRequest;
 }
