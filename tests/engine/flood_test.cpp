@@ -136,7 +136,9 @@ TEST_P(FloodTest, ABroadcastIsHeldOnce) {
   const long used = PeakMemory() - before;
   printf("1 MiB to %d: %ld ms, %ld MiB more, others' sends %ld ms, own request %ld ms\n",
          kReceivers, long(Since(start).count()), used, long(slowest.count()), long(own.count()));
+#if !defined(__SANITIZE_ADDRESS__)  // which keeps what was freed
   EXPECT_LT(used, 64);
+#endif
   EXPECT_LT(slowest, kMoment);
   EXPECT_LT(own, 3 * kMoment);
 }

@@ -128,6 +128,7 @@ test("the browser asks before a reload loses chosen files", async () => {
   await eventually(() => harbor.troubles.length > 0, "the question");
   assert.match(harbor.troubles.pop()!, /^dialog/);
   await page.getByTitle("Remove note.txt").click();
+  await page.getByTitle("Remove note.txt").waitFor({ state: "detached" });
   await page.reload();
   await harbor.composer("lighthouse").waitFor();
 });

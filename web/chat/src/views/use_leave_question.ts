@@ -1,8 +1,9 @@
-import { useEffect } from "preact/hooks";
+import { useLayoutEffect } from "preact/hooks";
 
 /** While `unsaved`, the browser asks before it reloads or closes the page. */
 export function useLeaveQuestion(unsaved: boolean): void {
-  useEffect(() => {
+  // With what is shown, not some frames behind it: whoever sees nothing unsaved may leave unasked.
+  useLayoutEffect(() => {
     if (!unsaved) return undefined;
     const ask = (event: BeforeUnloadEvent) => event.preventDefault();
     addEventListener("beforeunload", ask);
