@@ -75,6 +75,7 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
   mailbox_->SetHooks({base::BindWeak(std::weak_ptr(outbox_), &Outbox::Archived),
                       base::BindWeak(std::weak_ptr(roamer_), &Roamer::CatchUp),
                       base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Happened),
+                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Joined),
                       base::BindWeak(std::weak_ptr(tribes_), &TribeBook::TakeRemind)});
 }
 

@@ -51,6 +51,10 @@ class Mailbox {
     link::TribeHappening what;
     bool offline = false;
   };
+  // The account is a member of a tribe now.
+  struct Joined {
+    biz::IMTribeID tribe;
+  };
   struct MentionsRead {
     biz::IMTribeID tribe;
     biz::IMAtReaded what;
@@ -61,7 +65,7 @@ class Mailbox {
     biz::TribeMsgRemindType type;
   };
   using Happening = std::variant<New, Sent, Quiet, Archived, Withdrawn, PeerRead, ReadElsewhere,
-                                 Wanting, Tribal, MentionsRead, Reminded>;
+                                 Wanting, Tribal, Joined, MentionsRead, Reminded>;
   using Happenings = std::vector<Happening>;
 
   // What others do about it.
@@ -69,6 +73,7 @@ class Mailbox {
     std::function<void(const biz::IMMessage&, std::int64_t svrtime)> archived;
     std::function<void(const biz::IMConversationID&)> wanting;
     std::function<void(const link::TribeHappening&, bool offline)> tribal;
+    std::function<void(biz::IMTribeID)> joined;
     std::function<void(biz::IMTribeID, biz::TribeMsgRemindType)> reminded;
   };
 
@@ -117,6 +122,7 @@ class Mailbox {
   void Raise(const ReadElsewhere& read);
   void Raise(const Wanting& wanting);
   void Raise(const Tribal& tribal);
+  void Raise(const Joined& joined);
   void Raise(const MentionsRead& read);
   void Raise(const Reminded& reminded);
   // `news` are of one type of conversation.

@@ -14,6 +14,7 @@ void Mailbox::Keep(const link::Batch&, const link::Membership& from, Happenings&
   state_.store.parts().OpenHole(conversation);
   state_.store.conversations().SetWanting(conversation, true);
   happenings.push_back(Wanting{cid});
+  happenings.push_back(Joined{from.tribe});
 }
 
 void Mailbox::Keep(const link::Batch& batch, const link::TribeHappening& from,
@@ -75,6 +76,8 @@ void Mailbox::Raise(const Wanting& wanting) {
 }
 
 void Mailbox::Raise(const Tribal& tribal) { hooks_.tribal(tribal.what, tribal.offline); }
+
+void Mailbox::Raise(const Joined& joined) { hooks_.joined(joined.tribe); }
 
 void Mailbox::Raise(const MentionsRead& read) {
   state_.tribe_events.on_tribe_at_msg_readed(read.tribe, read.what);

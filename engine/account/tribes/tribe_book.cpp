@@ -21,8 +21,14 @@ constexpr std::chrono::milliseconds kCountPause{1'000};
 void TribeBook::ShallowLogin(biz::IMCallback<> done) {
   if (open_) return done({});
   waiting_.push_back(std::move(done));
-  if (fresh_) return AnswerWaiting({});
-  if (!std::exchange(fetching_, true)) FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
+  // What the login has fetched, or fetches now, may be of a while ago.
+  if (waiting_.size() == 1) FetchAll();
+}
+
+void TribeBook::FetchAll() {
+  lost_ = false;
+  fetching_ = true;
+  FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
 }
 
 void TribeBook::Load() {
@@ -59,6 +65,7 @@ void TribeBook::FetchedTribes(const biz::ResultCode& result, Tribes found) {
     lost_ = lost_ || known_;
   }
   AnswerWaiting(result);
+  for (const biz::IMTribeID tribe : std::exchange(joined_, {})) Joined(tribe);
   for (const Told& told : std::exchange(held_, {})) Happened(told.happening, told.offline);
 }
 
@@ -190,10 +197,13 @@ Roster* TribeBook::RosterOf(biz::IMTribeID tribe) {
   return &open->second.roster;
 }
 
-void TribeBook::SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type) {
+void TribeBook::SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type,
+                              biz::IMCallback<> done) {
   state_->commit.Add([this, tribe, type](sqlite::Database&) { mailbox_->StoreRemind(tribe, type); },
-                     [self = shared_from_this(), tribe, type](const biz::ResultCode& stored) {
+                     [self = shared_from_this(), tribe, type,
+                      done = std::move(done)](const biz::ResultCode& stored) {
                        if (stored.ok()) self->TakeRemind(tribe, type);
+                       done(stored);
                      });
 }
 
@@ -209,13 +219,23 @@ void TribeBook::Happened(const link::TribeHappening& happening, bool offline) {
   const auto learning = learning_.find(happening.tribe);
   if (learning != learning_.end()) return learning->second.push_back(told);
   const auto* joined = std::get_if<link::TribeJoined>(&happening.change);
-  if (known_ && joined && joined->member.userid == state_->self) return Learn(told);
+  if (known_ && joined && joined->member.userid == state_->self) {
+    learning_[happening.tribe].push_back(told);
+    return Learn(happening.tribe);
+  }
   Carry(told);
 }
 
-void TribeBook::Learn(const Told& joined) {
-  const biz::IMTribeID tribe = joined.happening.tribe;
-  learning_[tribe].push_back(joined);
+void TribeBook::Joined(biz::IMTribeID tribe) {
+  if (fetching_) {
+    joined_.insert(tribe);
+  } else if (known_ && !tribes_.contains(tribe) && !learning_.contains(tribe)) {
+    Learn(tribe);
+  }
+}
+
+void TribeBook::Learn(biz::IMTribeID tribe) {
+  learning_.try_emplace(tribe);
   state_->line->Ask(link::GetTribe{tribe},
                     [weak = weak_from_this(), tribe](const biz::ResultCode& result,
                                                      const biz::IMTribeInfo& info) {
@@ -233,7 +253,7 @@ void TribeBook::Learned(biz::IMTribeID tribe, const biz::ResultCode& result,
   // Without a link the list is fetched anew when it is back.
   if (result.code == biz::kEngineNoLink || result.code == biz::kEngineTimeout) lost_ = true;
   if (held.empty()) return;
-  Carry(held.mapped().front());
+  if (!held.mapped().empty()) Carry(held.mapped().front());
   // A second joining among them is learned by itself.
   for (std::size_t i = 1; i < held.mapped().size(); ++i) {
     Happened(held.mapped()[i].happening, held.mapped()[i].offline);
@@ -309,11 +329,7 @@ void TribeBook::TellCounts() {
 
 void TribeBook::Connected() {
   // Fetches that the lost link left open have failed, and with them whoever waited.
-  if (!fetching_ && (!fresh_ || lost_)) {
-    lost_ = false;
-    fetching_ = true;
-    FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
-  }
+  if (!fetching_ && (!fresh_ || lost_)) FetchAll();
   for (const auto& [tribe, open] : rosters_) {
     if (open.complete) Renew(tribe);
   }

@@ -42,10 +42,13 @@ class TribeBook : public std::enable_shared_from_this<TribeBook> {
   // The members of a tribe with a deep login. Null without.
   Roster* RosterOf(biz::IMTribeID tribe);
   // The account has set it here.
-  void SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type);
+  void SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type, biz::IMCallback<> done);
   // The store has a type that another device set.
   void TakeRemind(biz::IMTribeID tribe, biz::TribeMsgRemindType type);
 
+  // The account is a member now. Mostly a happening says so too, but not of a tribe that begins
+  // with the account in it.
+  void Joined(biz::IMTribeID tribe);
   // What the server told. `offline`: it happened before the account came; nobody is told.
   void Happened(const link::TribeHappening& happening, bool offline);
   void Present(const link::TribePresence& presence);
@@ -69,6 +72,7 @@ class TribeBook : public std::enable_shared_from_this<TribeBook> {
     bool offline = false;
   };
 
+  void FetchAll();
   void FetchTribes(std::uint64_t fetch, const std::shared_ptr<Tribes>& found, std::string place);
   void FetchedTribes(const biz::ResultCode& result, Tribes found);
   void AnswerWaiting(const biz::ResultCode& result);
@@ -82,7 +86,7 @@ class TribeBook : public std::enable_shared_from_this<TribeBook> {
 
   void TakeNote(const link::TribeHappening& happening);
   // The account has joined: its tribe is asked for, and what happens there meanwhile waits.
-  void Learn(const Told& joined);
+  void Learn(biz::IMTribeID tribe);
   void Learned(biz::IMTribeID tribe, const biz::ResultCode& result, const biz::IMTribeInfo& info);
   void Carry(const Told& told);
   void CountSoon(biz::IMTribeID tribe);
@@ -99,6 +103,7 @@ class TribeBook : public std::enable_shared_from_this<TribeBook> {
   std::uint64_t last_member_fetch_ = 0;
   std::vector<biz::IMCallback<>> waiting_;  // for the tribes
   std::vector<Told> held_;                  // what happened while they were fetched
+  std::set<biz::IMTribeID> joined_;         // meanwhile
   std::map<biz::IMTribeID, std::vector<Told>> learning_;
   std::vector<std::function<void()>> when_learned_;
   Tribes tribes_;

@@ -86,10 +86,10 @@ void TribeMgr::SetMsgRemindType(const biz::IMTribeNumber& request, Done<> done) 
   }
   const auto type = static_cast<biz::TribeMsgRemindType>(request.num);
   AskServer(state_, link::SetRemindType{request.tribeid, type},
-            Done<>([book = book_, tribe = request.tribeid, type,
+            Done<>([state = state_, book = book_, tribe = request.tribeid, type,
                     done = std::move(done)](const biz::ResultCode& result) {
-              if (result.ok()) book->SetRemindType(tribe, type);
-              done(result);
+              if (!result.ok() || state->ended) return done(result);
+              book->SetRemindType(tribe, type, done);
             }));
 }
 
