@@ -2,6 +2,7 @@ import type { BridgeClient, IMMessage, IMUserID } from "@imsdkbridge/client";
 import { batch } from "@preact/signals";
 import { preview } from "../text/body.ts";
 import type { ChatStore } from "./chat_store.ts";
+import { onSingleChat } from "./single_chat.ts";
 import type { Tabs } from "./tabs.ts";
 import { keyOf } from "./users.ts";
 
@@ -30,11 +31,11 @@ export class Arrivals {
   constructor(client: BridgeClient, chat: Concerned, tabs: Tabs) {
     this.#chat = chat;
     this.#tabs = tabs;
-    client.on("onReceiveNewMsg", ({ msgs }) => this.#received(msgs));
-    client.on("onReceiveOfflineMsg", ({ msgs }) => this.#received(msgs));
+    onSingleChat(client, "onReceiveNewMsg", ({ msgs }) => this.#received(msgs));
+    onSingleChat(client, "onReceiveOfflineMsg", ({ msgs }) => this.#received(msgs));
     client.on("onReceiveSysMsg", ({ msgs }) => this.#receivedVirtual(msgs));
     client.on("onReceiveSubscribeMsg", ({ msgs }) => this.#receivedVirtual(msgs));
-    client.on("onSendNewMsg", ({ msgs }) => this.#sent(msgs));
+    onSingleChat(client, "onSendNewMsg", ({ msgs }) => this.#sent(msgs));
     client.on("onSendMsgStatus", (status) => {
       chat.conversations.patchLast(status.msgid, chat.threads.setStatus(status));
     });

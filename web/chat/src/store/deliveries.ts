@@ -10,6 +10,7 @@ import { grouped } from "../text/grouped.ts";
 import { outcomeOf, type Verb } from "../text/outcome.ts";
 import { textOf } from "../text/reasons.ts";
 import { withEmotions } from "./emotion_text.ts";
+import { onSingleChat } from "./single_chat.ts";
 import type { Toasts } from "./toasts.ts";
 import { keyOf, sameUser } from "./users.ts";
 
@@ -53,7 +54,9 @@ export class Deliveries {
 
   constructor(parts: Parts) {
     this.#parts = parts;
-    parts.client.on("onSendNewMsg", ({ msgs }) => msgs.forEach((message) => this.#stored(message)));
+    onSingleChat(parts.client, "onSendNewMsg", ({ msgs }) =>
+      msgs.forEach((message) => this.#stored(message)),
+    );
     parts.client.on("onSendMsgStatus", ({ msgid, code, result }) => {
       this.#settle(msgid, code === 0 ? "sent" : "failed", result);
     });

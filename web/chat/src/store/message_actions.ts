@@ -8,6 +8,7 @@ import {
 import { textOf } from "../text/reasons.ts";
 import type { Conversations } from "./conversations.ts";
 import type { Faces } from "./faces.ts";
+import { onSingleChat } from "./single_chat.ts";
 import type { Threads } from "./threads.ts";
 import type { Toasts } from "./toasts.ts";
 
@@ -27,7 +28,7 @@ export class MessageActions {
 
   constructor(parts: Parts) {
     this.#parts = parts;
-    parts.client.on("onMsgWithdrawNty", ({ code, withdraws }) => {
+    onSingleChat(parts.client, "onMsgWithdrawNty", ({ code, withdraws }) => {
       if (code === 0) for (const withdrawn of withdraws) this.#withdrawn(withdrawn);
     });
   }
