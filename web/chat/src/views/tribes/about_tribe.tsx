@@ -116,7 +116,7 @@ export function TextField(props: TextFieldProps): JSX.Element {
     "aria-label": label,
     dir: "auto",
     maxLength: most,
-    autofocus: true,
+    ref: takeFocus,
     value: draft,
     onInput: (event: { currentTarget: { value: string } }) => setDraft(event.currentTarget.value),
     onKeyDown: (event: KeyboardEvent) => event.key === "Escape" && setDraft(undefined),
@@ -136,3 +136,6 @@ export function TextField(props: TextFieldProps): JSX.Element {
     </form>
   );
 }
+
+/** What is typed next is meant for the field that has come. */
+const takeFocus = (field: HTMLElement | null) => field?.focus();
