@@ -124,7 +124,10 @@ TEST(SecretFree, MasksWhatWasReadAndNothingElse) {
       {LR"({"x":"{\"token\":\"t\"}","y":" [\"{\\\"p\\u0061ssword\\\":1}\"]"})",
        LR"({"x":"{\"token\":\"***\"}","y":"[\"{\\\"password\\\":\\\"***\\\"}\"]"})"},
       {LR"("\"{\\\"token\\\":1}\"")", LR"("\"{\\\"token\\\":\\\"***\\\"}\"")"},
-      {LR"({ "x" : "password", "y":"{token", "Token":"t" })", L""},
+      {LR"({ "x" : "password", "y":"{token", "pass":"t" })", L""},
+      {LR"({"PassWord":"p","auth_TOKEN":1,"oldPasswd":[2],"x":{"joinPwd":"q","clientSecret":""}})",
+       LR"({"PassWord":"***","auth_TOKEN":"***","oldPasswd":"***","x":{"joinPwd":"***",)"
+       LR"("clientSecret":"***"}})"},
       {LR"("token")", L""},
       {L"", L""},
       {LR"({"s\u0074r":["p"],"x":"{\"str\":1}","tribeid":"1"})",
