@@ -93,6 +93,21 @@ TEST(JsonText, BrokenUnicodeBecomesReplacementCharacters) {
   }
 }
 
+// Around the sizes at which a long text moves out of the buffer that is kept.
+TEST(JsonText, LongListsAndTextsStayWhole) {
+  for (const std::size_t length : {100, 262'143, 262'144, 600'000}) {
+    std::vector<std::wstring> texts(1000, std::wstring(length / 1000, L'a'));
+    texts.push_back(std::wstring(length, L'b'));
+    JsonText json;
+    WriteItems<PlainForm>(json, texts);
+    const auto value = base::JSONReader::Read(base::WideToUTF8(json.Take()));
+    ASSERT_TRUE(value && value->GetIfList());
+    std::vector<std::wstring> read;
+    ReadItems<PlainForm>(*value->GetIfList(), &read);
+    EXPECT_EQ(read, texts);
+  }
+}
+
 TEST(SecretFree, MasksWhatWasReadAndNothingElse) {
   const std::wstring gone = L" characters that are no JSON";
   const struct {

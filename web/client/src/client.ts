@@ -172,7 +172,9 @@ export class BridgeClient implements Calls {
     direct: boolean,
   ): Promise<ResultCode> {
     const json = JSON.stringify(request);
-    const encode = (seq: string) => encodeInvoke(`workbench.${route}`, seq, name, json);
+    // What the host serves itself has a name of its own; everything else goes to the bridge.
+    const method = route.startsWith("bridgehost.") ? route : `workbench.${route}`;
+    const encode = (seq: string) => encodeInvoke(method, seq, name, json);
     const timeout = options?.timeout ?? this.#options.timeout;
     const label = `${route.replace(/\.invoke$/, "")} ${name}`;
     const { seq, answer } = this.#calls.open(label, encode, { ...options, timeout });

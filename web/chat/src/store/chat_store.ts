@@ -29,6 +29,8 @@ import { Tabs, type TabChannel, type TabNews } from "./tabs.ts";
 import { Threads } from "./threads.ts";
 import { Toasts } from "./toasts.ts";
 import { Translations } from "./translation.ts";
+import type { TribeDialog } from "./tribes/dialogs.ts";
+import { Tribes } from "./tribes/tribes.ts";
 import { Typing } from "./typing.ts";
 import { keyOf, sameUser } from "./users.ts";
 
@@ -48,7 +50,8 @@ export interface Surroundings<F extends LocalFile = LocalFile> {
 export type Dialog =
   | { kind: "forward"; messages: readonly IMMessage[] }
   | { kind: "delete"; cid: IMUserID; msgids: readonly string[] | "all" }
-  | { kind: "broadcast" | "search" | "settings" };
+  | { kind: "broadcast" | "search" | "settings" }
+  | TribeDialog;
 
 /** A message that was jumped to, and the words in it that were searched for. */
 export interface Target {
@@ -71,6 +74,8 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   /** The newest event in words, for screen readers. */
   readonly announcement = signal("");
   readonly dialog = signal<Dialog | undefined>(undefined);
+  /** What the left column lists. */
+  readonly section = signal<"chats" | "tribes">("chats");
 
   readonly session: Session;
   readonly faces: Faces;
@@ -93,6 +98,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly viewer: PictureViewer;
   readonly emotions: Emotions;
   readonly window: ChatWindow;
+  readonly tribes: Tribes;
 
   readonly #client: BridgeClient;
   readonly #storage: Storage;
@@ -136,6 +142,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.attachments = new Attachments(client, readFile);
     this.viewer = new PictureViewer(client);
     this.emotions = new Emotions(emotions);
+    this.tribes = new Tribes(client, toasts, () => this.closeConversation());
     this.window = new ChatWindow(client, focus, (cid) => void this.#arrivals.takeIn(cid));
     this.#arrivals = new Arrivals(client, this, this.#tabs);
     this.window.attentive.subscribe((attentive) => {
@@ -163,6 +170,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
 
   /** Shows a conversation. */
   open(cid: IMUserID): void {
+    this.tribes.hide();
     if (sameUser(cid, this.active.value)) return;
     const before = this.active.value;
     this.#leave();
@@ -244,6 +252,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
         this.faces.clear();
         this.attachments.clear();
         this.deliveries.clear();
+        this.tribes.clear();
       });
     }
     this.outbox.enter(me);
@@ -256,6 +265,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
       this.outbox.held().forEach((cid) => this.conversations.ensure(cid));
       if (shown && !this.active.value) this.startChat(JSON.parse(shown));
     });
+    this.tribes.enter(me);
     void this.translations.load();
     void this.deliveries.catchUp();
     this.window.tellAgain();

@@ -5,17 +5,20 @@ import { sameUser } from "../store/users.ts";
 import { lineOf } from "../text/line.ts";
 import { useStore } from "./context.ts";
 import { Dialog } from "./dialog.tsx";
+import { Actions } from "./dialog_actions.tsx";
 import { LineText } from "./line_text.tsx";
 import { PeoplePicker } from "./people_picker.tsx";
 import { SearchDialog } from "./search_dialog.tsx";
 import { SettingsDialog } from "./settings_dialog.tsx";
+import { TribeDialogs } from "./tribes/tribe_dialogs.tsx";
 
 /** The dialog that is in front of the page, if there is one. */
 export function Dialogs(): JSX.Element | null {
   const store = useStore();
   const dialog = store.dialog.value;
   const close = () => void (store.dialog.value = undefined);
-  switch (dialog?.kind) {
+  if (!dialog) return null;
+  switch (dialog.kind) {
     case "forward":
       return <ForwardDialog messages={dialog.messages} close={close} />;
     case "broadcast":
@@ -26,8 +29,8 @@ export function Dialogs(): JSX.Element | null {
       return <SettingsDialog close={close} />;
     case "search":
       return <SearchDialog close={close} />;
-    case undefined:
-      return null;
+    default:
+      return <TribeDialogs dialog={dialog} close={close} />;
   }
 }
 
@@ -151,24 +154,4 @@ function Refusal({ reason }: { reason: string }): JSX.Element {
 
 function sendLabel(verb: string, people: readonly IMUserID[]): string {
   return people.length > 1 ? `${verb} to ${people.length}` : verb;
-}
-
-interface ActionsProps {
-  close: () => void;
-  label: string;
-  off: boolean;
-  danger?: boolean;
-}
-
-function Actions({ close, label, off, danger }: ActionsProps): JSX.Element {
-  return (
-    <footer class="dialog-actions">
-      <button type="button" class="button" onClick={close}>
-        Cancel
-      </button>
-      <button type="submit" class={danger ? "button danger" : "button primary"} disabled={off}>
-        {label}
-      </button>
-    </footer>
-  );
 }

@@ -8,10 +8,13 @@ import { useStore } from "./context.ts";
 interface PeoplePickerProps {
   people: readonly IMUserID[];
   setPeople: (people: readonly IMUserID[]) => void;
+  /** Whether what is typed first goes here. */
+  focus?: boolean;
 }
 
 /** Chooses several people: from the conversations, or by a name that is typed in full. */
-export function PeoplePicker({ people, setPeople }: PeoplePickerProps): JSX.Element {
+export function PeoplePicker(props: PeoplePickerProps): JSX.Element {
+  const { people, setPeople, focus = true } = props;
   const store = useStore();
   const [query, setQuery] = useState("");
   const name = query.trim();
@@ -35,7 +38,7 @@ export function PeoplePicker({ people, setPeople }: PeoplePickerProps): JSX.Elem
         placeholder="Find or name somebody"
         autoCapitalize="none"
         spellcheck={false}
-        autofocus
+        autofocus={focus}
         value={query}
         onInput={(event) => setQuery(event.currentTarget.value)}
         onKeyDown={(event) => {
