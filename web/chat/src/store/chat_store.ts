@@ -1,20 +1,15 @@
-import type {
-  BridgeClient,
-  Calls,
-  ConnectionState,
-  IMMessage,
-  IMUserID,
-} from "@imsdkbridge/client";
+import type { BridgeClient, Calls, ConnectionState, IMUserID } from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { Arrivals } from "./arrivals.ts";
-import { Attachments, type LocalFile, type ReadFile } from "./attachments.ts";
+import { Attachments, type LocalFile } from "./attachments.ts";
 import { AutoReplies } from "./auto_replies.ts";
-import { ChatWindow, type PageFocus } from "./chat_window.ts";
+import { ChatWindow } from "./chat_window.ts";
 import { ConversationSearch } from "./conversation_search.ts";
 import { Conversations } from "./conversations.ts";
 import { Deliveries } from "./deliveries.ts";
-import { Emotions, type Emotion } from "./emotions.ts";
+import type { Dialog } from "./dialog.ts";
+import { Emotions } from "./emotions.ts";
 import { Faces } from "./faces.ts";
 import { GlobalSearch } from "./global_search.ts";
 import { MessageActions } from "./message_actions.ts";
@@ -25,33 +20,14 @@ import { Roaming } from "./roaming.ts";
 import { Selection } from "./selection.ts";
 import { Session } from "./session.ts";
 import { Shaking } from "./shaking.ts";
-import { Tabs, type TabChannel, type TabNews } from "./tabs.ts";
+import type { Surroundings } from "./surroundings.ts";
+import { Tabs, type TabNews } from "./tabs.ts";
 import { Threads } from "./threads.ts";
 import { Toasts } from "./toasts.ts";
 import { Translations } from "./translation.ts";
-import type { TribeDialog } from "./tribes/dialogs.ts";
 import { Tribes } from "./tribes/tribes.ts";
 import { Typing } from "./typing.ts";
 import { keyOf, sameUser } from "./users.ts";
-
-/** What the store needs of the page around it. */
-export interface Surroundings<F extends LocalFile = LocalFile> {
-  /** Lives as long as the tab. */
-  storage: Storage;
-  /** Outlives the tab. */
-  memory: Storage;
-  focus: PageFocus;
-  tabs: TabChannel;
-  readFile: ReadFile<F>;
-  emotions: () => Promise<readonly Emotion[]>;
-}
-
-/** A question or a form in front of the page. */
-export type Dialog =
-  | { kind: "forward"; messages: readonly IMMessage[] }
-  | { kind: "delete"; cid: IMUserID; msgids: readonly string[] | "all" }
-  | { kind: "broadcast" | "search" | "settings" }
-  | TribeDialog;
 
 /** A message that was jumped to, and the words in it that were searched for. */
 export interface Target {

@@ -99,14 +99,14 @@ function useShortcuts(store: ChatStore<File>): void {
 
 function Starting(): JSX.Element {
   const store = useStore();
-  const waiting = store.connection.value.state === "reconnecting";
+  const { state, reason } = store.connection.value;
   return (
     <div class="centered">
-      {waiting ? (
+      {state === "reconnecting" ? (
         <Notice
           icon="warning"
-          title="The host cannot be reached"
-          text="It may not be running. This page keeps trying."
+          title={reason ? "The host does not take this page" : "The host cannot be reached"}
+          text={`${reason ? `It said: ${reason}.` : "It may not be running."} This page keeps trying.`}
           action={{ label: "Try now", run: () => store.reconnect() }}
         />
       ) : (
@@ -123,7 +123,7 @@ function Refused({ reason }: { reason: string }): JSX.Element {
       <Notice
         icon="warning"
         title="The host refused this page"
-        text={`It said: ${reason}. Open the address that the host printed when it started.`}
+        text={`${reason && `It said: ${reason}. `}Open the address that the host printed when it started.`}
         action={{ label: "Try again", run: () => store.reconnect() }}
       />
     </div>

@@ -1,13 +1,11 @@
 import { IMMsgType, readBody, type BodyPart, type IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useMemo, useState } from "preact/hooks";
-import { emotionUrl, fileUrl, saveFile } from "../files.ts";
+import { emotionUrl, fileUrl } from "../files.ts";
 import { folded, sizeOf } from "../text/fold.ts";
-import { highlighted } from "../text/highlight.ts";
 import { linked } from "../text/links.ts";
-import { textOf } from "../text/reasons.ts";
-import { useStore } from "./context.ts";
-import { Icon } from "./icons.tsx";
+import { FileLink, nameIn, type FileLinkProps } from "./file_link.tsx";
+import { marked } from "./marked.tsx";
 import { useFolding } from "./use_folding.ts";
 
 interface BodyProps {
@@ -79,13 +77,6 @@ function Text({ text, keywords }: { text: string; keywords: readonly string[] })
   );
 }
 
-function marked(text: string, keywords: readonly string[]): (string | JSX.Element)[] | string {
-  if (keywords.length === 0) return text;
-  return highlighted(text, keywords).map((stretch, index) =>
-    stretch.hit ? <mark key={index}>{stretch.text}</mark> : stretch.text,
-  );
-}
-
 interface PictureProps {
   path: string;
   open: (() => void) | undefined;
@@ -139,37 +130,5 @@ function Voice({ path, name, keywords }: Omit<FileLinkProps, "icon">): JSX.Eleme
       src={fileUrl(path)}
       onError={() => setBroken(true)}
     />
-  );
-}
-
-interface FileLinkProps {
-  path: string;
-  name: string;
-  icon: "file" | "voice";
-  keywords?: readonly string[] | undefined;
-}
-
-/** The name of a path's file. */
-function nameIn(path: string): string {
-  return /[^\\/]*$/.exec(path)![0] || path;
-}
-
-function FileLink({ path, name, icon, keywords = [] }: FileLinkProps): JSX.Element {
-  const { toasts } = useStore();
-  const save = (event: MouseEvent) => {
-    event.preventDefault();
-    saveFile(path, name).catch((error: unknown) =>
-      toasts.problem(`${name} could not be saved: ${textOf(error)}.`),
-    );
-  };
-  return (
-    <a class="file" href={fileUrl(path)} title="Save" rel="noreferrer" onClick={save}>
-      <Icon name={icon} />
-      <span>
-        {icon === "voice" && "Voice message ("}
-        {marked(name, keywords)}
-        {icon === "voice" && ")"}
-      </span>
-    </a>
   );
 }
