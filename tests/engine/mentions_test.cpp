@@ -70,6 +70,20 @@ TEST_P(MentionsTest, AreReadByTheirReadersOnAllDevicesAndSeenByTheirSender) {
   }
   EXPECT_EQ(SendItems(Chat(kHarbor, kMariner), {Text(L"x")}, all), biz::kEngineRefused);
 
+  const struct {
+    biz::IMUserID by, whom;
+    std::int32_t subcode;
+  } members[] = {{kHarbor, {}, 0},
+                 {kMariner, {}, biz::kTribeAtAllRefused},
+                 {kMariner, kLighthouse, 0},
+                 {kMariner, User(L"nobody"), biz::kTribeUserNotAMember}};
+  for (const auto& row : members) {
+    const auto [result, found] = Answer<biz::IMAtMember>(
+        [&](auto done) { Chat(row.by, kTribe)->AtTribeMember({row.whom}, done); });
+    EXPECT_EQ(result.subcode, row.subcode);
+    EXPECT_EQ(found.display, row.subcode == 0 ? row.whom.nick : L"");
+  }
+
   Device second(server_->Link());
   second.Login(kMariner);
   Await(kMariner, second.accounts());
