@@ -188,9 +188,7 @@ TEST_P(DurabilityEmbedded, WhatWasPromisedSurvivesAKill) {
 INSTANTIATE_TEST_SUITE_P(To, DurabilityEmbedded,
                          testing::Values(biz::IMConversationID(kMariner),
                                          biz::IMConversationID(biz::IMTribeID{10001})),
-                         [](const auto& of) {
-                           return of.param.is_tribe() ? "ATribe" : "AUser";
-                         });
+                         [](const auto& of) { return of.param.is_tribe() ? "ATribe" : "AUser"; });
 
 }  // namespace
 }  // namespace imsdk::test
