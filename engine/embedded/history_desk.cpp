@@ -129,25 +129,24 @@ Outcome<link::History> HistoryDesk::Answer(const Caller& caller, const link::Get
 Outcome<link::Context> HistoryDesk::Answer(const Caller& caller, const link::GetContext& request) {
   Window window;
   if (const auto why = OpenFor(caller, request.cid, &window); !why.ok()) return why;
-  const auto sender = store_.accounts().Find(request.message.from);
-  const auto known =
-      sender ? store_.mail().Find(window.conversation, sender->id, request.message.msgid)
-             : std::nullopt;
+  Position place = 0;
+  if (const auto sender = store_.accounts().Find(request.message.from)) {
+    const auto known = store_.mail().Find(window.conversation, sender->id, request.message.msgid);
+    if (known) place = known->position;
+  }
   const Range open = OpenRange(window.conversation, window.opened, 0);
   const Position after = std::max(open.after, window.hidden);
-  if (!known || known->position <= after) {
-    return Failure(biz::kEngineNotFound, L"there is no such message");
-  }
+  if (place <= after) return Failure(biz::kEngineNotFound, L"there is no such message");
   Outcome<link::Context> outcome;
   outcome.effects.after_news = true;
   const auto count = static_cast<std::size_t>(std::clamp(request.count, 1, kMostInHistory));
   const std::size_t older = count / 2;
   // The message itself begins the newer part, which is never empty therefore.
   const bool older_left =
-      ReadPart(window, {{after, known->position}, true, false, older}, &outcome.reply.msgs);
+      ReadPart(window, {{after, place}, true, false, older}, &outcome.reply.msgs);
   std::vector<link::Message> newer;
   const bool newer_left =
-      ReadPart(window, {{known->position - 1, kNever}, false, false, count - older}, &newer);
+      ReadPart(window, {{place - 1, kNever}, false, false, count - older}, &newer);
   outcome.reply.msgs.insert(outcome.reply.msgs.end(), std::make_move_iterator(newer.begin()),
                             std::make_move_iterator(newer.end()));
   outcome.reply.ends = !older_left || !newer_left;

@@ -10,9 +10,9 @@ namespace imsdk::embedded {
 
 // The columns that the functions below expect in front of a query's own, and where they come from:
 // `MESSAGE_JOINS` follows a table `m` of messages, `CID_JOINS` one with a conversation's number.
-#define MESSAGE_COLUMNS                                                                         \
-  "c.tribe, c.first, f.appkey, f.nick, f.kind, g.appkey, g.nick, g.kind, m.position, m.msgid, " \
-  "m.msgtime, m.svrtime, m.msgtype, m.body, m.others, m.fixmsgread, m.autochatmsg, "            \
+#define MESSAGE_COLUMNS                                                                           \
+  "c.tribe, c.first, f.appkey, f.nick, f.kind, g.appkey, g.nick, g.kind, m.position, m.msgid, "   \
+  "m.msgtime, m.svrtime, m.msgtype, m.body, m.others, m.fixmsgread, m.autochatmsg, "              \
   "m.syschatmsg, m.withdrawn, m.read, m.files, m.previous, p.msgid, s.appkey, s.nick, m.device, " \
   "m.at_type, "
 #define CID_JOINS(conversation)                     \

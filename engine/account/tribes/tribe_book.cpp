@@ -85,15 +85,19 @@ void TribeBook::KeepAll() {
   state_->commit.Add(
       [this, all](sqlite::Database&) {
         state_->store.tribes().Replace(all);
-        for (const biz::IMTribeInfo& one : all) mailbox_->StoreRemind(one.tribeid, one.mine.remind);
+        for (const biz::IMTribeInfo& one : all) {
+          // A device that never heard of the joining has the conversation too.
+          state_->store.conversations().Make(biz::IMConversationID(one.tribeid));
+          mailbox_->StoreRemind(one.tribeid, one.mine.remind);
+        }
       },
       // What could not be stored is fetched again at the next login.
       [self = shared_from_this(), all](const biz::ResultCode& stored) {
         if (!stored.ok()) return;
         for (const biz::IMTribeInfo& one : all) {
-          if (one.mine.remind == biz::kRemindNothing) {
-            self->state_->chat.MarkRead(biz::IMConversationID(one.tribeid));
-          }
+          const biz::IMConversationID cid(one.tribeid);
+          self->state_->chat.AddConversation(cid);
+          if (one.mine.remind == biz::kRemindNothing) self->state_->chat.MarkRead(cid);
         }
       });
 }
