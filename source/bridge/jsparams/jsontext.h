@@ -60,7 +60,7 @@ class JsonText {
   std::wstring front_;  // of a long text, what stood before the buffer
   Buffer buffer_;
   std::size_t size_ = 0;  // of what is in the buffer
-  bool comma_ = false;  // the next value in this object or list needs a comma before it
+  bool comma_ = false;    // the next value in this object or list needs a comma before it
 };
 
 }  // namespace imsdk::bridge
