@@ -134,6 +134,7 @@ test("search walks over the pages, newest first, and drops what was typed meanwh
   await until(() => everywhere.search.status.value === "ready");
   const asked = socket()
     .named("SearchDBMsg2")
+    .filter(({ method }) => !method.includes("tribemsg"))
     .map(({ request }) => (request as IMMessage).cid);
   assert.deepEqual(asked, [undefined, peer]);
   assert.equal(everywhere.cids.value.length, 2, "the choice of conversations stays");

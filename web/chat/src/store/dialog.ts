@@ -1,7 +1,7 @@
-import type { IMMessage, IMUserID } from "@imsdkbridge/client";
+import type { Peer, ChatMessage } from "./peers.ts";
 
 /** A question or a form in front of the page. */
 export type Dialog =
-  | { kind: "forward"; messages: readonly IMMessage[] }
-  | { kind: "delete"; cid: IMUserID; msgids: readonly string[] | "all" }
+  | { kind: "forward"; messages: readonly ChatMessage[] }
+  | { kind: "delete"; cid: Peer; msgids: readonly string[] | "all" }
   | { kind: "broadcast" | "search" | "settings" };

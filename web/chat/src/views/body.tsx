@@ -1,4 +1,4 @@
-import { IMMsgType, readBody, type BodyPart, type IMMessage } from "@imsdkbridge/client";
+import { IMMsgType, readBody, type BodyPart } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useMemo, useState } from "preact/hooks";
 import { emotionUrl, fileUrl } from "../files.ts";
@@ -7,9 +7,10 @@ import { linked } from "../text/links.ts";
 import { FileLink, nameIn, type FileLinkProps } from "./file_link.tsx";
 import { marked } from "./marked.tsx";
 import { useFolding } from "./use_folding.ts";
+import type { ChatMessage } from "../store/peers.ts";
 
 interface BodyProps {
-  message: Pick<IMMessage, "msgtype" | "msgbody">;
+  message: Pick<ChatMessage, "msgtype" | "msgbody">;
   /** Words to highlight. */
   keywords?: readonly string[];
   /** Opens one of the message's pictures, counted from 0; without it they are only shown. */

@@ -1,14 +1,13 @@
-import type { IMUserID } from "@imsdkbridge/client";
 import type { ComponentProps, JSX } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
-import { keyOf } from "../store/users.ts";
+import { keyOf, type Peer, isTribe } from "../store/peers.ts";
 import { AttachmentStrip } from "./attachment_strip.tsx";
 import { useStore } from "./context.ts";
 import { EmotionPicker } from "./emotion_picker.tsx";
 import { Icon } from "./icons.tsx";
 
 /** Where messages are written. Enter sends, Shift+Enter breaks the line. */
-export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
+export function Composer({ cid }: { cid: Peer }): JSX.Element {
   const store = useStore();
   const field = useRef<HTMLTextAreaElement>(null);
   const chooser = useRef<HTMLInputElement>(null);
@@ -31,6 +30,7 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
 
   const write = (text: string) => {
     store.outbox.setDraft(cid, text);
+    if (isTribe(cid)) return;
     if (text) store.typing.typed(cid);
     else store.typing.stopped();
   };
@@ -77,12 +77,14 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
         <div class="composer-tools">
           <Tool icon="smile" label="Emotions" expanded={picking} run={() => setPicking(!picking)} />
           <Tool icon="clip" label="Send files" run={() => chooser.current?.click()} />
-          <Tool
-            icon="shake"
-            label="Shake the window"
-            off={!store.shaking.ready.value}
-            run={() => void store.shaking.shake(cid)}
-          />
+          {!isTribe(cid) && (
+            <Tool
+              icon="shake"
+              label="Shake the window"
+              off={!store.shaking.ready.value}
+              run={() => void store.shaking.shake(cid)}
+            />
+          )}
         </div>
         <input
           ref={chooser}
@@ -99,7 +101,7 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
           ref={field}
           rows={1}
           dir="auto"
-          aria-label={`Message to ${cid.nick}`}
+          aria-label={`Message to ${store.names.of(cid)}`}
           placeholder="Write a message"
           value={draft}
           onInput={(event) => write(event.currentTarget.value)}

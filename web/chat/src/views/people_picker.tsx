@@ -1,13 +1,13 @@
-import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
-import { appkey, keyOf } from "../store/users.ts";
+import { keyOf, type Peer, isTribe } from "../store/peers.ts";
+import { appkey } from "../store/users.ts";
 import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 
 interface PeoplePickerProps {
-  people: readonly IMUserID[];
-  setPeople: (people: readonly IMUserID[]) => void;
+  people: readonly Peer[];
+  setPeople: (people: readonly Peer[]) => void;
 }
 
 /** Chooses several people: from the conversations, or by a name that is typed in full. */
@@ -15,15 +15,17 @@ export function PeoplePicker({ people, setPeople }: PeoplePickerProps): JSX.Elem
   const store = useStore();
   const [query, setQuery] = useState("");
   const name = query.trim();
+  const nameOf = (cid: Peer) => store.names.of(cid);
   const known = store.conversations.sorted.value
     .map(({ cid }) => cid)
-    .filter((cid) => !store.faces.isVirtual(cid));
+    .filter((cid) => !store.faces.isVirtual(cid) && !store.names.whyBarred(cid));
   const strangers = people.filter((cid) => !known.some((other) => keyOf(other) === keyOf(cid)));
   const all = [...strangers, ...known];
-  const fitting = all.filter(({ nick }) => nick.toLowerCase().includes(name.toLowerCase()));
-  const fresh = name && !all.some(({ nick }) => nick === name) ? { appkey, nick: name } : undefined;
+  const fitting = all.filter((cid) => nameOf(cid).toLowerCase().includes(name.toLowerCase()));
+  const fresh =
+    name && !all.some((cid) => nameOf(cid) === name) ? { appkey, nick: name } : undefined;
   const chosen = new Set(people.map(keyOf));
-  const toggle = (cid: IMUserID) => {
+  const toggle = (cid: Peer) => {
     const rest = people.filter((other) => keyOf(other) !== keyOf(cid));
     setPeople(rest.length < people.length ? rest : [...people, cid]);
   };
@@ -39,7 +41,7 @@ export function PeoplePicker({ people, setPeople }: PeoplePickerProps): JSX.Elem
         value={query}
         onInput={(event) => setQuery(event.currentTarget.value)}
         onKeyDown={(event) => {
-          const best = fitting.find(({ nick }) => nick === name) ?? fitting[0] ?? fresh;
+          const best = fitting.find((cid) => nameOf(cid) === name) ?? fitting[0] ?? fresh;
           if (event.key !== "Enter" || !name || !best) return;
           event.preventDefault();
           toggle(best);
@@ -55,8 +57,9 @@ export function PeoplePicker({ people, setPeople }: PeoplePickerProps): JSX.Elem
                 checked={chosen.has(keyOf(cid))}
                 onChange={() => toggle(cid)}
               />
-              <Avatar nick={cid.nick} />
-              {cid.nick}
+              <Avatar nick={nameOf(cid)} />
+              {nameOf(cid)}
+              {isTribe(cid) && <span class="soft">tribe</span>}
               {cid === fresh && <span class="soft">not in the list yet</span>}
             </label>
           </li>

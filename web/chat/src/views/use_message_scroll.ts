@@ -5,6 +5,7 @@ import type { Outgoing } from "../store/outbox.ts";
 import type { Thread } from "../store/threads.ts";
 import { useStore } from "./context.ts";
 import { useVirtualList, type VirtualList } from "./use_virtual_list.ts";
+import { isTribe } from "../store/peers.ts";
 
 /** Pixels from the end within which the list follows new messages. */
 const nearEnd = 60;
@@ -112,7 +113,7 @@ export function useMessageScroll(thread: Thread, outgoing: readonly Outgoing[]):
   const attentive = store.window.attentive.value;
   useEffect(() => {
     const readable = attentive && !store.faces.isVirtual(cid);
-    if (readable) store.receipts.seen(cid, messages.slice(first, last + 1));
+    if (readable && !isTribe(cid)) store.receipts.seen(cid, messages.slice(first, last + 1));
   }, [first, last, messages, attentive]);
 
   const marked = useJumps(thread, list, box);
