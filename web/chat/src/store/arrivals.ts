@@ -14,6 +14,7 @@ type Concerned = Pick<
   | "announcement"
   | "conversations"
   | "faces"
+  | "mentions"
   | "names"
   | "outbox"
   | "session"
@@ -89,9 +90,10 @@ export class Arrivals {
   }
 
   #stored(messages: readonly ChatMessage[]): void {
-    const { conversations, threads } = this.#chat;
+    const { conversations, mentions, threads } = this.#chat;
     batch(() => {
       threads.add(messages);
+      mentions.arrived(messages);
       for (const message of messages) conversations.note(message);
     });
   }

@@ -12,6 +12,7 @@ import type { Dialog } from "./dialog.ts";
 import { Emotions } from "./emotions.ts";
 import { Faces } from "./faces.ts";
 import { GlobalSearch } from "./global_search.ts";
+import { Mentions } from "./mentions.ts";
 import { MessageActions } from "./message_actions.ts";
 import { Names } from "./names.ts";
 import { Outbox } from "./outbox.ts";
@@ -58,6 +59,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly threads: Threads;
   readonly outbox: Outbox;
   readonly toasts = new Toasts();
+  readonly mentions: Mentions;
   readonly receipts: Receipts;
   readonly typing: Typing;
   readonly shaking: Shaking;
@@ -96,7 +98,10 @@ export class ChatStore<F extends LocalFile = LocalFile> {
       const last = messages.at(-1);
       if (last) this.conversations.note(last);
     });
-    this.outbox = new Outbox(client, this.faces, storage);
+    this.outbox = new Outbox(client, this.faces, storage, (cid, text) =>
+      this.mentions.in(cid, text),
+    );
+    this.mentions = new Mentions(client, this.threads, storage);
     this.receipts = new Receipts(client, this.threads);
     this.typing = new Typing(client);
     this.shaking = new Shaking(client, this.toasts, (cid) => this.#shaken(cid));
@@ -152,6 +157,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.#storage.setItem(shownKey(this.#account), JSON.stringify(cid));
     this.window.show(cid);
     void this.threads.open(cid);
+    if (isTribe(cid)) void this.mentions.load(cid.tribeid);
   }
 
   /** Shows no conversation. */
@@ -229,6 +235,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
       });
     }
     this.outbox.enter(me);
+    this.mentions.enter(me);
     this.#tabs.enter(me);
     this.autoReplies.enter(me);
     this.threads.markStale();

@@ -1,6 +1,9 @@
-import type { BridgeClient, IMUserID } from "@imsdkbridge/client";
+import { TribeAtMsgType, type BridgeClient, type IMUserID } from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
-import { isTribe, keyOf, tribeOf, type ChatMessage, type Peer } from "./peers.ts";
+import { isTribe, keyOf, samePeer, tribeOf, type ChatMessage, type Peer } from "./peers.ts";
+
+/** How all members together are called in a text. */
+export const allMembers = "everyone";
 
 /** Members per request for their names. */
 const mostAsked = 200;
@@ -80,6 +83,24 @@ export class Names {
     const key = memberKey(cid.tribeid, fromid);
     this.#want(cid.tribeid, fromid, key);
     return this.#members.value.get(key) || fromid.nick;
+  }
+
+  /** The words that call for members in a message, and whether they mean the account. */
+  callsIn(
+    { cid, tribeat }: Pick<ChatMessage, "cid" | "tribeat">,
+    me: IMUserID | undefined,
+  ): ReadonlyMap<string, boolean> {
+    const calls = new Map<string, boolean>();
+    if (!isTribe(cid) || !tribeat) return calls;
+    if (tribeat.atmsgtype === TribeAtMsgType.kAtAll) calls.set(`@${allMembers}`, true);
+    for (const fromid of tribeat.atmembers) {
+      const mine = samePeer(fromid, me);
+      // A name may have changed since.
+      for (const name of [this.ofSender({ cid, fromid }), fromid.nick]) {
+        calls.set(`@${name}`, mine);
+      }
+    }
+    return calls;
   }
 
   /** Why nothing can be written to this conversation; empty where it can. */

@@ -1,4 +1,10 @@
-import { BridgeError, type BridgeClient, type IMUserID, IMMsgType } from "@imsdkbridge/client";
+import {
+  BridgeError,
+  type BridgeClient,
+  type IMUserID,
+  IMMsgType,
+  type TribeAtRequest,
+} from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { withEmotions } from "./emotion_text.ts";
@@ -46,6 +52,7 @@ export class Outbox {
   readonly #client: BridgeClient;
   readonly #faces: Faces;
   readonly #storage: Storage;
+  readonly #mentioned: (cid: Peer, text: string) => TribeAtRequest | undefined;
   #owner = "";
   #nextId = 1;
   /** Messages that already stand for a text, so two equal texts need two messages. */
@@ -53,7 +60,14 @@ export class Outbox {
   /** By conversation: what came back to the front of its draft. */
   readonly #returned = new Map<string, string>();
 
-  constructor(client: BridgeClient, faces: Faces, storage: Storage) {
+  /** `mentioned` tells whom a text to a conversation mentions. */
+  constructor(
+    client: BridgeClient,
+    faces: Faces,
+    storage: Storage,
+    mentioned: (cid: Peer, text: string) => TribeAtRequest | undefined,
+  ) {
+    this.#mentioned = mentioned;
     this.#client = client;
     this.#faces = faces;
     this.#storage = storage;
@@ -107,7 +121,8 @@ export class Outbox {
       const value = await withEmotions(this.#client, text);
       this.#change({ body: value }, ({ id }) => id === entry.id);
       const item = { type: IMMsgType.kMsgText, value, jvale: "", filecontent: "", filepath: "" };
-      await this.#faces.send(cid, [item], { timeout: sendTimeout });
+      const whom = this.#mentioned(cid, text);
+      await this.#faces.send(cid, [item], { timeout: sendTimeout }, whom);
       this.#change({ state: "accepted" }, ({ id }) => id === entry.id);
       return true;
     } catch (error) {

@@ -251,6 +251,15 @@ export class Threads {
     return undefined;
   }
 
+  /** The account has read the mention of it in a message. */
+  markMentionRead(msgid: string): void {
+    for (const thread of this.#all.values()) {
+      const message = thread.value.messages.find((one) => one.msgid === msgid);
+      if (!message?.tribeat || message.tribeat.msgreaded === 1) continue;
+      this.patch(msgid, { tribeat: { ...message.tribeat, msgreaded: 1 } });
+    }
+  }
+
   /** Changes many messages of one conversation at once, if it is loaded. */
   patchAll(cid: Peer, change: (message: ChatMessage) => ChatMessage): void {
     const thread = this.#all.get(keyOf(cid));

@@ -5,6 +5,7 @@ import { AttachmentStrip } from "./attachment_strip.tsx";
 import { useStore } from "./context.ts";
 import { EmotionPicker } from "./emotion_picker.tsx";
 import { Icon } from "./icons.tsx";
+import { MentionPicker, type PickerKeys } from "./mention_picker.tsx";
 
 /** Where messages are written. Enter sends, Shift+Enter breaks the line. */
 export function Composer({ cid }: { cid: Peer }): JSX.Element {
@@ -12,6 +13,8 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
   const field = useRef<HTMLTextAreaElement>(null);
   const chooser = useRef<HTMLInputElement>(null);
   const [picking, setPicking] = useState(false);
+  const [calling, setCalling] = useState<{ from: number; query: string } | undefined>(undefined);
+  const picker = useRef<PickerKeys>(null);
   const draft = store.outbox.drafts.value[keyOf(cid)] ?? "";
   const notice = store.outbox.notices.value[keyOf(cid)];
   const files = store.attachments.of(cid);
@@ -40,6 +43,7 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
     field.current?.focus();
   };
   const onKeyDown = (event: KeyboardEvent) => {
+    if (picker.current?.onKey(event)) return;
     // Enter that ends the composition of a character must not send.
     if (event.key === "Enter" && !event.shiftKey && !event.isComposing) submit(event);
   };
@@ -50,15 +54,27 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
     event.preventDefault();
     store.attachments.add(cid, files);
   };
-  const insert = (shortcut: string) => {
-    const { selectionStart, selectionEnd } = field.current!;
-    write(draft.slice(0, selectionStart) + shortcut + draft.slice(selectionEnd));
-    setPicking(false);
-    const caret = selectionStart + shortcut.length;
+  const place = (text: string, caret: number) => {
+    write(text);
     requestAnimationFrame(() => {
       field.current?.focus();
       field.current?.setSelectionRange(caret, caret);
     });
+  };
+  const insert = (shortcut: string) => {
+    const { selectionStart, selectionEnd } = field.current!;
+    setPicking(false);
+    const text = draft.slice(0, selectionStart) + shortcut + draft.slice(selectionEnd);
+    place(text, selectionStart + shortcut.length);
+  };
+  const mention = (words: string) => {
+    if (!calling) return;
+    const end = field.current!.selectionEnd;
+    setCalling(undefined);
+    place(
+      draft.slice(0, calling.from) + `${words} ` + draft.slice(end),
+      calling.from + words.length + 1,
+    );
   };
   const closePicker = () => {
     setPicking(false);
@@ -104,7 +120,11 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
           aria-label={`Message to ${store.names.of(cid)}`}
           placeholder="Write a message"
           value={draft}
-          onInput={(event) => write(event.currentTarget.value)}
+          onInput={({ currentTarget: { value, selectionEnd } }) => {
+            write(value);
+            setCalling(isTribe(cid) ? calledFor(value.slice(0, selectionEnd)) : undefined);
+          }}
+          onBlur={() => setCalling(undefined)}
           onKeyDown={onKeyDown}
           onPaste={onPaste}
         />
@@ -118,9 +138,24 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
           <Icon name="send" />
         </button>
       </div>
+      {calling && isTribe(cid) && (
+        <MentionPicker
+          cid={cid}
+          query={calling.query}
+          keys={picker}
+          choose={mention}
+          close={() => setCalling(undefined)}
+        />
+      )}
       {picking && <EmotionPicker choose={insert} close={closePicker} />}
     </form>
   );
+}
+
+/** The mention that is being typed at the end of a text. */
+function calledFor(text: string): { from: number; query: string } | undefined {
+  const found = /(?:^|\s)@([^\s@]{0,40})$/.exec(text);
+  return found ? { from: text.length - found[1]!.length - 1, query: found[1]! } : undefined;
 }
 
 interface ToolProps {

@@ -7,6 +7,7 @@ import { Body } from "./body.tsx";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 import { openPicture } from "./picture_link.ts";
+import { ReadBy } from "./read_by.tsx";
 import { TranslationLine } from "./translation_line.tsx";
 import type { ChatMessage } from "../store/peers.ts";
 
@@ -32,6 +33,7 @@ export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): 
           <Body
             message={message}
             keywords={keywords}
+            calls={store.names.callsIn(message, store.session.me.value)}
             openPicture={(path, index) => openPicture(store, message, path, index)}
           />
           <TranslationLine message={message} />
@@ -53,6 +55,7 @@ export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): 
           <Icon name="more" />
         </button>
       </div>
+      {mine && <ReadBy message={message} />}
       {mine && failed && <Failure message={message} />}
     </>
   );

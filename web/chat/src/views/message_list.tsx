@@ -1,7 +1,7 @@
 import type { JSX } from "preact";
 import { useRef, useState } from "preact/hooks";
 import type { Edge, Thread } from "../store/threads.ts";
-import { samePeer } from "../store/peers.ts";
+import { isTribe, samePeer, tribeOf } from "../store/peers.ts";
 import { rowAt } from "../text/rows.ts";
 import { copiedText } from "./copied_text.ts";
 import { useStore } from "./context.ts";
@@ -72,8 +72,26 @@ export function MessageList({ thread }: { thread: Thread }): JSX.Element {
           {below > 0 && <span class="badge">{below > 99 ? "99+" : below}</span>}
         </button>
       )}
+      {isTribe(cid) && <MentionChip tribeid={cid.tribeid} />}
       {menu && <MessageMenu wish={menu} close={() => setMenu(undefined)} />}
     </div>
+  );
+}
+
+/** Leads to the unread messages that mention the person, from the oldest on. */
+function MentionChip({ tribeid }: { tribeid: string }): JSX.Element | null {
+  const store = useStore();
+  const unread = store.mentions.unread.value.get(tribeid) ?? [];
+  const oldest = unread[0];
+  if (!oldest) return null;
+  return (
+    <button
+      type="button"
+      class="mention-chip"
+      onClick={() => void store.jumpTo(tribeOf(tribeid), oldest)}
+    >
+      {unread.length > 1 ? `You were mentioned (${unread.length})` : "You were mentioned"}
+    </button>
   );
 }
 
