@@ -158,6 +158,7 @@ export class Mentions {
       const { counts } = await this.#client.tribemsg.GetTribeAtMsgUnreadCount({ tribeid, msgids });
       this.#count(counts);
     } catch {
+      // They are asked for again when they are next in sight.
       for (const msgid of msgids) this.#asked.delete(msgid);
     }
   }
