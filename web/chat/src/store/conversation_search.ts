@@ -1,6 +1,7 @@
-import { IMMsgType, type BridgeClient, type IMMessage, type IMUserID } from "@imsdkbridge/client";
+import { IMMsgType, type BridgeClient } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { PagedSearch } from "./paged_search.ts";
+import { type Peer, type ChatMessage, isTribe } from "./peers.ts";
 
 /** Hits per page. */
 const pageSize = 20;
@@ -8,20 +9,19 @@ const pageSize = 20;
 /** The search in the shown conversation: walks from hit to hit, newest first. */
 export class ConversationSearch {
   /** The conversation that is searched; none while the search is closed. */
-  readonly cid = signal<IMUserID | undefined>(undefined);
+  readonly cid = signal<Peer | undefined>(undefined);
   readonly search: PagedSearch;
   /** The place among the hits, from 0 for the newest; -1 before the first step. */
   readonly at = signal(-1);
   readonly current = computed(() => this.search.hits.value[this.at.value]);
 
-  readonly #jump: (message: IMMessage) => void;
+  readonly #jump: (message: ChatMessage) => void;
 
   /** `jump` shows a hit. */
-  constructor(client: BridgeClient, jump: (message: IMMessage) => void, rest?: number) {
+  constructor(client: BridgeClient, jump: (message: ChatMessage) => void, rest?: number) {
     this.#jump = jump;
     this.search = new PagedSearch(async (keywords, page, signal) => {
       const request = {
-        cid: this.cid.value!,
         keywords,
         msgtypes: [IMMsgType.kMsgText, IMMsgType.kMsgFile],
         count: pageSize,
@@ -29,15 +29,17 @@ export class ConversationSearch {
         page,
         ignoreboundary: 1,
       };
-      const answer = await client.singlemsg.SearchDBMsg(request, { signal });
-      return answer;
+      const cid = this.cid.value!;
+      return isTribe(cid)
+        ? client.tribemsg.SearchDBMsg({ cid, ...request }, { signal })
+        : client.singlemsg.SearchDBMsg({ cid, ...request }, { signal });
     }, rest);
     this.search.hits.subscribe((hits) => {
       if (hits.length > 0 && this.at.peek() < 0) void this.step(1);
     });
   }
 
-  open(cid: IMUserID): void {
+  open(cid: Peer): void {
     this.cid.value = cid;
   }
 

@@ -1,23 +1,32 @@
-import { IMMsgType, readBody, type BodyPart, type IMMessage } from "@imsdkbridge/client";
-import type { JSX } from "preact";
+import { IMMsgType, readBody, type BodyPart } from "@imsdkbridge/client";
+import { Fragment, type JSX } from "preact";
 import { useMemo, useState } from "preact/hooks";
 import { emotionUrl, fileUrl } from "../files.ts";
+import { calledIn } from "../text/called.ts";
 import { folded, sizeOf } from "../text/fold.ts";
 import { linked } from "../text/links.ts";
 import { FileLink, nameIn, type FileLinkProps } from "./file_link.tsx";
 import { marked } from "./marked.tsx";
 import { useFolding } from "./use_folding.ts";
+import type { ChatMessage } from "../store/peers.ts";
 
 interface BodyProps {
-  message: Pick<IMMessage, "msgtype" | "msgbody">;
+  message: Pick<ChatMessage, "msgtype" | "msgbody">;
   /** Words to highlight. */
   keywords?: readonly string[];
+  /** Words that call for members, and whether for the person at the page. */
+  calls?: ReadonlyMap<string, boolean>;
   /** Opens one of the message's pictures, counted from 0; without it they are only shown. */
   openPicture?: (path: string, index: number) => void;
 }
 
 /** What a message says. Text is only ever shown as text. */
-export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.Element {
+export function Body({
+  message,
+  keywords = [],
+  calls = noCalls,
+  openPicture,
+}: BodyProps): JSX.Element {
   const { msgtype, msgbody } = message;
   const parts = useMemo(() => readBody(msgbody), [msgbody]);
   const lonely = parts.length > 0 && parts.length <= 3 && parts.every(isEmotion);
@@ -27,7 +36,7 @@ export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.El
       {parts.map((part, index) => {
         switch (part.kind) {
           case "text":
-            return <Text key={index} text={part.text} keywords={keywords} />;
+            return <Text key={index} text={part.text} keywords={keywords} calls={calls} />;
           case "picture": {
             const open = openPicture && (() => openPicture(part.path, pictures.indexOf(part)));
             return <IMMsgPicture key={index} path={part.path} open={open} />;
@@ -50,7 +59,15 @@ function isEmotion(part: BodyPart): boolean {
   return part.kind === "emotion" || (part.kind === "text" && !part.text.trim());
 }
 
-function Text({ text, keywords }: { text: string; keywords: readonly string[] }): JSX.Element {
+const noCalls: ReadonlyMap<string, boolean> = new Map();
+
+interface TextProps {
+  text: string;
+  keywords: readonly string[];
+  calls: ReadonlyMap<string, boolean>;
+}
+
+function Text({ text, keywords, calls }: TextProps): JSX.Element {
   const shown = useMemo(() => folded(text), [text]);
   const [open, setOpen] = useFolding(text, shown.length, keywords);
   const long = shown.length < text.length;
@@ -63,7 +80,15 @@ function Text({ text, keywords }: { text: string; keywords: readonly string[] })
               {marked(text, keywords)}
             </a>
           ) : (
-            marked(text, keywords)
+            calledIn(text, calls).map(({ text, call }, place) =>
+              call === "nobody" ? (
+                <Fragment key={place}>{marked(text, keywords)}</Fragment>
+              ) : (
+                <span key={place} class={call === "me" ? "mention me" : "mention"}>
+                  {marked(text, keywords)}
+                </span>
+              ),
+            )
           ),
         )}
         {long && !open && "…"}

@@ -1,7 +1,6 @@
-import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
-import { sameUser } from "../store/users.ts";
+import { samePeer, type Peer, type ChatMessage, isTribe } from "../store/peers.ts";
 import { lineOf } from "../text/line.ts";
 import { useStore } from "./context.ts";
 import { Dialog } from "./dialog.tsx";
@@ -35,17 +34,19 @@ export function Dialogs(): JSX.Element | null {
 }
 
 interface ForwardProps {
-  messages: readonly IMMessage[];
+  messages: readonly ChatMessage[];
   close: () => void;
 }
 
 function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
   const store = useStore();
-  const [people, setPeople] = useState<readonly IMUserID[]>([]);
+  const [people, setPeople] = useState<readonly Peer[]>([]);
   const [busy, setBusy] = useState(false);
   const [problem, setProblem] = useState("");
   const first = messages[0];
-  const quote = first && lineOf(first, sameUser(first.fromid, store.session.me.value));
+  const quote =
+    first &&
+    lineOf(first, samePeer(first.fromid, store.session.me.value), store.names.ofSender(first));
   const forward = async (event: Event) => {
     event.preventDefault();
     setBusy(true);
@@ -72,7 +73,7 @@ function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
 
 function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
   const store = useStore();
-  const [people, setPeople] = useState<readonly IMUserID[]>([]);
+  const [people, setPeople] = useState<readonly Peer[]>([]);
   const [text, setText] = useState("");
   const [busy, setBusy] = useState(false);
   const [problem, setProblem] = useState("");
@@ -109,7 +110,7 @@ function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
 }
 
 interface DeleteProps {
-  cid: IMUserID;
+  cid: Peer;
   msgids: readonly string[] | "all";
   close: () => void;
 }
@@ -119,7 +120,7 @@ function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
   const [busy, setBusy] = useState(false);
   const all = msgids === "all";
   const what = all
-    ? `The whole conversation with ${cid.nick}`
+    ? `The whole conversation with ${store.names.of(cid)}`
     : msgids.length === 1
       ? "This message"
       : `${msgids.length} messages`;
@@ -136,7 +137,12 @@ function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
   return (
     <Dialog title={all ? "Delete the conversation?" : "Delete?"} close={close}>
       <form class="dialog-form" onSubmit={(event) => void remove(event)}>
-        <p>{what} will be gone from this device for good. The other side keeps its own copy.</p>
+        <p>
+          {what} will be gone from this device for good.{" "}
+          {isTribe(cid)
+            ? "The others keep their own copies."
+            : "The other side keeps its own copy."}
+        </p>
         <Actions close={close} label="Delete" off={busy} danger />
       </form>
     </Dialog>
@@ -152,6 +158,6 @@ function Refusal({ reason }: { reason: string }): JSX.Element {
   );
 }
 
-function sendLabel(verb: string, people: readonly IMUserID[]): string {
+function sendLabel(verb: string, people: readonly Peer[]): string {
   return people.length > 1 ? `${verb} to ${people.length}` : verb;
 }

@@ -1,6 +1,7 @@
 import type { JSX } from "preact";
 import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { fileUrl } from "../files.ts";
+import { keyOf } from "../store/peers.ts";
 import { fullTime } from "../text/time.ts";
 import { useStore } from "./context.ts";
 import { FileLink, nameIn } from "./file_link.tsx";
@@ -13,7 +14,7 @@ const zooms = [1, 1.5, 2, 3, 4, 6];
 export function PictureViewer(): JSX.Element | null {
   const { viewer } = useStore();
   const viewed = viewer.viewed.value;
-  return viewed ? <Viewer key={viewed.cid.nick} /> : null;
+  return viewed ? <Viewer key={keyOf(viewed.cid)} /> : null;
 }
 
 function Viewer(): JSX.Element | null {

@@ -6,7 +6,7 @@ import {
 } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { textOf } from "../../text/reasons.ts";
-import { keyOf } from "../users.ts";
+import { keyOf } from "../peers.ts";
 
 /** Milliseconds in which changes of single members are gathered before the list is made anew. */
 const gathering = 150;

@@ -9,7 +9,7 @@ import {
 } from "@imsdkbridge/client";
 import { computed, signal, type ReadonlySignal } from "@preact/signals";
 import { textOf } from "../../text/reasons.ts";
-import { sameUser } from "../users.ts";
+import { samePeer } from "../peers.ts";
 import type { TribeHostCalls } from "./host_calls.ts";
 import { Members } from "./members.ts";
 import type { Tribe } from "./tribe_list.ts";
@@ -74,7 +74,7 @@ export class OpenTribe {
   }
   /** Whether the account stands above a member, and may thus rename or remove it. */
   isAbove(member: IMTribeMember): boolean {
-    return this.mayManage && member.level < this.level && !sameUser(member, this.me);
+    return this.mayManage && member.level < this.level && !samePeer(member, this.me);
   }
 
   async load(): Promise<void> {

@@ -6,7 +6,7 @@ import {
 } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { textOf } from "../../text/reasons.ts";
-import { sameUser } from "../users.ts";
+import { samePeer } from "../peers.ts";
 import { Joined } from "./joined.ts";
 
 const pageSize = 30;
@@ -86,7 +86,7 @@ export class Requests {
   /** Somebody became a member: another manager may have decided what waits here. */
   settled(tribeid: string, user: IMUserID): void {
     const waits = (request: TribeVerifyMsg) =>
-      isOpen(request) && request.tribeid === tribeid && sameUser(request.fromid, user);
+      isOpen(request) && request.tribeid === tribeid && samePeer(request.fromid, user);
     if (this.all.value.some(waits)) void this.refresh();
   }
 

@@ -1,5 +1,5 @@
 import { type BridgeClient, IMTribeType, type TribeMemberLevel } from "@imsdkbridge/client";
-import { computed, signal } from "@preact/signals";
+import { batch, computed, signal } from "@preact/signals";
 import { textOf } from "../../text/reasons.ts";
 import { Joined } from "./joined.ts";
 
@@ -17,6 +17,8 @@ export class TribeList {
   readonly status = signal<"loading" | "ready" | "failed">("loading");
   readonly problem = signal("");
   readonly all = signal<ReadonlyMap<string, Tribe>>(new Map());
+  /** Names of those, and of others that the account was in since it signed in, by number. */
+  readonly names = signal<ReadonlyMap<string, string>>(new Map());
   /** Those that are known to be closed: the host tells of the change, and in refusals. */
   readonly closed = signal<ReadonlySet<string>>(new Set());
   readonly sorted = computed(() =>
@@ -65,6 +67,7 @@ export class TribeList {
   clear(): void {
     this.#generation++;
     this.all.value = new Map();
+    this.names.value = new Map();
     this.closed.value = new Set();
     this.status.value = "loading";
   }
@@ -77,6 +80,10 @@ export class TribeList {
       const { tribeid: id, display, unreadnum } = tribeid;
       return { tribeid: id, name: display, type, level: mylevel, unread: unreadnum };
     });
-    this.all.value = new Map(tribes.map((tribe) => [tribe.tribeid, tribe]));
+    const names = tribes.map(({ tribeid, name }) => [tribeid, name] as const);
+    batch(() => {
+      this.all.value = new Map(tribes.map((tribe) => [tribe.tribeid, tribe]));
+      this.names.value = new Map([...this.names.value, ...names]);
+    });
   }
 }

@@ -10,7 +10,7 @@ import {
 import { signal } from "@preact/signals";
 import { textOf } from "../../text/reasons.ts";
 import type { Toasts } from "../toasts.ts";
-import { sameUser } from "../users.ts";
+import { samePeer } from "../peers.ts";
 import { type NewTribe, TribeHostCalls } from "./host_calls.ts";
 import { OpenTribe } from "./open_tribe.ts";
 import { Requests } from "./requests.ts";
@@ -43,12 +43,12 @@ export class Tribes {
     this.#follow();
   }
 
-  /** An account is signed in, perhaps again. */
-  enter(me: IMUserID): void {
+  /** An account is signed in, perhaps again. Settles when its tribes are known, or cannot be had. */
+  enter(me: IMUserID): Promise<void> {
     this.#me = me;
-    void this.list.load();
     void this.requests.refresh();
     void this.open.value?.load();
+    return this.list.load();
   }
 
   clear(): void {
@@ -120,7 +120,7 @@ export class Tribes {
     client.on("onJoinTribe", ({ actor, tribeid }) => {
       void this.list.refresh().then(() => {
         const name = this.list.all.value.get(tribeid)?.name ?? tribeid;
-        if (!sameUser(actor, this.#me)) this.#toasts.show(`You are a member of ${name} now.`);
+        if (!samePeer(actor, this.#me)) this.#toasts.show(`You are a member of ${name} now.`);
         void here(tribeid)?.load();
       });
     });
@@ -139,7 +139,7 @@ export class Tribes {
     );
     client.on("onQuitTribe", ({ actor, tribeid }) => {
       here(tribeid)?.members.left(actor);
-      if (!sameUser(actor, this.#me)) return;
+      if (!samePeer(actor, this.#me)) return;
       if (here(tribeid)) this.hide();
       refresh();
     });
@@ -171,7 +171,7 @@ export class Tribes {
     client.on("onTribeClose", ({ actor, tribeid }: TribeActor) => {
       this.list.markClosed(tribeid, true);
       const name = this.list.all.value.get(tribeid)?.name ?? tribeid;
-      if (!sameUser(actor, this.#me)) this.#toasts.show(`${actor.nick} closed ${name}.`);
+      if (!samePeer(actor, this.#me)) this.#toasts.show(`${actor.nick} closed ${name}.`);
     });
     client.on("onEnabledTribe", ({ tribeid }) => this.list.markClosed(tribeid, false));
   }
@@ -179,7 +179,7 @@ export class Tribes {
   #level(tribeid: string, user: IMUserID, level: TribeMemberLevel): void {
     const open = this.open.value?.tribeid === tribeid ? this.open.value : undefined;
     open?.members.patch(user, { level });
-    if (!sameUser(user, this.#me)) return;
+    if (!samePeer(user, this.#me)) return;
     // What may be read and done depends on it.
     void this.list.refresh().then(() => open?.load());
     void this.requests.refresh();

@@ -1,7 +1,8 @@
 import type { JSX } from "preact";
 import { useEffect, useState } from "preact/hooks";
 import type { OpenTribe } from "../../store/tribes/open_tribe.ts";
-import { appkey, keyOf } from "../../store/users.ts";
+import { keyOf } from "../../store/peers.ts";
+import { appkey } from "../../store/users.ts";
 import { fullTime } from "../../text/time.ts";
 import { Avatar } from "../avatar.tsx";
 import { Notice } from "../notice.tsx";

@@ -3,7 +3,7 @@ import { TribeMemberBasicStatus, TribeMemberLevel } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useRef, useState } from "preact/hooks";
 import type { OpenTribe } from "../../store/tribes/open_tribe.ts";
-import { keyOf, sameUser } from "../../store/users.ts";
+import { keyOf, samePeer } from "../../store/peers.ts";
 import { levelWord, nameOf } from "../../text/tribes.ts";
 import { Avatar } from "../avatar.tsx";
 import { useStore } from "../context.ts";
@@ -116,7 +116,7 @@ export function MemberList({ tribe }: { tribe: OpenTribe }): JSX.Element {
 function MemberLine({ tribe, member }: { tribe: OpenTribe; member: IMTribeMember }): JSX.Element {
   const online = member.status === TribeMemberBasicStatus.kMemberOnline;
   const name = nameOf(member);
-  const followed = tribe.attention.value.some((user) => sameUser(user, member));
+  const followed = tribe.attention.value.some((user) => samePeer(user, member));
   const word = levelWord(member.level);
   return (
     <>
@@ -127,7 +127,7 @@ function MemberLine({ tribe, member }: { tribe: OpenTribe; member: IMTribeMember
         <span class="conversation-line">
           <span class="conversation-name" dir="auto">
             {name}
-            {sameUser(member, tribe.me) && <span class="soft"> (you)</span>}
+            {samePeer(member, tribe.me) && <span class="soft"> (you)</span>}
           </span>
           {followed && <span class="tag">Followed</span>}
           {word && <span class="tag">{word}</span>}
@@ -172,9 +172,9 @@ interface MemberMenuProps {
 function MemberMenu({ tribe, member, ...place }: MemberMenuProps): JSX.Element {
   const store = useStore();
   const name = nameOf(member);
-  const self = sameUser(member, tribe.me);
+  const self = samePeer(member, tribe.me);
   const above = tribe.isAbove(member);
-  const followed = tribe.attention.value.some((user) => sameUser(user, member));
+  const followed = tribe.attention.value.some((user) => samePeer(user, member));
   const { appkey, nick } = member;
   const confirm = (title: string, text: string, label: string, run: () => Promise<boolean>) => {
     store.dialog.value = { kind: "tribe-confirm", tribe, title, text, label, run };

@@ -3,7 +3,7 @@ import type { JSX } from "preact";
 import { useState } from "preact/hooks";
 import type { TribeDialog } from "../../store/tribes/dialogs.ts";
 import type { OpenTribe } from "../../store/tribes/open_tribe.ts";
-import { sameUser } from "../../store/users.ts";
+import { isTribe, samePeer, type Peer } from "../../store/peers.ts";
 import { nameOf } from "../../text/tribes.ts";
 import { useStore } from "../context.ts";
 import { Dialog } from "../dialog.tsx";
@@ -36,14 +36,19 @@ function CreateDialog({ close }: { close: () => void }): JSX.Element {
   const [name, setName] = useState("");
   const [type, setType] = useState<IMTribeType>(IMTribeType.kNormalTribe);
   const [password, setPassword] = useState("");
-  const [members, setMembers] = useState<readonly IMUserID[]>([]);
+  const [members, setMembers] = useState<readonly Peer[]>([]);
   const [busy, setBusy] = useState(false);
   const [problem, setProblem] = useState("");
   const multi = type === IMTribeType.kMultiChat;
   const create = async (event: Event) => {
     event.preventDefault();
     setBusy(true);
-    const own = { name: name.trim(), type, members, password: multi ? "" : password };
+    const own = {
+      name: name.trim(),
+      type,
+      members: members.filter(isUser),
+      password: multi ? "" : password,
+    };
     const refusal = await tribes.create(own);
     setBusy(false);
     setProblem(refusal);
@@ -93,7 +98,7 @@ function CreateDialog({ close }: { close: () => void }): JSX.Element {
             onInput={(event) => setPassword(event.currentTarget.value)}
           />
         )}
-        <PeoplePicker people={members} setPeople={setMembers} focus={false} />
+        <PeoplePicker people={members} setPeople={setMembers} focus={false} usersOnly />
         <p class="problem" role="alert">
           {problem && `It was not made: ${problem}.`}
         </p>
@@ -126,9 +131,9 @@ function Problem({ tribe }: { tribe: OpenTribe }): JSX.Element {
 }
 
 function InviteDialog({ tribe, close }: OfTribe): JSX.Element {
-  const [people, setPeople] = useState<readonly IMUserID[]>([]);
+  const [people, setPeople] = useState<readonly Peer[]>([]);
   const [words, setWords] = useState("");
-  const invite = useDoing({ tribe, close }, () => tribe.invite(people, words));
+  const invite = useDoing({ tribe, close }, () => tribe.invite(people.filter(isUser), words));
   return (
     <Dialog title="Invite people" close={close}>
       <form class="dialog-form" onSubmit={(event) => void invite(event)}>
@@ -137,7 +142,7 @@ function InviteDialog({ tribe, close }: OfTribe): JSX.Element {
             ? "They are members at once."
             : "They are asked, and become members when they accept."}
         </p>
-        <PeoplePicker people={people} setPeople={setPeople} />
+        <PeoplePicker people={people} setPeople={setPeople} usersOnly />
         {!tribe.isMultiChat && (
           <input
             class="field"
@@ -157,7 +162,7 @@ function InviteDialog({ tribe, close }: OfTribe): JSX.Element {
 }
 
 function RenameDialog({ tribe, member, close }: OfTribe & { member: IMTribeMember }): JSX.Element {
-  const own = sameUser(member, tribe.me);
+  const own = samePeer(member, tribe.me);
   const before = own ? tribe.settings.facts.value.nickname : "";
   const [name, setName] = useState(
     before || (member.display === member.nick ? "" : nameOf(member)),
@@ -198,4 +203,8 @@ function ConfirmDialog({ tribe, title, text, label, run, close }: Confirm & OfTr
       </form>
     </Dialog>
   );
+}
+
+function isUser(peer: Peer): peer is IMUserID {
+  return !isTribe(peer);
 }

@@ -1,6 +1,7 @@
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
 import type { OpenTribe } from "../../store/tribes/open_tribe.ts";
+import { tribeOf } from "../../store/peers.ts";
 import { Avatar } from "../avatar.tsx";
 import { useStore } from "../context.ts";
 import { Icon } from "../icons.tsx";
@@ -100,6 +101,15 @@ function Header({ tribe }: { tribe: OpenTribe }): JSX.Element {
           {counts}
         </span>
       </div>
+      <button
+        type="button"
+        class="icon-button"
+        title="Messages"
+        aria-label="Messages"
+        onClick={() => store.startChat(tribeOf(tribe.tribeid))}
+      >
+        <Icon name="chat" />
+      </button>
       {items.length > 0 && (
         <button
           type="button"
