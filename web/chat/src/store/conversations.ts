@@ -90,6 +90,11 @@ export class Conversations {
     return this.load();
   }
 
+  /** The number of unread messages of a conversation; 0 for one that is not in the list. */
+  unreadOf(cid: Peer): number {
+    return this.#all.value.get(keyOf(cid))?.unread ?? 0;
+  }
+
   /** Puts a conversation into the list, unless it is there. */
   ensure(cid: Peer): void {
     if (!this.#all.value.has(keyOf(cid))) this.#change(cid, {});

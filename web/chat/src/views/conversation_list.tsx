@@ -10,6 +10,7 @@ import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 import { LineText } from "./line_text.tsx";
 import { Notice } from "./notice.tsx";
+import { UnreadBadge } from "./unread_badge.tsx";
 
 /** The conversations, newest first. Arrow keys move, Enter opens. */
 export function ConversationList(): JSX.Element {
@@ -125,11 +126,7 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
           <span class="conversation-preview" dir="auto">
             {typing ? <i>typing…</i> : draft ? <Draft text={draft} /> : <Preview last={last} />}
           </span>
-          {unread > 0 && (
-            <span class="badge" aria-label={`${unread} unread`}>
-              {unread > 99 ? "99+" : unread}
-            </span>
-          )}
+          <UnreadBadge cid={cid} unread={unread} />
         </span>
       </span>
     </li>

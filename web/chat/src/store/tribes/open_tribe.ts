@@ -12,7 +12,7 @@ import { textOf } from "../../text/reasons.ts";
 import { samePeer } from "../peers.ts";
 import type { TribeHostCalls } from "./host_calls.ts";
 import { Members } from "./members.ts";
-import type { Tribe } from "./tribe_list.ts";
+import type { Tribe, TribeList } from "./tribe_list.ts";
 import { type NumberSetting, type TextSetting, TribeSettings } from "./tribe_settings.ts";
 
 /** The tribe in the pane: everything shown of it, and what a person may do there. */
@@ -30,6 +30,7 @@ export class OpenTribe {
 
   readonly #client: BridgeClient;
   readonly #host: TribeHostCalls;
+  readonly #list: TribeList;
   readonly #onRefusal: (error: unknown) => void;
 
   constructor(
@@ -37,14 +38,12 @@ export class OpenTribe {
     host: TribeHostCalls,
     readonly tribeid: string,
     readonly me: IMUserID,
-    list: {
-      all: ReadonlySignal<ReadonlyMap<string, Tribe>>;
-      closed: ReadonlySignal<ReadonlySet<string>>;
-    },
+    list: TribeList,
     onRefusal: (error: unknown) => void,
   ) {
     this.#client = client;
     this.#host = host;
+    this.#list = list;
     this.#onRefusal = onRefusal;
     this.members = new Members(client, tribeid);
     this.settings = new TribeSettings(client, tribeid);
@@ -124,7 +123,10 @@ export class OpenTribe {
   }
 
   setNumber(setting: NumberSetting, num: number): Promise<boolean> {
-    return this.#try(() => this.settings.setNumber(setting, num));
+    return this.#try(async () => {
+      await this.settings.setNumber(setting, num);
+      if (setting === "remind") this.#list.setRemind(this.tribeid, num);
+    });
   }
 
   rename({ appkey, nick }: IMUserID, nickname: string): Promise<boolean> {

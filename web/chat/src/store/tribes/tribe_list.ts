@@ -9,7 +9,6 @@ export interface Tribe {
   name: string;
   type: IMTribeType;
   level: TribeMemberLevel;
-  unread: number;
 }
 
 /** The account's tribes. */
@@ -24,6 +23,10 @@ export class TribeList {
   readonly sorted = computed(() =>
     [...this.all.value.values()].sort((a, b) => a.name.localeCompare(b.name)),
   );
+
+  /** Which of a tribe's messages count, by number; of those that were asked for. */
+  readonly #reminds = signal<ReadonlyMap<string, number>>(new Map());
+  readonly #asked = new Set<string>();
 
   readonly #client: BridgeClient;
   readonly #refresh = new Joined(() => this.#ask());
@@ -56,6 +59,23 @@ export class TribeList {
     await this.#refresh.run().catch(() => undefined);
   }
 
+  /** Whether a tribe's messages come without a sound; asks the host where need be. */
+  isQuiet(tribeid: string): boolean {
+    if (!this.#asked.has(tribeid)) {
+      this.#asked.add(tribeid);
+      void this.#client.tribemgr.GetMsgRemindType({ tribeid }).then(
+        ({ num }) => this.setRemind(tribeid, num),
+        () => this.#asked.delete(tribeid),
+      );
+    }
+    return (this.#reminds.value.get(tribeid) ?? 0) > 0;
+  }
+
+  setRemind(tribeid: string, remind: number): void {
+    this.#asked.add(tribeid);
+    this.#reminds.value = new Map(this.#reminds.value).set(tribeid, remind);
+  }
+
   markClosed(tribeid: string, closed: boolean): void {
     if (this.closed.value.has(tribeid) === closed) return;
     const all = new Set(this.closed.value);
@@ -69,6 +89,8 @@ export class TribeList {
     this.all.value = new Map();
     this.names.value = new Map();
     this.closed.value = new Set();
+    this.#asked.clear();
+    this.#reminds.value = new Map();
     this.status.value = "loading";
   }
 
@@ -77,8 +99,8 @@ export class TribeList {
     const { tribelist } = await this.#client.tribemgr.GetShallowTribeList({});
     if (generation !== this.#generation) return;
     const tribes = tribelist.map(({ mylevel, tribeid, type }) => {
-      const { tribeid: id, display, unreadnum } = tribeid;
-      return { tribeid: id, name: display, type, level: mylevel, unread: unreadnum };
+      const { tribeid: id, display } = tribeid;
+      return { tribeid: id, name: display, type, level: mylevel };
     });
     const names = tribes.map(({ tribeid, name }) => [tribeid, name] as const);
     batch(() => {

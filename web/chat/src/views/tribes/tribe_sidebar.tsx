@@ -2,11 +2,13 @@ import type { JSX } from "preact";
 import { useState } from "preact/hooks";
 import { IMTribeType } from "@imsdkbridge/client";
 import type { Tribe } from "../../store/tribes/tribe_list.ts";
+import { tribeOf } from "../../store/peers.ts";
 import { levelWord } from "../../text/tribes.ts";
 import { Avatar } from "../avatar.tsx";
 import { useStore } from "../context.ts";
 import { Icon } from "../icons.tsx";
 import { Notice } from "../notice.tsx";
+import { UnreadBadge } from "../unread_badge.tsx";
 
 /** The account's tribes, with what makes or finds another. */
 export function TribeSidebar(): JSX.Element {
@@ -123,8 +125,10 @@ interface TribeRowProps {
 }
 
 function TribeRow({ tribe, selected, reachable }: TribeRowProps): JSX.Element {
-  const { tribes } = useStore();
-  const { tribeid, name, type, level, unread } = tribe;
+  const { tribes, conversations } = useStore();
+  const { tribeid, name, type, level } = tribe;
+  const cid = tribeOf(tribeid);
+  const unread = conversations.unreadOf(cid);
   const closed = tribes.list.closed.value.has(tribeid);
   const show = () => tribes.show(tribeid);
   const line = [levelWord(level), `No. ${tribeid}`].filter(Boolean).join(" · ");
@@ -153,11 +157,7 @@ function TribeRow({ tribe, selected, reachable }: TribeRowProps): JSX.Element {
         </span>
         <span class="conversation-line">
           <span class="conversation-preview">{line}</span>
-          {unread > 0 && (
-            <span class="badge" aria-label={`${unread} unread`}>
-              {unread > 99 ? "99+" : unread}
-            </span>
-          )}
+          <UnreadBadge cid={cid} unread={unread} />
         </span>
       </span>
     </li>
