@@ -1,5 +1,5 @@
 import type { ComponentProps, JSX } from "preact";
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import { keyOf, type Peer, isTribe } from "../store/peers.ts";
 import { AttachmentStrip } from "./attachment_strip.tsx";
 import { useStore } from "./context.ts";
@@ -15,6 +15,7 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
   const [picking, setPicking] = useState(false);
   const [calling, setCalling] = useState<{ from: number; query: string } | undefined>(undefined);
   const picker = useRef<PickerKeys>(null);
+  const wantedCaret = useRef<number | undefined>(undefined);
   const draft = store.outbox.drafts.value[keyOf(cid)] ?? "";
   const notice = store.outbox.notices.value[keyOf(cid)];
   const files = store.attachments.of(cid);
@@ -30,6 +31,15 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
     if (newest > known.current) field.current?.focus();
     known.current = Math.max(known.current, newest);
   }, [newest]);
+
+  // In one step with the text, or what is typed next would land elsewhere.
+  useLayoutEffect(() => {
+    const caret = wantedCaret.current;
+    if (caret === undefined) return;
+    wantedCaret.current = undefined;
+    field.current?.focus();
+    field.current?.setSelectionRange(caret, caret);
+  }, [draft]);
 
   const write = (text: string) => {
     store.outbox.setDraft(cid, text);
@@ -55,11 +65,8 @@ export function Composer({ cid }: { cid: Peer }): JSX.Element {
     store.attachments.add(cid, files);
   };
   const place = (text: string, caret: number) => {
+    wantedCaret.current = caret;
     write(text);
-    requestAnimationFrame(() => {
-      field.current?.focus();
-      field.current?.setSelectionRange(caret, caret);
-    });
   };
   const insert = (shortcut: string) => {
     const { selectionStart, selectionEnd } = field.current!;
