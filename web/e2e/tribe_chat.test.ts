@@ -100,4 +100,17 @@ test("three members mention, read, jump, withdraw, send a picture and search", a
     .fill("buoy 7");
   await lighthouse.page.locator(".search-count", { hasText: "1 of 1" }).waitFor();
   await bubble(lighthouse, "buoy 7 is out").locator("mark").first().waitFor();
+
+  // By sender, and what calls for the account.
+  await lighthouse.page.getByRole("textbox", { name: "Search in this conversation" }).fill("");
+  await lighthouse.page.getByLabel("From", { exact: true }).fill("mariner");
+  const count = lighthouse.page.locator(".search-count");
+  await eventually(
+    async () => /of (3\d)$/.test((await count.textContent())!),
+    "mariner's messages",
+  );
+  await lighthouse.page.getByLabel("From", { exact: true }).fill("");
+  await lighthouse.page.getByRole("button", { name: "Mentions me" }).click();
+  await lighthouse.page.locator(".search-count", { hasText: "1 of 1" }).waitFor();
+  await bubble(lighthouse, "look out @lighthouse please").waitFor();
 });

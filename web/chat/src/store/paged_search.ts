@@ -28,14 +28,17 @@ export class PagedSearch {
 
   readonly #ask: AskPage;
   readonly #rest: number;
+  readonly #narrowed: () => boolean;
   #timer: ReturnType<typeof setTimeout> | undefined;
   #running = new AbortController();
   #page = 0;
   #pages = 0;
 
-  constructor(ask: AskPage, rest = defaultRest) {
+  /** `narrowed` tells whether there is something to search for without words. */
+  constructor(ask: AskPage, rest = defaultRest, narrowed: () => boolean = () => false) {
     this.#ask = ask;
     this.#rest = rest;
+    this.#narrowed = narrowed;
   }
 
   /** The words that are searched for. */
@@ -52,7 +55,7 @@ export class PagedSearch {
   setQuery(query: string): void {
     this.#drop();
     this.query.value = query;
-    if (this.keywords.length === 0) return;
+    if (this.keywords.length === 0 && !this.#narrowed()) return;
     this.status.value = "searching";
     this.#timer = setTimeout(() => void this.#next(), this.#rest);
   }
