@@ -158,6 +158,11 @@ test("changes show in the other windows at once", async () => {
   await eventually(async () => (await lighthouse.page.locator(".member").count()) === 1, "one");
   await lighthouse.page.keyboard.press("Escape");
 
+  // A reload keeps the place.
+  await lighthouse.page.reload();
+  await lighthouse.page.getByRole("heading", { name: "Dawn watch" }).waitFor();
+  await tribe(lighthouse, "Dawn watch").waitFor();
+
   // Whoever closes the window is offline.
   await lighthouse.page.getByRole("button", { name: "Sign out" }).click();
   await tab(harbor, "Members");

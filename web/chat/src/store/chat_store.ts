@@ -1,5 +1,5 @@
 import type { BridgeClient, Calls, ConnectionState, IMUserID } from "@imsdkbridge/client";
-import { batch, signal } from "@preact/signals";
+import { batch, effect, signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { Arrivals } from "./arrivals.ts";
 import { Attachments, type LocalFile } from "./attachments.ts";
@@ -22,6 +22,7 @@ import { Roaming } from "./roaming.ts";
 import { Selection } from "./selection.ts";
 import { Session } from "./session.ts";
 import { Shaking } from "./shaking.ts";
+import { Shown, type InFront } from "./shown.ts";
 import type { Surroundings } from "./surroundings.ts";
 import { Tabs, type TabNews } from "./tabs.ts";
 import { Threads } from "./threads.ts";
@@ -81,7 +82,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly tribes: Tribes;
 
   readonly #client: BridgeClient;
-  readonly #storage: Storage;
+  readonly #shown: Shown;
   readonly #tabs: Tabs;
   readonly #arrivals: Arrivals;
   #account = "";
@@ -89,7 +90,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   constructor(client: BridgeClient, around: Surroundings<F>) {
     const { storage, memory, focus, tabs, readFile, emotions } = around;
     this.#client = client;
-    this.#storage = storage;
+    this.#shown = new Shown(storage);
     this.session = new Session(client, storage, () => this.#entered());
     this.faces = new Faces(client);
     this.tribes = new Tribes(client, this.toasts, () => this.closeConversation());
@@ -129,6 +130,12 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.emotions = new Emotions(emotions);
     this.window = new ChatWindow(client, focus, (cid) => void this.#arrivals.takeIn(cid));
     this.#arrivals = new Arrivals(client, this, this.#tabs);
+    effect(() => {
+      const cid = this.active.value;
+      const tribe = this.tribes.open.value;
+      const inFront = tribe ? { tribeid: tribe.tribeid } : cid && { cid };
+      if (this.#account) this.#shown.keep(this.#account, inFront);
+    });
     this.tribes.list.all.subscribe(() => {
       if (this.conversations.status.peek() === "ready") this.#listTribes();
     });
@@ -163,7 +170,6 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.#leave();
     this.active.value = cid;
     if (before) this.conversations.tidy(before);
-    this.#storage.setItem(shownKey(this.#account), JSON.stringify(cid));
     this.window.show(cid);
     void this.threads.open(cid);
     if (isTribe(cid)) void this.mentions.load(cid.tribeid);
@@ -175,7 +181,6 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.#leave();
     this.active.value = undefined;
     if (before) this.conversations.tidy(before);
-    this.#storage.removeItem(shownKey(this.#account));
     this.window.show(undefined);
   }
 
@@ -228,8 +233,9 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     const me = this.session.me.value;
     if (!me) return;
     const account = keyOf(me);
-    const shown = this.#account === account ? null : this.#storage.getItem(shownKey(account));
-    if (this.#account !== account) {
+    const fresh = this.#account !== account;
+    const before = fresh ? this.#shown.of(account) : undefined;
+    if (fresh) {
       batch(() => {
         this.closeConversation();
         this.#account = account;
@@ -243,6 +249,8 @@ export class ChatStore<F extends LocalFile = LocalFile> {
         this.deliveries.clear();
         this.tribes.clear();
       });
+      // It stays kept until it is shown again.
+      this.#shown.keep(account, before);
     }
     this.outbox.enter(me);
     this.mentions.enter(me);
@@ -254,12 +262,20 @@ export class ChatStore<F extends LocalFile = LocalFile> {
       if (this.#account !== account) return;
       this.#listTribes();
       this.outbox.held().forEach((cid) => this.conversations.ensure(cid));
-      if (shown && !this.active.value) this.startChat(JSON.parse(shown));
+      if (before && !this.active.value && !this.tribes.open.value) this.#showAgain(before);
     });
     void this.translations.load();
     void this.deliveries.catchUp();
     this.window.tellAgain();
     if (this.active.value) void this.threads.open(this.active.value);
+  }
+
+  #showAgain(before: InFront): void {
+    if ("cid" in before) return this.startChat(before.cid);
+    // The account may have been removed meanwhile.
+    if (!this.tribes.list.all.value.has(before.tribeid)) return;
+    this.section.value = "tribes";
+    this.tribes.show(before.tribeid);
   }
 
   /** Whether a conversation is to stay in the list although there is no message in it. */
@@ -312,9 +328,4 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     if (this.window.shows(cid)) return;
     this.toasts.show(text, "note", { action: { label: "Open", run: () => this.open(cid) } });
   }
-}
-
-/** Where the tab keeps which conversation an account has in front, for after a reload. */
-function shownKey(account: string): string {
-  return `shown ${account}`;
 }
