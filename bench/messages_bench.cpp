@@ -1,20 +1,14 @@
 // What messages cost on their way to a page, beside the JSON of the same messages alone.
 
-#include <benchmark/benchmark.h>
-#include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
-#include "bench/bench_host.h"
-#include "kexbase/strings.h"
+#include "bench/measured_call.h"
 
 namespace imsdk::bench {
 namespace {
 
-const std::wstring kSingle = L"workbench.im.singlemsg.invoke";
-const std::wstring kRequest =
+const MeasuredCall kGetNewMsg{
+    L"workbench.im.singlemsg.invoke", L"GetNewMsg",
     LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},"msgtime":"","msgid":"","count":20,)"
-    LR"("gohistory":1,"ignoreboundary":0,"autoroam":0})";
+    LR"("gohistory":1,"ignoreboundary":0,"autoroam":0})"};
 
 std::vector<biz::IMMessage> Messages(std::int64_t count) {
   std::vector<biz::IMMessage> msgs;
@@ -28,11 +22,7 @@ std::vector<biz::IMMessage> Messages(std::int64_t count) {
 void BM_GetNewMsg(benchmark::State& state) {
   BenchHost host;
   host.engine.Chats().Chat(test::kLighthouse).page.msgs = Messages(state.range(0));
-  std::int64_t seq = 0;
-  for (auto step : state) host.Invoke(kSingle, std::to_wstring(++seq), L"GetNewMsg", kRequest);
-  if (host.page.answers != state.iterations() || host.page.failures != 0) {
-    state.SkipWithError("answers are missing or failed");
-  }
+  MeasureCall(state, host, kGetNewMsg);
 }
 BENCHMARK(BM_GetNewMsg)->Name("BM_Invoke/GetNewMsg")->Arg(20);
 
@@ -54,25 +44,10 @@ BENCHMARK(BM_Notify)->Name("BM_Notify/onReceiveNewMsg")->Arg(20)->Arg(200);
 void BM_NotifyViews(benchmark::State& state) { Notify(state, 8, 20); }
 BENCHMARK(BM_NotifyViews)->Name("BM_Notify/views:8");
 
-// The request read and the answer written by the JSON library alone.
 void BM_FloorGetNewMsg(benchmark::State& state) {
   BenchHost host;
   host.engine.Chats().Chat(test::kLighthouse).page.msgs = Messages(state.range(0));
-  std::wstring payload;
-  host.page.keep = &payload;
-  host.Invoke(kSingle, L"1", L"GetNewMsg", kRequest);
-  rapidjson::Document answer;
-  answer.Parse(base::WideToUTF8(payload).c_str());
-  const std::string request = base::WideToUTF8(kRequest);
-  for (auto step : state) {
-    rapidjson::Document read;
-    read.Parse(request.c_str(), request.size());
-    rapidjson::StringBuffer text;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-    answer.Accept(writer);
-    benchmark::DoNotOptimize(read.IsObject());
-    benchmark::DoNotOptimize(text.GetString());
-  }
+  MeasureFloor(state, host, kGetNewMsg);
 }
 BENCHMARK(BM_FloorGetNewMsg)->Name("BM_Floor/GetNewMsg")->Arg(20);
 

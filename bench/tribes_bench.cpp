@@ -1,65 +1,38 @@
 // What a large tribe costs: its member list on the way to a page, beside its JSON alone, and the
 // account's list of the members.
 
-#include <benchmark/benchmark.h>
-#include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include "account/tribes/roster.h"
-#include "bench/bench_host.h"
-#include "kexbase/strings.h"
+#include "bench/measured_call.h"
 
 namespace imsdk::bench {
 namespace {
 
-const std::wstring kTribeMgr = L"workbench.im.tribemgr.invoke";
-const std::wstring kRequest = LR"({"tribeid":"10001"})";
+const MeasuredCall kGetMembers{L"workbench.im.tribemgr.invoke", L"GetTribeMemberList",
+                               LR"({"tribeid":"10001"})"};
 
 biz::IMTribeMember Member(std::int64_t number) {
   const std::wstring nick = L"member" + std::to_wstring(number);
-  return {{L"cnbazaro", nick}, biz::kMemberOnline, L"Member No. " + std::to_wstring(number), nick};
+  biz::IMTribeMember member;
+  member.userid = {L"cnbazaro", nick};
+  member.status = biz::kMemberOnline;
+  member.display = L"Member No. " + std::to_wstring(number);
+  member.name = nick;
+  return member;
 }
 
-void BM_MemberList(benchmark::State& state) {
+template <auto Measure>
+void MemberList(benchmark::State& state) {
   BenchHost host;
   auto& roster = std::get<biz::IMTribeRoster>(host.engine.Account().tribes->answers);
   for (std::int64_t i = 0; i < state.range(0); ++i) roster.memberlist.push_back(Member(i));
-  std::int64_t seq = 0;
-  for (auto step : state) {
-    host.Invoke(kTribeMgr, std::to_wstring(++seq), L"GetTribeMemberList", kRequest);
-  }
-  if (host.page.answers != state.iterations() || host.page.failures != 0) {
-    state.SkipWithError("answers are missing or failed");
-  }
+  Measure(state, host, kGetMembers);
 }
-BENCHMARK(BM_MemberList)
+BENCHMARK(MemberList<MeasureCall>)
     ->Name("BM_Invoke/GetTribeMemberList")
     ->Arg(1'000)
     ->Arg(100'000)
     ->Unit(benchmark::kMillisecond);
-
-void BM_FloorMemberList(benchmark::State& state) {
-  BenchHost host;
-  auto& roster = std::get<biz::IMTribeRoster>(host.engine.Account().tribes->answers);
-  for (std::int64_t i = 0; i < state.range(0); ++i) roster.memberlist.push_back(Member(i));
-  std::wstring payload;
-  host.page.keep = &payload;
-  host.Invoke(kTribeMgr, L"1", L"GetTribeMemberList", kRequest);
-  rapidjson::Document answer;
-  answer.Parse(base::WideToUTF8(payload).c_str());
-  const std::string request = base::WideToUTF8(kRequest);
-  for (auto step : state) {
-    rapidjson::Document read;
-    read.Parse(request.c_str(), request.size());
-    rapidjson::StringBuffer text;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-    answer.Accept(writer);
-    benchmark::DoNotOptimize(read.IsObject());
-    benchmark::DoNotOptimize(text.GetString());
-  }
-}
-BENCHMARK(BM_FloorMemberList)
+BENCHMARK(MemberList<MeasureFloor>)
     ->Name("BM_Floor/GetTribeMemberList")
     ->Arg(1'000)
     ->Arg(100'000)

@@ -25,12 +25,12 @@ class Check {
   explicit Check(const base::FilePath& data) : root_(account::ToPath(data)) {}
 
   std::vector<FolderFinding> Run() {
-    Store("server/server.db", "server");
-    Store("client/ids.db", "ids");
     std::set<std::string> accounts;
     for (const fs::path& folder : Entries(root_ / "accounts")) {
       accounts.insert(folder.filename().string());
     }
+    Store("server/server.db", "server", !accounts.empty());
+    Store("client/ids.db", "ids");
     const std::string of_account = "account-";
     for (const fs::path& record : Entries(root_ / account::kRecordsFolder)) {
       const std::string name = record.filename().string();
@@ -59,11 +59,12 @@ class Check {
     found_.push_back({file.lexically_relative(root_).generic_string(), state, std::move(text)});
   }
 
-  void Store(const std::string& name, const std::string& record) {
+  // `expected` as in `sqlite::StorePlace`.
+  void Store(const std::string& name, const std::string& record, bool expected = false) {
     const fs::path file = root_ / name;
     const fs::path known = root_ / account::kRecordsFolder / record;
-    if (fs::exists(file) || fs::exists(known)) {
-      const std::string wrong = sqlite::CheckStore({file, known});
+    if (expected || fs::exists(file) || fs::exists(known)) {
+      const std::string wrong = sqlite::CheckStore({file, known, expected});
       Add(file, wrong.empty() ? State::kWhole : State::kDamaged, wrong);
     }
     for (const fs::path& entry : Entries(file.parent_path())) {

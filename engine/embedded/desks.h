@@ -7,24 +7,27 @@
 #include "embedded/file_desk.h"
 #include "embedded/history_desk.h"
 #include "embedded/member_desk.h"
+#include "embedded/mention_desk.h"
 #include "embedded/post_desk.h"
 #include "embedded/tribe_desk.h"
 
 namespace imsdk::embedded {
 
-struct Desks : PostDesk, HistoryDesk, FileDesk, TribeDesk, MemberDesk, EntryDesk {
+struct Desks : PostDesk, HistoryDesk, FileDesk, TribeDesk, MemberDesk, MentionDesk, EntryDesk {
   Desks(ServerStore& store, Presence& presence, std::chrono::milliseconds withdraw_limit)
       : PostDesk(store, withdraw_limit),
         HistoryDesk(store),
         FileDesk(store),
         TribeDesk(store),
         MemberDesk(store, presence),
+        MentionDesk(store),
         EntryDesk(store, static_cast<PostDesk&>(*this)) {}
 
   using EntryDesk::Answer;
   using FileDesk::Answer;
   using HistoryDesk::Answer;
   using MemberDesk::Answer;
+  using MentionDesk::Answer;
   using PostDesk::Answer;
   using TribeDesk::Answer;
 };

@@ -22,6 +22,13 @@ std::filesystem::path FolderIn(const base::FilePath& data) {
   return folder;
 }
 
+// Whether accounts kept something in the folder: they were the server's.
+bool AccountsKeptIn(const std::filesystem::path& data) {
+  std::error_code missing;
+  const auto entries = std::filesystem::directory_iterator(data / "accounts", missing);
+  return entries != std::filesystem::directory_iterator();
+}
+
 // What accounts hold of the server. It may live longer, and then reaches nobody.
 class Door final : public link::ServerLink {
  public:
@@ -54,7 +61,8 @@ class Door final : public link::ServerLink {
 Server::Server(const EmbeddedServerOptions& options, const HashCost& hash_cost)
     : hash_cost_(hash_cost),
       folder_(FolderIn(options.data)),
-      store_({folder_ / "server.db", folder_.parent_path() / "stores" / "server"}),
+      store_({folder_ / "server.db", folder_.parent_path() / "stores" / "server",
+              AccountsKeptIn(folder_.parent_path())}),
       presence_(store_),
       desks_(store_, presence_, std::chrono::milliseconds(options.withdraw_limit_ms)),
       files_(folder_ / "files"),

@@ -21,6 +21,8 @@ constexpr Stream::Kind kTribeKinds[] = {Stream::Kind::kTribe, Stream::Kind::kTri
 
 // A batch that is being put together.
 struct Feeds::Filling {
+  MentionTable& mentions;
+  std::int64_t account = 0;
   link::Batch batch{};
   Position last = 0;
   std::size_t text = 0;
@@ -33,6 +35,10 @@ struct Feeds::Filling {
     // Whoever cannot see the message before need not miss it.
     auto* message = std::get_if<link::Message>(&entry);
     if (message && previous <= view.joined) message->previous = 0;
+    // Another device may have read what this one has missed.
+    if (message && batch.offline && message->at.type != biz::kAtNobody) {
+      message->at.read = mentions.HasRead(position, account);
+    }
     batch.entries.push_back(std::move(entry));
   }
 };
@@ -200,7 +206,7 @@ void Feeds::PushTo(Client& client, Round& round) {
       for (const auto& answer : std::exchange(client.waiting, {})) answer();
       return;
     }
-    Filling filling;
+    Filling filling{store_.mentions(), client.who.account};
     // A batch is offline as a whole or not at all.
     filling.batch.offline = client.news.begin()->first <= client.began;
     // A store that cannot be read now is asked again at the next message or acknowledgement.

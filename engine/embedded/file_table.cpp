@@ -20,8 +20,8 @@ bool FileTable::WasSent(std::int64_t account, const std::string& address) {
           "SELECT 1 FROM message_files h JOIN messages m ON m.position=h.message "
           "JOIN conversations c ON c.id=m.conversation WHERE h.address=?1 AND (m.sender=?2 OR "
           "c.first=?2 OR c.second=?2 OR EXISTS(SELECT 1 FROM stays t WHERE t.account=?2 AND "
-          "t.until>=m.position AND t.conversation=c.id AND (t.joined<m.position OR "
-          "(t.until=?3 AND EXISTS(SELECT 1 FROM tribes WHERE id=c.tribe AND open_history=1))))) "
+          "t.until=?3 AND t.conversation=c.id AND (t.joined<m.position OR "
+          "EXISTS(SELECT 1 FROM tribes WHERE id=c.tribe AND open_history=1)))) "
           "LIMIT 1",
           address, account, kNever)
       .Step();

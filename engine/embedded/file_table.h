@@ -16,7 +16,8 @@ class FileTable {
   // The account has brought the content of this address itself.
   void AddUpload(std::int64_t account, const std::string& address);
   bool HasUploaded(std::int64_t account, const std::string& address);
-  // Whether a message with the file was sent by the account, or to it and is in its sight.
+  // Whether a message with the file was sent by the account, or to it and is in its sight. What was
+  // said in a tribe is so to who is a member now.
   bool WasSent(std::int64_t account, const std::string& address);
 
  private:

@@ -36,6 +36,9 @@ enum class EntryKind : std::int32_t {
   kTribeMemberChanged = 10,
   kTribeEnabled = 11,
   kTribeVisitorsCleared = 12,
+  // In an account's stream.
+  kMentionsRead = 13,   // `numbers` are the sender, then identifier and counts of each message
+  kRemindChanged = 14,  // `numbers` is the type
 };
 
 // What is to be heard. What a kind does not need stays empty.

@@ -147,7 +147,18 @@ Outcome<link::Nothing> MemberDesk::Answer(const Caller& caller,
     return Failure(biz::kEngineRefused, L"there is no such type");
   }
   store_.members().SetRemind(admitted.tribe.conversation, caller.account, request.type);
-  return {};
+  Outcome<link::Nothing> outcome;
+  if (!store_.accounts().HasOtherDevices(caller.account, caller.device)) return outcome;
+  const Stream own{Stream::Kind::kAccount, caller.account};
+  const Position position = store_.mail().AddEntry({own,
+                                                    EntryKind::kRemindChanged,
+                                                    admitted.tribe.conversation,
+                                                    0,
+                                                    caller.account,
+                                                    {request.type},
+                                                    caller.device});
+  outcome.effects.news.push_back({own, position, caller.device});
+  return outcome;
 }
 
 Outcome<link::Nothing> MemberDesk::Answer(const Caller& caller, const link::SetAttention& request) {

@@ -73,6 +73,8 @@ void Enter(ServerStore& store, Effects& effects, StoredTribe& tribe, std::int64_
 void Leave(ServerStore& store, Effects& effects, StoredTribe& tribe, std::int64_t account,
            std::int64_t actor) {
   store.members().Remove(tribe.conversation, account);
+  const auto stay = store.conversations().CurrentStay(account, tribe.conversation);
+  if (stay) store.mentions().Forget(account, *stay);
   tribe.members = store.tribes().CountMembers(tribe.id, -1);
   // Before the end of the stay, so that who leaves hears of it too.
   TellTribe(store.mail(), effects,

@@ -36,6 +36,14 @@ link::Message ReadMessage(sqlite::Database& database, const sqlite::Statement& r
           {file.Text(0), file.Text(1), static_cast<std::uint64_t>(file.Int64(2))});
     }
   }
+  message.at.type = row.Int32(kMentionColumn);
+  if (message.at.type == biz::kAtMembers) {
+    auto named = database.Prepare(
+        "SELECT a.appkey, a.nick FROM mentioned n JOIN accounts a ON a.id=n.account "
+        "WHERE n.message=? ORDER BY n.number",
+        row.Int64(kPositionColumn));
+    while (named.Step()) message.at.members.push_back({named.Wide(0), named.Wide(1)});
+  }
   return message;
 }
 

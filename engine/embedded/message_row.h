@@ -10,10 +10,11 @@ namespace imsdk::embedded {
 
 // The columns that the functions below expect in front of a query's own, and where they come from:
 // `MESSAGE_JOINS` follows a table `m` of messages, `CID_JOINS` one with a conversation's number.
-#define MESSAGE_COLUMNS                                                                         \
-  "c.tribe, c.first, f.appkey, f.nick, f.kind, g.appkey, g.nick, g.kind, m.position, m.msgid, " \
-  "m.msgtime, m.svrtime, m.msgtype, m.body, m.others, m.fixmsgread, m.autochatmsg, "            \
-  "m.syschatmsg, m.withdrawn, m.read, m.files, m.previous, p.msgid, s.appkey, s.nick, m.device, "
+#define MESSAGE_COLUMNS                                                                           \
+  "c.tribe, c.first, f.appkey, f.nick, f.kind, g.appkey, g.nick, g.kind, m.position, m.msgid, "   \
+  "m.msgtime, m.svrtime, m.msgtype, m.body, m.others, m.fixmsgread, m.autochatmsg, "              \
+  "m.syschatmsg, m.withdrawn, m.read, m.files, m.previous, p.msgid, s.appkey, s.nick, m.device, " \
+  "m.at_type, "
 #define CID_JOINS(conversation)                     \
   "LEFT JOIN conversations c ON c.id=" conversation \
   " LEFT JOIN accounts f ON f.id=c.first "          \
@@ -23,7 +24,8 @@ namespace imsdk::embedded {
 inline constexpr int kPositionColumn = 8;
 inline constexpr int kPreviousColumn = 21;
 inline constexpr int kDeviceColumn = 25;
-inline constexpr int kMessageColumns = 26;
+inline constexpr int kMentionColumn = 26;
+inline constexpr int kMessageColumns = 27;
 
 // The conversation of the row as the account `viewer` sees it. In a tribe all see the same.
 biz::IMConversationID ReadCid(const sqlite::Statement& row, std::int64_t viewer);

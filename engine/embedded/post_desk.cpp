@@ -6,6 +6,7 @@
 
 #include "embedded/address_book.h"
 #include "embedded/file_room.h"
+#include "embedded/mention_desk.h"
 
 namespace imsdk::embedded {
 
@@ -82,7 +83,14 @@ Outcome<link::Delivered> PostDesk::Answer(const Caller& caller, const link::Deli
                    [&](const link::File& file) { return MayName(caller, file); })) {
     return Failure(biz::kEngineNotFound, L"the server has no such file of this account");
   }
-  return Accept({found.conversation, caller.account, caller.device}, found.peer, message);
+  const Mentioned mentioned = CheckMention(store_, caller, message);
+  if (!mentioned.result.ok()) return mentioned.result;
+  auto outcome = Accept({found.conversation, caller.account, caller.device}, found.peer, message);
+  if (mentioned.type != biz::kAtNobody) {
+    store_.mentions().Put(store_.mail().newest(), mentioned.type, mentioned.named,
+                          mentioned.unread);
+  }
+  return outcome;
 }
 
 Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::Withdraw& request) {
@@ -96,6 +104,7 @@ Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::Withdr
                                             InWords(withdraw_limit_) + L" after it was sent");
   }
   store_.mail().Withdraw(known->position);
+  if (request.cid.is_tribe()) store_.mentions().Remove(known->position);
   Outcome<link::Nothing> outcome;
   NewEntry entry{OfAccount(caller.account), EntryKind::kWithdrawal, found.conversation,
                  known->position};

@@ -128,6 +128,20 @@ constexpr const char* kSchema[] = {R"sql(
 
   -- Texts of what happens in a tribe.
   ALTER TABLE entries ADD COLUMN detail TEXT NOT NULL DEFAULT '';
+)sql",
+                                   R"sql(
+  -- Whom messages of tribes mention, and how many have read that and have not. Who is mentioned
+  -- together with all others has no row of its own.
+  ALTER TABLE messages ADD COLUMN at_type INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE messages ADD COLUMN at_readed INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE messages ADD COLUMN at_unread INTEGER NOT NULL DEFAULT 0;
+  CREATE INDEX messages_at ON messages(conversation) WHERE at_type<>0;
+  CREATE TABLE mentioned(
+    message INTEGER NOT NULL, number INTEGER NOT NULL, account INTEGER NOT NULL,
+    PRIMARY KEY(message, number)) WITHOUT ROWID;
+  CREATE UNIQUE INDEX mentioned_by ON mentioned(message, account);
+  CREATE TABLE mention_reads(
+    message INTEGER NOT NULL, account INTEGER NOT NULL, PRIMARY KEY(message, account)) WITHOUT ROWID;
 )sql"};
 
 void Prepare(sqlite::Database& database) {

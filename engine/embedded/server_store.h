@@ -10,6 +10,7 @@
 #include "embedded/file_table.h"
 #include "embedded/mail_table.h"
 #include "embedded/member_table.h"
+#include "embedded/mention_table.h"
 #include "embedded/tribe_table.h"
 #include "embedded/verify_table.h"
 #include "sqlite/kept_store.h"
@@ -40,6 +41,7 @@ class ServerStore {
   TribeTable& tribes() { return tribes_; }
   MemberTable& members() { return members_; }
   VerifyTable& verify() { return verify_; }
+  MentionTable& mentions() { return mentions_; }
 
   // The server's time: it never goes back, also over restarts.
   std::int64_t Now();
@@ -59,6 +61,7 @@ class ServerStore {
   TribeTable tribes_{database_};
   MemberTable members_{database_};
   VerifyTable verify_{database_};
+  MentionTable mentions_{database_};
   std::int64_t last_time_;
 };
 

@@ -13,6 +13,22 @@ namespace {
 
 constexpr int kEntryDetailColumn = kMessageColumns + 6;
 
+biz::IMUserID ActorOf(const sqlite::Statement& row) {
+  return {row.Wide(kMessageColumns + 2), row.Wide(kMessageColumns + 3)};
+}
+
+link::MentionsRead ReadMentions(sqlite::Database& database, const sqlite::Statement& row,
+                                std::int64_t viewer, const std::vector<std::int64_t>& numbers) {
+  link::MentionsRead read{ReadCid(row, viewer).tribe, ActorOf(row), {}, {}};
+  if (numbers.empty()) return read;
+  read.sender = UserOf(database, numbers[0]);
+  for (std::size_t i = 3; i < numbers.size(); i += 3) {
+    read.counts.push_back({numbers[i - 2], static_cast<std::int32_t>(numbers[i - 1]),
+                           static_cast<std::int32_t>(numbers[i])});
+  }
+  return read;
+}
+
 link::Entry ReadEntry(sqlite::Database& database, const sqlite::Statement& row,
                       std::int64_t viewer) {
   std::vector<std::int64_t> numbers = SplitNumbers(row.Text(kMessageColumns + 1));
@@ -25,12 +41,16 @@ link::Entry ReadEntry(sqlite::Database& database, const sqlite::Statement& row,
                               message.msgtime, message.svrtime};
     }
     case EntryKind::kPeerRead:
-      return link::PeerRead{ReadCid(row, viewer),
-                            {row.Wide(kMessageColumns + 2), row.Wide(kMessageColumns + 3)},
-                            std::move(numbers)};
+      return link::PeerRead{ReadCid(row, viewer), ActorOf(row), std::move(numbers)};
     case EntryKind::kReadElsewhere:
       numbers.resize(2);
       return link::ReadElsewhere{ReadCid(row, viewer), {numbers[0], numbers[1]}};
+    case EntryKind::kMentionsRead:
+      return ReadMentions(database, row, viewer, numbers);
+    case EntryKind::kRemindChanged:
+      numbers.resize(1);
+      return link::RemindChanged{ReadCid(row, viewer).tribe,
+                                 static_cast<biz::TribeMsgRemindType>(numbers[0])};
     case EntryKind::kMembership:
       numbers.resize(1);
       return link::Membership{ReadCid(row, viewer).tribe, numbers[0] != 0};
@@ -43,8 +63,7 @@ link::Entry ReadEntry(sqlite::Database& database, const sqlite::Statement& row,
     case EntryKind::kTribeEnabled:
     case EntryKind::kTribeVisitorsCleared:
       return link::TribeHappening{
-          ReadCid(row, viewer).tribe,
-          {row.Wide(kMessageColumns + 2), row.Wide(kMessageColumns + 3)},
+          ReadCid(row, viewer).tribe, ActorOf(row),
           ReadChange(database, static_cast<EntryKind>(row.Int32(kMessageColumns)), numbers,
                      row.Text(kEntryDetailColumn))};
   }

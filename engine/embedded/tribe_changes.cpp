@@ -29,12 +29,12 @@ std::map<Key, std::wstring> UnpackTexts(const std::string& packed) {
   return texts;
 }
 
+}  // namespace
+
 biz::IMUserID UserOf(sqlite::Database& database, std::int64_t account) {
   auto row = database.Prepare("SELECT appkey, nick FROM accounts WHERE id=?", account);
   return row.Step() ? biz::IMUserID{row.Wide(0), row.Wide(1)} : biz::IMUserID{};
 }
-
-}  // namespace
 
 std::string PackTexts(const std::map<std::int32_t, std::wstring>& texts) {
   std::string packed;

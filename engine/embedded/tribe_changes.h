@@ -35,6 +35,9 @@ struct TribeEntry {
 // Puts it into the tribe's stream, for everybody who sees that. Throws `sqlite::Error`.
 void TellTribe(MailTable& mail, Effects& effects, const TribeEntry& entry);
 
+// The user of an account's number; empty for none. Throws `sqlite::Error`.
+biz::IMUserID UserOf(sqlite::Database& database, std::int64_t account);
+
 // The change that an entry holds. Throws `sqlite::Error`.
 link::TribeChange ReadChange(sqlite::Database& database, EntryKind kind,
                              std::vector<std::int64_t> numbers, const std::string& detail);

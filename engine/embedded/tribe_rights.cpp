@@ -36,6 +36,8 @@ constexpr Right RightTo(TribeAct act) {
     case TribeAct::kEnable:
       return {kTribeOwner, kTribeOwner, true, false};
     case TribeAct::kNickname:
+    case TribeAct::kMention:
+    case TribeAct::kMentionAll:
       return {kTribeMember, kTribeMember, false, false};
     case TribeAct::kNicknameOf:
     case TribeAct::kRemove:
@@ -83,6 +85,12 @@ Admitted Admit(ServerStore& store, const Caller& caller, biz::IMTribeID tribe, T
   }
   admitted.self = std::move(*self);
   admitted.result = Check(RightTo(act), admitted.tribe, admitted.self);
+  const bool to_managers =
+      act == TribeAct::kMentionAll && admitted.tribe.at_all == biz::kAtAllManagers;
+  if (admitted.ok() && to_managers && admitted.self.level < biz::kTribeManager) {
+    admitted.result = Refusal(biz::kTribeAtAllRefused,
+                              L"only the tribe's owner and administrators may mention all members");
+  }
   return admitted;
 }
 

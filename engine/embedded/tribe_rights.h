@@ -20,6 +20,8 @@ enum class TribeAct {
   kInvite,
   kNickname,    // one's own
   kNicknameOf,  // somebody's who is below
+  kMention,
+  kMentionAll,  // everybody, where the tribe allows it to all
   kLevel,
   kTransfer,
   kRemove,  // somebody who is below

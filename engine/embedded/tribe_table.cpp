@@ -89,7 +89,8 @@ const char* SettingOf(biz::TribeModifyKey key) {
 
 std::optional<StoredTribe> TribeTable::Find(biz::IMTribeID tribe) {
   auto row = database_.Prepare(
-      "SELECT conversation, owner, open_history, type, auth, visitors, enabled, members, level "
+      "SELECT conversation, owner, open_history, type, auth, visitors, enabled, members, level, "
+      "at_all "
       "FROM tribes WHERE id=?",
       tribe.id);
   if (!row.Step()) return std::nullopt;
@@ -102,7 +103,8 @@ std::optional<StoredTribe> TribeTable::Find(biz::IMTribeID tribe) {
                      row.Bool(5),
                      row.Bool(6),
                      row.Int32(7),
-                     row.Int32(8)};
+                     row.Int32(8),
+                     static_cast<biz::TribeAtAllPermission>(row.Int32(9))};
 }
 
 biz::IMTribeInfo TribeTable::Info(const StoredTribe& tribe, std::int64_t account, TribeView view) {

@@ -23,6 +23,7 @@ struct StoredTribe {
   bool enabled = true;
   std::int32_t members = 0;
   std::int32_t level = 1;
+  biz::TribeAtAllPermission at_all = biz::kAtAllManagers;
 
   bool is_multi_chat() const { return type == biz::kMultiChat; }
   // Whether those who are no members may know of it.

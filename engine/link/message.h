@@ -10,6 +10,7 @@
 #include "imsdk/biz/bounds.h"
 #include "imsdk/biz/conversation_id.h"
 #include "imsdk/biz/history.h"
+#include "imsdk/biz/mentions.h"
 #include "imsdk/biz/message.h"
 #include "imsdk/biz/user_id.h"
 #include "link/tribe.h"
@@ -30,6 +31,20 @@ struct File {
   }
 };
 
+// Whom a message mentions. In one that is handed over only kind and members count.
+struct Mention {
+  std::int32_t type = biz::kAtNobody;  // a `biz::TribeAtMsgType`
+  std::vector<biz::IMUserID> members{};
+
+  // What the server adds.
+  bool before = false;  // the account became a member later, so it is not meant
+  bool read = false;    // the account has reported the mention read
+
+  static constexpr auto Bounds() {
+    return biz::Bounded(biz::Entries("atmembers", &Mention::members, biz::kMaxMentioned));
+  }
+};
+
 // A message as the account that gets or gives it sees it.
 struct Message {
   biz::IMConversationID cid;
@@ -43,6 +58,7 @@ struct Message {
   std::wstring body;
   biz::IMMessageExt ext;
   std::vector<File> files{};  // those that the body's tokens name
+  Mention at{};
 
   // What the server adds.
   std::int64_t svrtime = 0;  // by the server's clock; 0 when it is not known yet
@@ -55,6 +71,7 @@ struct Message {
                         biz::Bytes("body", &Message::body, biz::kMaxBodyBytes),
                         biz::Inner("ext", &Message::ext),
                         biz::Entries("files", &Message::files, biz::kMaxBodyItems),
+                        biz::Inner("tribeat", &Message::at),
                         biz::Letters("place", &Message::place, biz::kMaxSecretLetters),
                         biz::Whole("", biz::BoundUnit::kBytes, biz::kMaxMessageBytes));
   }
@@ -84,6 +101,21 @@ struct PeerRead {
   std::vector<std::int64_t> msgids;
 };
 
+// `reader` has read mentions in messages of `sender`. One of the two is this account: as the sender
+// it is told how far each message is read now, as the reader its other devices are told.
+struct MentionsRead {
+  biz::IMTribeID tribe;
+  biz::IMUserID reader;
+  biz::IMUserID sender;
+  std::vector<biz::IMAtReadCounts> counts;
+};
+
+// Another device of this account has set which messages of a tribe it is told of.
+struct RemindChanged {
+  biz::IMTribeID tribe;
+  biz::TribeMsgRemindType type = biz::kRemindAll;
+};
+
 // Another device of this account has read the conversation up to and with this place.
 struct ReadElsewhere {
   biz::IMConversationID cid;
@@ -97,8 +129,8 @@ struct Membership {
   bool member = true;
 };
 
-using Entry = std::variant<Message, Archived, Withdrawal, PeerRead, ReadElsewhere, Membership,
-                           TribeHappening>;
+using Entry = std::variant<Message, Archived, Withdrawal, PeerRead, MentionsRead, ReadElsewhere,
+                           RemindChanged, Membership, TribeHappening>;
 
 // Some of what happened, in the order of the server. Nothing can be told from one batch about
 // another: a server may repeat entries, overlap batches, and send older entries late. The account

@@ -1,6 +1,7 @@
 // What an account can ask its server for: one type per operation, which names the type of its
-// reply and says how much its fields may hold. A new operation is its type here or in
-// tribe_operations.h and its place in `Request`; both sides refuse by its bounds what is too large.
+// reply and says how much its fields may hold. A new operation is its type here, in
+// tribe_operations.h or in mention_operations.h and its place in `Request`; both sides refuse by
+// its bounds what is too large.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +14,7 @@
 #include "imsdk/biz/bounds.h"
 #include "imsdk/biz/history.h"
 #include "link/check_bounds.h"
+#include "link/mention_operations.h"
 #include "link/message.h"
 #include "link/tribe_operations.h"
 
@@ -94,6 +96,7 @@ struct GetHistory {
   std::int64_t btime = 0;  // by the server's clock from here on
   std::int64_t etime = 0;  // up to and with this; 0: to the end
   std::int32_t count = 0;  // at most this many; the server has a limit of its own
+  bool mentions = false;   // only what mentions the account; as `Capabilities::mentions` allows
 
   static constexpr auto Bounds() {
     return biz::Bounded(biz::Inner("cid", &GetHistory::cid),
@@ -167,15 +170,15 @@ struct Asked {
   std::function<void(const biz::ResultCode&, const Reply&)> done;
 };
 
-using Request =
-    std::variant<Asked<Deliver>, Asked<Withdraw>, Asked<ReportRead>, Asked<MarkRead>,
-                 Asked<SendTyping>, Asked<GetHistory>, Asked<GetRoaming>, Asked<SetRoaming>,
-                 Asked<Upload>, Asked<Download>, Asked<GetTribes>, Asked<GetTribe>,
-                 Asked<GetTribeMembers>, Asked<FindTribeMembers>, Asked<ChangeTribe>,
-                 Asked<GetJoinPassword>, Asked<CountVisitors>, Asked<EnableTribe>,
-                 Asked<SetTribeNickname>, Asked<SetTribeLevel>, Asked<RemoveMember>,
-                 Asked<SetRemindType>, Asked<SetAttention>, Asked<GetAttention>, Asked<CreateTribe>,
-                 Asked<JoinTribe>, Asked<InviteToTribe>, Asked<SetTribeBlack>, Asked<GetTribeBlack>,
-                 Asked<GetVerifyMsgs>, Asked<DecideVerify>, Asked<DeleteVerify>, Asked<Logout>>;
+using Request = std::variant<
+    Asked<Deliver>, Asked<Withdraw>, Asked<ReportRead>, Asked<MarkRead>, Asked<SendTyping>,
+    Asked<GetHistory>, Asked<GetRoaming>, Asked<SetRoaming>, Asked<Upload>, Asked<Download>,
+    Asked<GetTribes>, Asked<GetTribe>, Asked<GetTribeMembers>, Asked<FindTribeMembers>,
+    Asked<ChangeTribe>, Asked<GetJoinPassword>, Asked<CountVisitors>, Asked<EnableTribe>,
+    Asked<SetTribeNickname>, Asked<SetTribeLevel>, Asked<RemoveMember>, Asked<SetRemindType>,
+    Asked<SetAttention>, Asked<GetAttention>, Asked<CreateTribe>, Asked<JoinTribe>,
+    Asked<InviteToTribe>, Asked<SetTribeBlack>, Asked<GetTribeBlack>, Asked<GetVerifyMsgs>,
+    Asked<DecideVerify>, Asked<DeleteVerify>, Asked<ReadMentions>, Asked<CountMentionReaders>,
+    Asked<GetMentionReaders>, Asked<GetContext>, Asked<Logout>>;
 
 }  // namespace imsdk::link

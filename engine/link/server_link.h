@@ -33,6 +33,7 @@ struct Capabilities {
   bool receipts = true;            // `ReportRead`
   bool typing = true;              // `SendTyping`
   bool tribes = true;              // what concerns tribes besides their messages
+  bool mentions = true;            // messages that mention, and who has read that
   bool join_approval = true;       // tribes that ask an administrator before somebody joins
   bool resumable_transfer = true;  // a transfer goes on where it ended
   bool private_files = true;       // only who is part of the conversation can fetch its files

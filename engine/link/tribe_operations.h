@@ -147,7 +147,7 @@ struct RemoveMember {
   static constexpr auto Bounds() { return biz::Bounded(biz::Inner("userid", &RemoveMember::user)); }
 };
 
-// The account's own remind type. Its other devices hear of it by the tribe's row when they ask.
+// The account's own remind type. Its other devices hear of it.
 struct SetRemindType {
   using Reply = Nothing;
   biz::IMTribeID tribe;

@@ -142,7 +142,7 @@ OpenedStore OpenStore(const StorePlace& place, const StorePlan& plan) {
   OpenedStore opened;
   fs::create_directories(place.file.parent_path());
   const bool empty = SizeOf(place.file) == 0;
-  if (known && empty) {
+  if ((known || place.expected) && empty) {
     opened.loss = Loss{Loss::Kind::kMissing, SetAside(place.file), 0, false};
   }
   try {
@@ -185,7 +185,7 @@ void SetMended(Database& database) {
 std::string CheckStore(const StorePlace& place) {
   const auto known = StoreRecord(place.record).Read();
   if (SizeOf(place.file) == 0) {
-    if (!known) return {};
+    if (!known && !place.expected) return {};
     return fs::exists(place.file) ? "it is empty, and was not once" : "it is missing";
   }
   if (known && known->damaged) return "it was found damaged";

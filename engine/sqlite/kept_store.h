@@ -14,11 +14,14 @@ namespace imsdk::sqlite {
 
 // Where a store lies, and its record; without a record only a damage is noticed.
 struct StorePlace {
-  StorePlace(std::filesystem::path store, std::filesystem::path store_record = {})
-      : file(std::move(store)), record(std::move(store_record)) {}
+  StorePlace(std::filesystem::path store, std::filesystem::path store_record = {},
+             bool must_have_been = false)
+      : file(std::move(store)), record(std::move(store_record)), expected(must_have_been) {}
 
   std::filesystem::path file;
   std::filesystem::path record;
+  // Others in its folder cannot be without it: should its record be gone too, it was lost.
+  bool expected;
 };
 
 // What was lost of a store.

@@ -56,6 +56,29 @@ class Conversation : public RefPtrCounted<biz::IIMConversation> {
   void SetFlagsPeerMsgReaded(const biz::IMMsgsRequest&, Done done) override { Refuse(done); }
   void ShieldAutoReply(const biz::IMShieldRequest&, Done done) override { Refuse(done); }
   void AddSysMsg(const biz::IMNote&, Done done) override { Refuse(done); }
+  void AtTribeMember(const biz::IMAtMemberRequest&,
+                     biz::IMCallback<biz::IMAtMember> done) override {
+    Refuse(done);
+  }
+  void GetSendMsgTribeAtInfo(const biz::IMMsgRequest&,
+                             biz::IMCallback<biz::IMTribeAt> done) override {
+    Refuse(done);
+  }
+  void GetTribeAtMsgUnreadCount(const biz::IMMsgsRequest&,
+                                biz::IMCallback<biz::IMAtUnread> done) override {
+    Refuse(done);
+  }
+  void GetTribeAtMsgUnreadUsers(const biz::IMMsgRequest&,
+                                biz::IMCallback<biz::IMAtReaders> done) override {
+    Refuse(done);
+  }
+  void RoamTribeAtMsgs(const biz::IMPageRequest&, Page done) override { Refuse(done); }
+  void RoamTribeAtMsgContext(const biz::IMAtContextRequest&, Page done) override { Refuse(done); }
+  void SetTribeAtMsgsReaded(const biz::IMMsgsRequest&, Done done) override { Refuse(done); }
+  void SearchAttentionMsg(const biz::IMSearchRequest&,
+                          biz::IMCallback<biz::IMSearchPage> done) override {
+    Refuse(done);
+  }
 };
 
 // The conversations of one kind: `I` is the manager's contract, `Raised` its events. There are

@@ -2,7 +2,7 @@
 
 library_packages='g++ cmake ninja-build ccache pkg-config libboost-dev rapidjson-dev libsqlite3-dev
   libspdlog-dev libfmt-dev libsodium-dev libssl-dev libpng-dev libutf8proc-dev ca-certificates'
-test_packages='libgtest-dev libgmock-dev'
+test_packages='libgtest-dev libgmock-dev libbenchmark-dev'
 browser_packages='chromium fonts-noto-color-emoji fonts-noto-cjk'
 
 # Progress goes to standard error: standard output belongs to the programs that ./dev starts.

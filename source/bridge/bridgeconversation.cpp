@@ -6,21 +6,22 @@
 #include "kexbase/time.h"
 #include "kexcore/kexcom.h"
 #include "source/bridge/jsparams/idtext.h"
-#include "source/bridge/sendercheck.h"
 
 namespace imsdk::bridge {
 namespace {
 
 using ns_log::kRoutine;
 
-// Nobody waits for the marking: its outcome is only traced.
-void MarkRead(biz::IIMConversation& chat, const CallBase& call) {
+// Marks the new messages read. When nobody waits for it, its outcome is only traced.
+void MarkRead(biz::IIMConversation& chat, const CallBase& call, biz::IMCallback<> then = nullptr) {
   call.Trace(kRoutine, L"SetNewMsgReaded req");
   const std::int64_t start = base::TimeTicks::Now().ToMilliseconds();
-  chat.SetMsgRead({}, [start, site = call.site("SetNewMsgReaded")](const biz::ResultCode& result) {
+  chat.SetMsgRead({}, [start, site = call.site("SetNewMsgReaded"),
+                       then = std::move(then)](const biz::ResultCode& result) {
     const std::int64_t timeOperate = base::TimeTicks::Now().ToMilliseconds() - start;
     ns_log::CTraceProxy(kRoutine, site, L"SetNewMsgReaded rsp")
         .Brief("_brief_,result,timeOperate", result.code, timeOperate);
+    if (then) then(result);
   });
 }
 
@@ -28,7 +29,7 @@ void MarkRead(biz::IIMConversation& chat, const CallBase& call) {
 
 void CBridgeConversation::OnAccountChanged(biz::IIMAccount* engine) {
   CBridgeBase::OnAccountChanged(engine);
-  mgr_ = engine ? ChatMgrOf(*engine) : nullptr;
+  mgr_ = engine ? kind_.chats(*engine) : nullptr;
 }
 
 biz::ResultCode CBridgeConversation::Find(ChatMgr* mgr) const {
@@ -44,11 +45,11 @@ biz::ResultCode CBridgeConversation::Find(const biz::IMConversationID& cid, Chat
 
 void CBridgeConversation::GetNewMsg(const In<biz::IMPageRequest>& request, Chat chat,
                                     PageCall call) {
-  chat->GetNewMsg(request, [call, chat, seen = AskWindow(chat, call)](
+  chat->GetNewMsg(request, [call, chat, seen = AskWindow(chat, call), &kind = kind_](
                                const biz::ResultCode& result, const biz::IMMessagePage& page) {
     if (!result.ok()) return call.Finish(result);
     if (seen()) MarkRead(*chat, call);
-    CheckSenders(page.msgs, call.site(), L"new msg. fromid is invalid!!", kFetchedBrief);
+    kind.trace_new(page.msgs, call.site());
     call.Finish(result, page);
   });
 }
@@ -65,6 +66,10 @@ void CBridgeConversation::GetOfflineMsg(const In<biz::IMNothing>& request, Chat 
         });
   };
   chat->GetOfflineMsg(request, RspFetchMsg(call, mark));
+}
+
+void CBridgeConversation::SetMsgRead(const In<biz::IMNothing>&, Chat chat, Call<> call) {
+  MarkRead(*chat, call, call);
 }
 
 std::function<bool()> CBridgeConversation::AskWindow(const Chat& chat, const CallBase& call) const {

@@ -6,36 +6,36 @@
 #include "kexcore/kexcom.h"
 #include "source/bridge/bridgeconversation.h"
 #include "source/bridge/jsparams/idtext.h"
-#include "source/bridge/sendercheck.h"
 #include "source/bridge/tracepoint.h"
 
 namespace imsdk::bridge {
 namespace {
 
-std::wstring MsgIdText(const biz::IMMessage& msg) { return base::NumberToWide(msg.msgid); }
-
-// Answers with what was found and with what it was looked for by.
-biz::IMCallback<biz::IMSearchPage> AnswerSearch(const In<biz::IMSearchRequest>& request,
-                                                Call<SearchAnswer> call) {
-  return [in = InConversation(request), keywords = request.keywords, msgtypes = request.msgtypes,
-          call = std::move(call)](const biz::ResultCode& result, const biz::IMSearchPage& page) {
-    call.Finish(result, {in, page, keywords, msgtypes});
-  };
-}
+bool NamesNone(const biz::IMConversationID& cid) { return cid.user.empty() && cid.tribe.id == 0; }
 
 }  // namespace
 
+biz::IMCallback<biz::IMSearchPage> CBridgeConversation::AnswerSearch(
+    const In<biz::IMSearchRequest>& request, Call<SearchAnswer> call) {
+  return [in = InConversation(request),
+          asked = SearchFilters{request.keywords, request.msgtypes, request.fromids,
+                                request.atrelations},
+          call = std::move(call)](const biz::ResultCode& result, const biz::IMSearchPage& page) {
+    call.Finish(result, {in, page, asked});
+  };
+}
+
+ns_log::TraceSite CBridgeConversation::FetchSite(const CallBase& call) const {
+  return kind_.fetched_by ? ns_log::TraceSite{kind_.fetched_by} : call.site("RspFetchMsg");
+}
+
 biz::IMCallback<biz::IMMessagePage> CBridgeConversation::RspFetchMsg(
-    PageCall call, std::function<void(const biz::IMMessagePage&)> then) {
-  return [call = std::move(call), then = std::move(then)](const biz::ResultCode& result,
-                                                          const biz::IMMessagePage& page) {
-    if (!result.ok()) return call.Finish(result);
-    constexpr char kInner[] = "RspFetchMsg";
-    call.Trace(ns_log::kRoutine, L"response msgs.", kInner)
-        .Brief("_brief_,msgids", Joined(page.msgs, MsgIdText));
-    CheckSenders(page.msgs, call.site(kInner), L"rsp msg. fromid is invalid!!", kFetchedBrief);
+    PageCall call, std::function<void(const biz::IMMessagePage&)> then) const {
+  return [call, then = std::move(then), &kind = kind_, site = FetchSite(call)](
+             const biz::ResultCode& result, const biz::IMMessagePage& page) {
+    kind.trace_fetched(result, page.msgs, site);
     call.Finish(result, page);
-    if (then) then(page);
+    if (result.ok() && then) then(page);
   };
 }
 
@@ -43,10 +43,11 @@ void CBridgeConversation::GetRemoteHisMsg(const In<biz::IMPageRequest>& request,
                                           PageCall call) {
   const biz::IMMsgPosition from{request.msgtime, request.msgid};
   chat->GetRemoteHisMsg(
-      request, [call, from, cid = ConversationText(chat->GetCID()), answer = RspFetchMsg(call)](
-                   const biz::ResultCode& result, const biz::IMMessagePage& page) {
-        Mark(call.Trace(result.ok() ? ns_log::kRoutine : ns_log::kError, L"get remote msg rsp",
-                        "RspFetchMsg")
+      request,
+      [from, cid = ConversationText(chat->GetCID()), site = FetchSite(call),
+       answer = RspFetchMsg(call)](const biz::ResultCode& result, const biz::IMMessagePage& page) {
+        Mark(ns_log::CTraceProxy(result.ok() ? ns_log::kRoutine : ns_log::kError, site,
+                                 L"get remote msg rsp")
                  .Brief("_brief_,count", page.msgs.size()),
              {.node_name = "imsdk_get_remote_msg",
               .unique_id = base::UTF8ToWide(base::GenerateGUID()),
@@ -64,21 +65,15 @@ void CBridgeConversation::DeleteLocalMsg(const In<biz::IMDeleteRequest>& request
   chat->DeleteLocalMsg(request, std::move(call));
 }
 
-void CBridgeConversation::SearchDBMsg(const In<biz::IMSearchRequest>& request, Chat chat,
-                                      Call<SearchAnswer> call) {
-  chat->SearchMsg(request, AnswerSearch(request, std::move(call)));
-}
-
 void CBridgeConversation::SearchDBMsg2(const In<biz::IMSearchRequest>& request, ChatMgr mgr,
                                        Call<SearchAnswer> call) {
-  const biz::IMConversationID& cid = request.cid;
-  if (cid.user.empty() && cid.tribe.id == 0) {
+  if (NamesNone(request.cid)) {
     return mgr->SearchMsg(request, AnswerSearch(request, std::move(call)));
   }
   Chat chat;
-  const biz::ResultCode found = Find(cid, &chat);
+  const biz::ResultCode found = Find(request.cid, &chat);
   if (!found.ok()) return call.Refuse(found);
-  SearchDBMsg(request, std::move(chat), std::move(call));
+  Search<&biz::IIMConversation::SearchMsg>(request, std::move(chat), std::move(call));
 }
 
 void CBridgeConversation::SearchDBMsgCid(const SearchCidRequest& request, ChatMgr mgr,

@@ -15,23 +15,6 @@ namespace {
 
 constexpr wchar_t kEditFailed[] = L"EditImage failed!";
 
-// The engine's form of a body item. Content that is no Base64 is left out, and traced.
-biz::IMBodyItem ToEngine(const BodyItem& item, const CallBase& call) {
-  biz::IMBodyItem made{item.type, item.jvale, item.value, item.filepath, {}};
-  if (!base::Base64Decode(base::WideToUTF8(item.filecontent), &made.filecontent)) {
-    call.Trace(ns_log::kWarning, L"json").Brief("_brief_,it->filecontent", item.filecontent);
-    made.filecontent.clear();
-  }
-  return made;
-}
-
-biz::IMBody ToEngine(const std::vector<BodyItem>& items, const CallBase& call) {
-  std::vector<biz::IMBodyItem> body;
-  body.reserve(items.size());
-  for (const BodyItem& item : items) body.push_back(ToEngine(item, call));
-  return std::make_shared<const std::vector<biz::IMBodyItem>>(std::move(body));
-}
-
 // The engine's callback of a send.
 biz::IMCallback<> AnswerSend(Call<> call) {
   return [call = std::move(call)](const biz::ResultCode& result) { call.FinishSend(result); };
@@ -78,11 +61,29 @@ void SendToEach(biz::IIMChatMgr& mgr, const std::vector<biz::IMConversationID>& 
 
 }  // namespace
 
+biz::IMBody CBridgeConversation::ToEngine(const std::vector<BodyItem>& items,
+                                          const CallBase& call) const {
+  std::vector<biz::IMBodyItem> body;
+  body.reserve(items.size());
+  for (const BodyItem& it : items) {
+    biz::IMBodyItem made{it.type, it.jvale, it.value, it.filepath, {}};
+    const bool good = base::Base64Decode(base::WideToUTF8(it.filecontent), &made.filecontent);
+    if (!good) made.filecontent.clear();
+    if (!good || (kind_.traces_files && !it.filecontent.empty())) {
+      call.Trace(good ? ns_log::kRoutine : ns_log::kWarning, L"json")
+          .Brief("_brief_,it->filecontent", it.filecontent);
+    }
+    body.push_back(std::move(made));
+  }
+  return std::make_shared<const std::vector<biz::IMBodyItem>>(std::move(body));
+}
+
 void CBridgeConversation::Send(const In<SendMsgRequest>& request, bool autoreply, Chat chat,
-                               Call<> call) {
+                               Call<> call) const {
   chat->SendMsg({.body = ToEngine(request.msgbody, call),
                  .autosend = request.autosend,
-                 .autoreply = autoreply},
+                 .autoreply = autoreply,
+                 .tribeat = request.tribeat},
                 AnswerSend(call));
 }
 

@@ -6,7 +6,7 @@ ModuleTable MakeBridgeModules(const ModuleContext& context) {
   const auto no_methods = [&] { return std::make_shared<CBridgeBase>(context); };
   return {
       {L"im.singlemsg", MakeBridgeSingleMsg(context)},
-      {L"im.tribemsg", no_methods()},
+      {L"im.tribemsg", MakeBridgeTribeMsg(context)},
       {L"im.tribemgr", MakeBridgeTribeMgr(context)},
       {L"im.bizutil", no_methods()},
       {L"im.contact", no_methods()},

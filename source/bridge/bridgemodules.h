@@ -18,6 +18,7 @@ ModuleTable MakeBridgeModules(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeIMLogin(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeSingleMsg(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeTribeMgr(const ModuleContext& context);
+std::shared_ptr<CBridgeBase> MakeBridgeTribeMsg(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeVritualMsg(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeSysMsg(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeSubscribeMsg(const ModuleContext& context);

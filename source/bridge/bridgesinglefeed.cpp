@@ -4,6 +4,7 @@
 
 #include "imsdk/client/translation.h"
 #include "kexcore/kexcom.h"
+#include "source/bridge/conversationfeed.h"
 #include "source/bridge/conversationform.h"
 #include "source/bridge/jsparams/idtext.h"
 #include "source/bridge/sendercheck.h"
@@ -12,14 +13,6 @@
 namespace imsdk::bridge {
 namespace {
 
-using MsgsRow = Notification<MsgsNotify, SingleForm>;
-constexpr MsgsRow kOnReceiveNewMsg{L"onReceiveNewMsg", "New messages came."};
-constexpr MsgsRow kOnReceiveOfflineMsg{L"onReceiveOfflineMsg",
-                                       "Messages came that were sent while nobody was logged in."};
-constexpr MsgsRow kOnSendNewMsg{
-    L"onSendNewMsg", "Messages are being sent from this account, also on another device."};
-constexpr Notification<SendMsgStatusNotify> kOnSendMsgStatus{L"onSendMsgStatus",
-                                                             "A message was sent, or failed."};
 constexpr Notification<PeerInputNotify> kOnPeerInputNotify{L"onPeerInputNotify",
                                                            "The peer began or stopped typing."};
 constexpr Notification<biz::IMUserID> kOnShakeMsgNotify{L"onShakeMsgNotify",
@@ -30,34 +23,30 @@ constexpr Notification<TranslateSetting> kOnTranslateSettingNotify{
     L"onTranslateSettingNotify", "Translation was switched on or off."};
 constexpr Notification<biz::IMReadFlags, SingleForm> kOnFlagMyMsgReaded{
     L"onFlagMyMsgReaded", "The peer has read own messages."};
-constexpr Notification<WithdrawNotify, SingleForm> kOnMsgWithdrawNty{
-    L"onMsgWithdrawNty", "A message was taken back, by the peer or by this account."};
 
-constexpr const NotifyInfo* kRows[] = {
-    &kOnReceiveNewMsg,   &kOnReceiveOfflineMsg, &kOnSendNewMsg,         &kOnSendMsgStatus,
-    &kOnPeerInputNotify, &kOnShakeMsgNotify,    &kOnTranslateMsgNotify, &kOnTranslateSettingNotify,
-    &kOnFlagMyMsgReaded, &kOnMsgWithdrawNty};
+using Feed = ConversationFeed<SingleForm, "CBridgeSingleMsg">;
 
-using Users = std::vector<biz::IMUserID>;
-using Messages = std::vector<biz::IMMessage>;
+class SingleFeed final : public Feed {
+  static constexpr MsgsRow kOnReceiveOfflineMsg{L"onReceiveOfflineMsg", kOfflineSays};
 
-class SingleFeed final : public CAccountFeed {
  public:
-  explicit SingleFeed(RefPtr<biz::IIMAccount> account) : CAccountFeed(std::move(account), kRows) {}
+  static constexpr const NotifyInfo* kRows[] = {&kOnReceiveNewMsg,      &kOnReceiveOfflineMsg,
+                                                &kOnSendNewMsg,         &kOnSendMsgStatus,
+                                                &kOnPeerInputNotify,    &kOnShakeMsgNotify,
+                                                &kOnTranslateMsgNotify, &kOnTranslateSettingNotify,
+                                                &kOnFlagMyMsgReaded,    &kOnMsgWithdrawNty};
+
+  explicit SingleFeed(RefPtr<biz::IIMAccount> account) : Feed(std::move(account), kRows) {}
 
  private:
   void Update() override {
     if (!mgr_) {
       mgr_ = account().GetIMSingleChatMgr();
       biz::IMSingleChatEvents& raised = mgr_->Events();
-      Subscribe(raised.on_receive_new_msg, &SingleFeed::OnReceiveNewMsg);
-      Subscribe(raised.on_receive_offline_msg, &SingleFeed::OnReceiveOfflineMsg);
-      Subscribe(raised.on_send_new_msg, &SingleFeed::OnSendNewMsg);
-      Subscribe(raised.on_send_msg_status, &SingleFeed::OnSendMsgStatus);
+      SubscribeMsgs(raised);
       Subscribe(raised.on_peer_input, &SingleFeed::OnPeerInput);
       Subscribe(raised.on_shake_msg, &SingleFeed::OnShakeMsg);
       Subscribe(raised.on_flag_my_msg_readed, &SingleFeed::OnFlagMyMsgReaded);
-      Subscribe(raised.on_msg_withdraw, &SingleFeed::OnMsgWithdraw);
     }
     if (!translation_ && (translation_ = kexcore::GetService<client::ITranslationService>())) {
       Subscribe(translation_->Events().on_translated, &SingleFeed::OnTranslated);
@@ -70,21 +59,17 @@ class SingleFeed final : public CAccountFeed {
     CheckSenders(msgs, {function}, text, kEventBrief);
     Notify(row, MsgsNotify{&msgs});
   }
-  void OnReceiveNewMsg(const Users&, const Messages& msgs) {
+  void OnReceiveNewMsg(const Messages& msgs) override {
     NotifyMsgs(kOnReceiveNewMsg, msgs, "CBridgeSingleMsg::OnReceiveNewMsg",
                L"on receive msg. fromid is invalid!!");
   }
-  void OnReceiveOfflineMsg(bool, const Users&, const Messages& msgs) {
+  void OnReceiveOfflineMsg(const Messages& msgs) override {
     NotifyMsgs(kOnReceiveOfflineMsg, msgs, "CBridgeSingleMsg::OnReceiveOfflineMsg",
                L"on offline msg. fromid is invalid!!");
   }
-  void OnSendNewMsg(const Users&, const Messages& msgs) {
+  void OnSendNewMsg(const Messages& msgs) override {
     NotifyMsgs(kOnSendNewMsg, msgs, "CBridgeSingleMsg::OnSendNewMsg",
                L"on send msg. fromid is invalid!!");
-  }
-  void OnSendMsgStatus(const biz::IMUserID&, biz::IMMsgType type, std::int64_t msgid,
-                       std::int64_t svrtime, const biz::ResultCode& result) {
-    Notify(kOnSendMsgStatus, {Envelope(result), type, msgid, svrtime});
   }
   // An account that tells sub-accounts apart sees their whole nicks.
   void OnPeerInput(const biz::IMUserID& peer, biz::InputStatus status) {
@@ -106,10 +91,6 @@ class SingleFeed final : public CAccountFeed {
     }
     Notify(kOnFlagMyMsgReaded, {flags});
   }
-  void OnMsgWithdraw(const biz::IMUserID&, const biz::IMMsgWithdraw& withdraw,
-                     const biz::ResultCode& result) {
-    Notify(kOnMsgWithdrawNty, {Envelope(result), {withdraw}});
-  }
   void OnTranslated(const biz::IMUserID& owner, const std::wstring& msgid,
                     const std::wstring& text) {
     if (owner == account().GetSelfID()) Notify(kOnTranslateMsgNotify, {msgid, text});
@@ -122,7 +103,7 @@ class SingleFeed final : public CAccountFeed {
 
 }  // namespace
 
-constinit const NotifyList kSingleNotifications = kRows;
+constinit const NotifyList kSingleNotifications = SingleFeed::kRows;
 
 std::shared_ptr<CAccountFeed> MakeSingleFeed(RefPtr<biz::IIMAccount> account) {
   return std::make_shared<SingleFeed>(std::move(account));

@@ -19,7 +19,8 @@ class CBridgeSingleMsg final : public ConversationModule<SingleForm> {
   static constexpr Name kName = "CBridgeSingleMsg";
 
   explicit CBridgeSingleMsg(ModuleContext context)
-      : ConversationModule(std::move(context), kSingleNotifications, &MakeSingleFeed,
+      : ConversationModule(std::move(context), kPeerKind<&biz::IIMAccount::GetIMSingleChatMgr>,
+                           kSingleNotifications, &MakeSingleFeed,
                            {"CBridgeSingleMsg::OnAccountChanged", L"GetIMSingleChatMgr."}) {}
 
   std::span<const MethodRow> Methods() const override;

@@ -16,8 +16,8 @@ class CBridgeVritualMsg final : public ConversationModule<VirtualForm> {
   static constexpr Name kName = "CBridgeVritualMsg";
 
   explicit CBridgeVritualMsg(ModuleContext context)
-      : ConversationModule(std::move(context), {}, nullptr,
-                           {"CBridgeVritualMsg::OnAccountChanged", kLookUpText}) {}
+      : ConversationModule(std::move(context), kPeerKind<&biz::IIMAccount::GetIMVirtualChatMgr>, {},
+                           nullptr, {"CBridgeVritualMsg::OnAccountChanged", kLookUpText}) {}
   std::span<const MethodRow> Methods() const override;
 };
 

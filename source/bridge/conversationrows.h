@@ -31,7 +31,7 @@ struct ConversationRows {
   static constexpr MethodRow kGetUnreadCountInBulk = Row<M, "GetUnreadCountInBulk",
                                                          &Mgr::GetUnreadCounts>(
       "The unread counts of several conversations; of all that have messages if none is named.");
-  static constexpr MethodRow kSetMsgRead = Row<M, "SetMsgRead", &Chat::SetMsgRead>(
+  static constexpr MethodRow kSetMsgRead = Row<M, "SetMsgRead", &Base::SetMsgRead>(
       "Marks every message received so far as read; nobody else is told.");
   static constexpr MethodRow kGetReadedBoundary =
       Row<M, "GetReadedBoundary", &Chat::GetReadedBoundary>(
@@ -50,8 +50,8 @@ struct ConversationRows {
   static constexpr MethodRow kSearchMsgByID =
       Row<M, "SearchMsgByID", &Base::Fetch<&Chat::SearchMsgByID, biz::IMMsgRequest>>(
           "The message with this identifier.");
-  static constexpr MethodRow kSearchDBMsg =
-      Row<M, "SearchDBMsg", &Base::SearchDBMsg>("Searches the messages of a conversation.");
+  static constexpr MethodRow kSearchDBMsg = Row<M, "SearchDBMsg", &Base::Search<&Chat::SearchMsg>>(
+      "Searches the messages of a conversation.");
   static constexpr MethodRow kSearchDBMsg2 = Row<M, "SearchDBMsg2", &Base::SearchDBMsg2>(
       "Searches the messages of a conversation, or of all when none is named.");
   static constexpr MethodRow kSearchDBMsgCid = Row<M, "SearchDBMsgCid", &Base::SearchDBMsgCid>(

@@ -14,28 +14,27 @@
 namespace imsdk::bridge {
 namespace {
 
-constexpr NamedValue kEngineCodeValues[] = {
-    {biz::kEngineOk, "kEngineOk", "Success."},
-    {biz::kEngineNotLoggedIn, "kEngineNotLoggedIn", "The account is not logged in."},
-    {biz::kEngineUnknownUser, "kEngineUnknownUser", "There is no such user."},
-    {biz::kEngineWrongPassword, "kEngineWrongPassword", "The password is wrong."},
-    {biz::kEngineTokenExpired, "kEngineTokenExpired", "The token is unknown or too old."},
-    {biz::kEngineNoLink, "kEngineNoLink", "The server could not be reached."},
-    {biz::kEngineTimeout, "kEngineTimeout", "The server did not answer in time."},
-    {biz::kEngineTooLarge, "kEngineTooLarge", "The message or request is over the size limit."},
-    {biz::kEngineEmpty, "kEngineEmpty", "There is nothing to send."},
-    {biz::kEngineNotFound, "kEngineNotFound", "There is no such message or conversation."},
-    {biz::kEngineStorage, "kEngineStorage", "The local or the server's store failed."},
-    {biz::kEngineRefused, "kEngineRefused", "The server refuses: it is not allowed now."},
-    {biz::kEngineBusy, "kEngineBusy", "Too many operations of this account are open."},
-    {biz::kEngineUnsupported, "kEngineUnsupported", "The account's server cannot do this."},
-    {biz::kEnginePositionLost, "kEnginePositionLost",
-     "The server does not know any more how far the account had read."},
-    {biz::kEngineDamaged, "kEngineDamaged",
-     "A store was damaged, missing or behind what it was; a login that succeeds has this as its "
-     "subcode."},
+constexpr Values kEngineCode{
+    Value<biz::kEngineOk>("Success."),
+    Value<biz::kEngineNotLoggedIn>("The account is not logged in."),
+    Value<biz::kEngineUnknownUser>("There is no such user."),
+    Value<biz::kEngineWrongPassword>("The password is wrong."),
+    Value<biz::kEngineTokenExpired>("The token is unknown or too old."),
+    Value<biz::kEngineNoLink>("The server could not be reached."),
+    Value<biz::kEngineTimeout>("The server did not answer in time."),
+    Value<biz::kEngineTooLarge>("The message or request is over the size limit."),
+    Value<biz::kEngineEmpty>("There is nothing to send."),
+    Value<biz::kEngineNotFound>("There is no such message or conversation."),
+    Value<biz::kEngineStorage>("The local or the server's store failed."),
+    Value<biz::kEngineRefused>("The server refuses: it is not allowed now."),
+    Value<biz::kEngineBusy>("Too many operations of this account are open."),
+    Value<biz::kEngineUnsupported>("The account's server cannot do this."),
+    Value<biz::kEnginePositionLost>(
+        "The server does not know any more how far the account had read."),
+    Value<biz::kEngineDamaged>(
+        "A store was damaged, missing or behind what it was; a login that succeeds has this as its "
+        "subcode."),
 };
-constexpr ValueSet kEngineCode{"EngineCode", kEngineCodeValues};
 
 constexpr NamedValue kComponentCodeValues[] = {
     {E_NOTIMPL, "E_NOTIMPL", "The module does not have the method."},
@@ -101,7 +100,8 @@ class Describer {
   void NameWhole(const TypeInfo& type);
   // Good as long as the describer.
   const std::string& NameOf(const TypeInfo& type, Use use);
-  bool IsTaken(const std::string& name) const;
+  // Who has the name; null when nobody.
+  const Component* Taker(const std::string& name) const;
 
   void Key(std::string_view key) { json_.Key(key); }
   void Text(std::string_view text) { json_.String(base::UTF8ToWide(text)); }
@@ -152,21 +152,24 @@ const std::string& Describer::NameOf(const TypeInfo& type, Use use) {
   if (known) return known->name;
 
   // The first path that has a record gives it the plain name; another shape of the same name is
-  // named after its own path.
+  // named after its own path, but a request beside the record of answers is named as one.
   const bool whole = use == Use::kWhole;
   const char* const suffix = whole || type.name.ends_with("Request") ? "" : "Request";
   std::string name(type.name);
-  for (int tried = 1; IsTaken(name); ++tried) {
-    name = tried == 1 ? "" : PathWord(path_);
+  const Component* taker = Taker(name);
+  if (taker && taker->whole) name += suffix;
+  for (int tried = 1; Taker(name); ++tried) {
+    name = PathWord(path_);
     name += type.name;
-    name += suffix;
+    if (tried > 1) name += suffix;
     if (tried > 2) name += std::to_string(tried);
   }
   return records_.emplace_back(Component{std::move(name), &type, whole, path_}).name;
 }
 
-bool Describer::IsTaken(const std::string& name) const {
-  return std::ranges::any_of(records_, [&](const auto& record) { return record.name == name; });
+const Describer::Component* Describer::Taker(const std::string& name) const {
+  const auto taker = std::ranges::find(records_, name, &Component::name);
+  return taker == records_.end() ? nullptr : &*taker;
 }
 
 void Describer::Ref(std::string_view name) {

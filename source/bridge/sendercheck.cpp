@@ -14,6 +14,8 @@ bool SameMainAccount(const biz::IMUserID& a, const biz::IMUserID& b) {
   return a.appkey == b.appkey && MainNick(a.nick) == MainNick(b.nick);
 }
 
+constexpr char kFetchedBrief[] = "_brief_,it->cid, it->toid, it->fromid, it->msgtime";
+
 }  // namespace
 
 std::wstring_view MainNick(std::wstring_view nick) {
@@ -37,6 +39,18 @@ void CheckSender(const biz::IMMessage& msg, const ns_log::TraceSite& site, std::
 void CheckSenders(const std::vector<biz::IMMessage>& msgs, const ns_log::TraceSite& site,
                   std::wstring_view text, const char* brief) {
   for (const biz::IMMessage& msg : msgs) CheckSender(msg, site, text, brief);
+}
+
+void CheckNewMsgs(const std::vector<biz::IMMessage>& msgs, const ns_log::TraceSite& site) {
+  CheckSenders(msgs, site, L"new msg. fromid is invalid!!", kFetchedBrief);
+}
+
+void CheckFetchedMsgs(const biz::ResultCode& result, const std::vector<biz::IMMessage>& msgs,
+                      const ns_log::TraceSite& site) {
+  if (!result.ok()) return;
+  ns_log::CTraceProxy(ns_log::kRoutine, site, L"response msgs.")
+      .Brief("_brief_,msgids", MsgIdsText(msgs));
+  CheckSenders(msgs, site, L"rsp msg. fromid is invalid!!", kFetchedBrief);
 }
 
 }  // namespace imsdk::bridge

@@ -23,8 +23,13 @@ void CheckSender(const biz::IMMessage& msg, const ns_log::TraceSite& site, std::
 void CheckSenders(const std::vector<biz::IMMessage>& msgs, const ns_log::TraceSite& site,
                   std::wstring_view text, const char* brief);
 
-// How traces name what identifies a message that was fetched, and one that came by an event.
-inline constexpr char kFetchedBrief[] = "_brief_,it->cid, it->toid, it->fromid, it->msgtime";
+// Checks new messages on their way to the page.
+void CheckNewMsgs(const std::vector<biz::IMMessage>& msgs, const ns_log::TraceSite& site);
+// Traces and checks what a fetch brought, if it did.
+void CheckFetchedMsgs(const biz::ResultCode& result, const std::vector<biz::IMMessage>& msgs,
+                      const ns_log::TraceSite& site);
+
+// How traces name what identifies a message that came by an event.
 inline constexpr char kEventBrief[] = "_brief_,msg.cid, msg.toid, msg.fromid, msg.msgtime";
 
 }  // namespace imsdk::bridge

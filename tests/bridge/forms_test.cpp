@@ -1,13 +1,13 @@
-// Forms of records that modules may use, and a form of conversation: tribes.
+// Forms of records that modules may use.
 
 #include <gtest/gtest.h>
 
 #include "kexbase/json_reader.h"
 #include "kexbase/json_writer.h"
 #include "kexcom/result.h"
-#include "source/bridge/conversationform.h"
-#include "source/bridge/conversationrows.h"
+#include "source/bridge/bridgemodules.h"
 #include "source/bridge/description.h"
+#include "source/bridge/methodtable.h"
 #include "tests/support/memory_engine.h"
 #include "tests/support/test_host.h"
 
@@ -77,38 +77,12 @@ struct Record<Users> {
 
 namespace {
 
-// What im.tribemsg will say of itself: the identifier, its message list.
-struct TribeForm : PlainForm {
-  static constexpr biz::IMCIDType kType = biz::kCIDTribe;
-  static constexpr auto kIdFields = FieldList(Field(
-      "tribeid", Path(&InConversation::cid, &biz::IMConversationID::tribe, &biz::IMTribeID::id),
-      "The tribe."));
-  static constexpr auto kId = FieldList(
-      Field("tribeid", Path(&biz::IMConversationID::tribe, &biz::IMTribeID::id), "The tribe."));
-  static RefPtr<biz::IIMChatMgr> ChatMgrOf(biz::IIMAccount& account) {
-    return account.GetIMTribeChatMgr();
-  }
-};
-
-}  // namespace
-
-template <>
-struct FormRecord<biz::IMMessage, TribeForm> {
-  using R = biz::IMMessage;
-  static constexpr auto kFields =
-      FieldList(Field("msgid", &R::msgid, kMsgIdSays), Field("msgtime", &R::msgtime, kMsgTimeSays),
-                Field("cid", &R::cid, kCidSays), Field("fromid", &R::fromid, kFromIdSays),
-                Field("msgtype", &R::msgtype, kMsgTypeSays, &kMsgType),
-                Field("msgbody", &R::msgbody, "Text."));
-};
-
-namespace {
-
-class TribeModule final : public ConversationModule<TribeForm> {
+class FormModule final : public CBridgeBase {
  public:
-  static constexpr Name kName = "CBridgeTribeMsg";
+  using Form = PlainForm;
+  static constexpr Name kName = "CFormModule";
   static constexpr RowTexts kTexts{.invalid = L"invalid"};
-  using ConversationModule::ConversationModule;
+  using CBridgeBase::CBridgeBase;
   std::span<const MethodRow> Methods() const override;
 
   void GetFile(const Users& request, Call<File> call) {
@@ -120,83 +94,30 @@ class TribeModule final : public ConversationModule<TribeForm> {
   }
 };
 
-using Rows = ConversationRows<TribeModule>;
 constexpr MethodRow kMethods[] = {
-    Rows::kGetNewMsg,
-    Rows::kGetUnreadCountInBulk,
-    With({.input = L"discard", .invalid = L"invalid!"}, Rows::kDeleteLocalMsg),
-    Rows::kSearchDBMsg,
-    Rows::kForwardChatMsg,
-    Rows::kGetMsgPicture<"GetMsgPictures">,
-    Row<TribeModule, "SendNormalTribeMsg", &TribeModule::SendMsg<false>>("Sends a message."),
-    Row<TribeModule, "GetFile", &TribeModule::GetFile>("A file."),
-    Row<TribeModule, "GetTexts", &TribeModule::GetTexts>("Texts.",
-                                                         {.unreadable = L"PARAM ERROR, JSON:"}),
+    Row<FormModule, "GetFile", &FormModule::GetFile>("A file."),
+    Row<FormModule, "GetTexts", &FormModule::GetTexts>("Texts.",
+                                                       {.unreadable = L"PARAM ERROR, JSON:"}),
 };
-std::span<const MethodRow> TribeModule::Methods() const { return kMethods; }
+std::span<const MethodRow> FormModule::Methods() const { return kMethods; }
 
-class TribeForms : public ::testing::Test {
+class Forms : public ::testing::Test {
  protected:
-  TribeForms()
+  Forms()
       : host([](ModuleTable& modules, const ModuleContext& context) {
-          modules[L"im.tribemsg"] = std::make_shared<TribeModule>(context);
-        }),
-        tribe(engine.Account().tribe_chats->Chat(biz::IMConversationID(biz::IMTribeID{10001}))) {
+          modules[L"im.bizutil"] = std::make_shared<FormModule>(context);
+        }) {
     host.Bind(test::kHarbor);
   }
   std::wstring Payload(const std::wstring& method, const std::wstring& json) {
-    return host.Call(L"im.tribemsg", method, json).payload;
-  }
-  static std::wstring Answer(const std::wstring& keys) {
-    return LR"({"code":0,"subcode":0,"result":"success",)" + keys + L"}";
+    return host.Call(L"im.bizutil", method, json).payload;
   }
 
   test::MemoryEngine engine;
   test::TestHost host;
-  test::MemoryConversation& tribe;
 };
 
-TEST_F(TribeForms, ServeTribesByTheSameHandlers) {
-  tribe.page.msgs = {test::MakeMessage(5, test::kLighthouse, {}, L"hello")};
-  tribe.page.msgs[0].cid = tribe.GetCID();
-  tribe.unread = 2;
-  EXPECT_EQ(Payload(L"GetNewMsg", LR"({"tribeid":"10001","count":3})"),
-            Answer(LR"("outofcache":0,"msgs":[{"msgid":"5","msgtime":"1700000000005",)"
-                   LR"("cid":{"tribeid":"10001"},"fromid":{"appkey":"cnbazaro",)"
-                   LR"("nick":"lighthouse"},"msgtype":0,"msgbody":"hello"}])"));
-  EXPECT_EQ(tribe.last_request.count, 3);
-  EXPECT_EQ(host.log->Lines(L"window is NOT visible and BeActived!!").at(0).items.at("userid"),
-            L"10001");
-  EXPECT_EQ(Payload(L"GetUnreadCountInBulk", LR"({"cids":[{"tribeid":"10001"}]})"),
-            Answer(LR"("unreads":[{"cid":{"tribeid":"10001"},"count":2}])"));
-  EXPECT_EQ(Payload(L"SearchDBMsg", LR"({"tribeid":"10001","keywords":["a"]})"),
-            Answer(LR"("tribeid":"10001","keywords":["a"],"msgtypes":[],"currentpage":0,)"
-                   LR"("totalpage":0,"totalcount":0,"msgs":[])"));
-  EXPECT_TRUE(
-      Payload(L"SendNormalTribeMsg", LR"({"tribeid":"10001","msgbody":[{"type":0,"value":"hi"}]})")
-          .starts_with(LR"({"code":0)"));
-  EXPECT_EQ(tribe.sent.at(0).value, L"hi");
-  Payload(L"ForwardChatMsg", LR"({"cids":[{"tribeid":"10001"}],"msgid":"9"})");
-  EXPECT_EQ(tribe.sent_request.forward_msgid, 9);
-  Payload(L"GetMsgPicture", LR"({"tribeid":"10001"})");
-  EXPECT_EQ(host.log->Lines(L"GetMsgPicture").at(0).function, "CBridgeTribeMsg::GetMsgPictures");
-}
-
-TEST_F(TribeForms, HaveTheirOwnTexts) {
-  const std::wstring invalid = LR"({"code":-2147024809,"subcode":0,"result":"invalid"})";
-  EXPECT_EQ(Payload(L"GetNewMsg", L"{oops"), invalid);
-  EXPECT_TRUE(Payload(L"DeleteLocalMsg", LR"({"tribeid":"10001"})").ends_with(LR"("invalid!"})"));
-  EXPECT_EQ(host.log->Lines(L"discard").size(), 1u);
-  EXPECT_EQ(Payload(L"GetTexts", L"[oops"), invalid);
-  EXPECT_EQ(host.log->Lines(L"PARAM ERROR, JSON:").at(0).items.at("jsonStr"), L"[oops");
-  // A user's name is no tribe.
-  for (const wchar_t* json : {L"{}", LR"({"tribeid":10001})", LR"({"tribeid":"7"})",
-                              LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"}})"}) {
-    EXPECT_TRUE(Payload(L"GetNewMsg", json).ends_with(LR"("GetConversation failed!!"})")) << json;
-  }
-}
-
-TEST_F(TribeForms, BareListsAreCheckedAndAnswersMayStandUnderResult) {
+TEST_F(Forms, BareListsAreCheckedAndAnswersMayStandUnderResult) {
   for (const wchar_t* json : {L"{}", L"7", L"\"x\"", L"null", L"[oops"}) {
     EXPECT_EQ(Payload(L"GetFile", json), LR"({"code":-2147024809,"subcode":0,"result":"invalid"})");
     EXPECT_EQ(Payload(L"GetTexts", json).find(L"texts"), std::wstring::npos) << json;
@@ -206,8 +127,9 @@ TEST_F(TribeForms, BareListsAreCheckedAndAnswersMayStandUnderResult) {
   EXPECT_EQ(Payload(L"GetFile", LR"([7,{"appkey":"a","nick":"n"}])"),
             LR"({"code":0,"subcode":0,"result":{"owner":{"appkey":"a","nick":"n"},)"
             LR"("size":4000000000,"path":"","changes":[]}})");
-  EXPECT_EQ(kMethods[7].request->item->kind, JsonKind::kRecord);
-  EXPECT_TRUE(kMethods[7].answer->under_result);
+  EXPECT_EQ(host.log->Lines(L"PARAM ERROR, JSON:").back().items.at("jsonStr"), L"[oops");
+  EXPECT_EQ(kMethods[0].request->item->kind, JsonKind::kRecord);
+  EXPECT_TRUE(kMethods[0].answer->under_result);
 }
 
 TEST(RecordForms, AreReadAndWrittenBack) {
@@ -264,7 +186,7 @@ TEST(Description, NamesShapesOfOneRecordApart) {
   base::MessageLoop loop;
   const ModuleContext context{std::make_shared<PageChannel>(nullptr, loop.task_runner()), {}, {}};
   ModuleTable modules = MakeBridgeModules(context);
-  modules[L"im.tribemsg"] = std::make_shared<TribeModule>(context);
+  modules[L"im.bizutil"] = std::make_shared<FormModule>(context);
   const auto document =
       base::JSONReader::Read(base::WideToUTF8(ProtocolDescription(modules, L"1")));
   ASSERT_TRUE(document);
@@ -283,7 +205,7 @@ TEST(Description, NamesShapesOfOneRecordApart) {
   EXPECT_EQ(schema("EmotionTextRequest/required"), "");
 
   std::string methods = JsonAt(*document, "methods");
-  const auto method = methods.find(R"({"name":"im.tribemsg.GetFile")");
+  const auto method = methods.find(R"({"name":"im.bizutil.GetFile")");
   ASSERT_NE(method, std::string::npos);
   methods = methods.substr(method, methods.find(R"("message":"invalid"})", method) - method);
   EXPECT_NE(methods.find(R"({"type":"array","items":)" + to + R"(IMUserID"}})"), std::string::npos)

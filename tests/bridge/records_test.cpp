@@ -93,6 +93,21 @@ TEST(JsonText, BrokenUnicodeBecomesReplacementCharacters) {
   }
 }
 
+// Around the sizes at which a long text moves out of the buffer that is kept.
+TEST(JsonText, LongListsAndTextsStayWhole) {
+  for (const std::size_t length : {100, 262'143, 262'144, 600'000}) {
+    std::vector<std::wstring> texts(1000, std::wstring(length / 1000, L'a'));
+    texts.push_back(std::wstring(length, L'b'));
+    JsonText json;
+    WriteItems<PlainForm>(json, texts);
+    const auto value = base::JSONReader::Read(base::WideToUTF8(json.Take()));
+    ASSERT_TRUE(value && value->GetIfList());
+    std::vector<std::wstring> read;
+    ReadItems<PlainForm>(*value->GetIfList(), &read);
+    EXPECT_EQ(read, texts);
+  }
+}
+
 TEST(SecretFree, MasksWhatWasReadAndNothingElse) {
   const std::wstring gone = L" characters that are no JSON";
   const struct {
@@ -109,7 +124,10 @@ TEST(SecretFree, MasksWhatWasReadAndNothingElse) {
       {LR"({"x":"{\"token\":\"t\"}","y":" [\"{\\\"p\\u0061ssword\\\":1}\"]"})",
        LR"({"x":"{\"token\":\"***\"}","y":"[\"{\\\"password\\\":\\\"***\\\"}\"]"})"},
       {LR"("\"{\\\"token\\\":1}\"")", LR"("\"{\\\"token\\\":\\\"***\\\"}\"")"},
-      {LR"({ "x" : "password", "y":"{token", "Token":"t" })", L""},
+      {LR"({ "x" : "password", "y":"{token", "pass":"t" })", L""},
+      {LR"({"PassWord":"p","auth_TOKEN":1,"oldPasswd":[2],"x":{"joinPwd":"q","clientSecret":""}})",
+       LR"({"PassWord":"***","auth_TOKEN":"***","oldPasswd":"***","x":{"joinPwd":"***",)"
+       LR"("clientSecret":"***"}})"},
       {LR"("token")", L""},
       {L"", L""},
       {LR"({"s\u0074r":["p"],"x":"{\"str\":1}","tribeid":"1"})",

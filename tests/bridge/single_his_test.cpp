@@ -2,76 +2,30 @@
 
 #include "imsdk/client/dynamic_content.h"
 #include "imsdk/client/translation.h"
-#include "tests/bridge/single_msg_fixture.h"
+#include "tests/bridge/chat_fixture.h"
 
 namespace imsdk::test {
 namespace {
 
-std::wstring Answer(const std::wstring& keys) {
-  return LR"({"code":0,"subcode":0,"result":"success",)" + keys + L"}";
-}
-
-TEST_F(SingleMsg, AnswersHaveTheirKeysInOrder) {
-  chat.position = {5, 6};
-  chat.found.totalcount = 21;
-  chat.found.totalpage = 3;
-  chat.found.currentpage = 2;
-  chat.pictures = {{{L"7_0", L"files/a.png", 7, 0, 70, kLighthouse, kHarbor, L"x"}}};
+TEST_F(SingleMsg, AnswersOfItsOwnHaveTheirKeysInOrder) {
   const std::wstring lighthouse = LR"({"appkey":"cnbazaro","nick":"lighthouse"})";
-  const struct {
-    const wchar_t* method;
-    std::wstring request;
-    std::wstring keys;
-  } cases[] = {
-      {L"GetReadedBoundary", kCid, LR"("msgtime":"5","msgid":"6")"},
-      {L"DeleteLocalMsg", WithCid(LR"("msgids":["1","2"])"), LR"("count":2)"},
-      {L"DeleteLocalMsg", WithCid(LR"("all":1)"), LR"("count":100)"},
-      {L"GetFlagsMyMsgReaded", WithCid(LR"("msgids":["3"])"),
-       LR"("items":[{"cid":)" + lighthouse + LR"(,"msgid":"3","msgtime":"4","readflag":1}])"},
-      {L"SearchDBMsg", WithCid(LR"("keywords":["a b"],"msgtypes":[0],"needpage":1,"page":2)"),
-       LR"("cid":)" + lighthouse +
-           LR"(,"keywords":["a b"],"msgtypes":[0],"currentpage":2,"totalpage":3,"totalcount":21,)"
-           LR"("msgs":[])"},
-      {L"SearchDBMsg2", L"{}",
-       LR"("cid":{"appkey":"","nick":""},"keywords":[],"msgtypes":[],"currentpage":0,)"
-       LR"("totalpage":0,"totalcount":0,"msgs":[])"},
-      {L"SearchDBMsgCid", LR"({"msgtypes":[1,2]})",
-       LR"("msgtypes":[1,2],"cids":[)" + lighthouse + L"]"},
-      {L"GetMsgPicture", WithCid(LR"("pictureid":"8_1","btime":"3","count":4)"),
-       LR"("pictures":[{"pictureid":"7_0","url":"files/a.png","msgid":"7","index":0,)"
-       LR"("mgstime":"70","fromid":)" +
-           lighthouse + LR"(,"toid":{"appkey":"cnbazaro","nick":"harbor"},"extInfo":"x"}])"},
-      {L"RoamMsg", WithCid(LR"("btime":"3","etime":"9","count":4)"),
-       LR"("roamedcount":9,"affectcount":7)"},
-      {L"GetTranslateSetting", L"{}", LR"("enable":0)"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(Payload(c.method, c.request), Answer(c.keys)) << c.method;
-  EXPECT_EQ(chat.last_search.keywords, std::vector<std::wstring>{L"a b"});
-  EXPECT_TRUE(chat.last_search.needpage);
-  EXPECT_EQ(chat.last_pictures.pictureid, L"8_1");
-  EXPECT_EQ(chat.last_pictures.btime, 3);
-  EXPECT_EQ(chat.last_roam.etime, 9);
-  EXPECT_TRUE(Payload(L"DeleteLocalMsg", kCid).ends_with(LR"("invalid!"})"));
-}
-
-TEST_F(SingleMsg, RequestsWithoutKeysInTheAnswerReachTheEngine) {
-  const std::wstring one = WithCid(LR"("msgid":"11","msgids":["11"])");
-  for (const wchar_t* method : {L"DoChatMsgWithdraw", L"SetFlagsPeerMsgReaded"}) {
-    chat.msgids.clear();
-    EXPECT_EQ(Payload(method, one), kSuccess);
-    EXPECT_EQ(chat.msgids, std::vector<std::int64_t>{11}) << method;
-  }
-  chat.result = {biz::kEngineRefused, 0, L"too late"};
-  EXPECT_EQ(Payload(L"DoChatMsgWithdraw", one), LR"({"code":-11,"subcode":0,"result":"too late"})");
-  chat.result = {};
-  EXPECT_EQ(Payload(L"SetRoamStatus", LR"({"roamstatus":1})"), kSuccess);
-  EXPECT_EQ(Payload(L"GetRoamStatus", L"{}"), Answer(LR"("opentime":"77","roamstatus":1)"));
-  EXPECT_EQ(Payload(L"SetNewMsgMaxCache", LR"({"maxmsgcount":-5})"), kSuccess);
-  EXPECT_EQ(engine.Chats().max_cache, -5);  // the engine's to judge
-  Payload(L"SetNewMsgMaxCache", L"{oops");
-  EXPECT_EQ(engine.Chats().max_cache, -5);
+  chat.found.totalcount = 21;
+  EXPECT_EQ(Payload(L"SearchDBMsg", WithCid(LR"("keywords":["a"],"fromids":[{"nick":"x"}])")),
+            Answer(LR"("cid":)" + lighthouse +
+                   LR"(,"keywords":["a"],"msgtypes":[],"currentpage":0,"totalpage":0,)"
+                   LR"("totalcount":21,"msgs":[])"));
+  EXPECT_TRUE(chat.last_search.fromids.empty());  // there is but one
+  EXPECT_EQ(Payload(L"GetFlagsMyMsgReaded", WithCid(LR"("msgids":["3"])")),
+            Answer(LR"("items":[{"cid":)" + lighthouse +
+                   LR"(,"msgid":"3","msgtime":"4","readflag":1}])"));
+  EXPECT_EQ(Payload(L"SetFlagsPeerMsgReaded", WithCid(LR"("msgids":["11"])")), kSuccess);
+  EXPECT_EQ(chat.msgids, std::vector<std::int64_t>{11});
+  EXPECT_EQ(Payload(L"GetTranslateSetting", L"{}"), Answer(LR"("enable":0)"));
   EXPECT_EQ(Payload(L"AddAudio2textSettingRemind", kCid), kSuccess);
   EXPECT_FALSE(chat.note.empty());
+  chat.result = {biz::kEngineRefused, 0, L"too late"};
+  EXPECT_EQ(Payload(L"DoChatMsgWithdraw", kCid),
+            LR"({"code":-11,"subcode":0,"result":"too late"})");
 }
 
 TEST_F(SingleMsg, FetchedMessagesAreTracedAndChecked) {

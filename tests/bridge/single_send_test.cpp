@@ -3,42 +3,12 @@
 #include <random>
 
 #include "imsdk/client/emotion_list.h"
-#include "imsdk/client/picture_editor.h"
 #include "kexbase/message_body.h"
 #include "source/bridge/emotiontext.h"
-#include "tests/bridge/single_msg_fixture.h"
+#include "tests/bridge/chat_fixture.h"
 
 namespace imsdk::test {
 namespace {
-
-TEST_F(SingleMsg, SendsBodyItemsInOrderAndReportsTheStatus) {
-  const std::wstring request =
-      LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},"autosend":1,"msgbody":[)"
-      LR"({"type":0,"value":"hi","jvale":"{\"k\":1}"},)"
-      LR"({"type":1,"filepath":"a.png","filecontent":"AAEC"},{"type":1,"filecontent":"A"}]})";
-  EXPECT_EQ(host.Call(kPath, L"SendNormalChatMsg", request).payload,
-            LR"({"code":0,"subcode":0,"result":"success"})");
-  ASSERT_EQ(chat.sent.size(), 3u);
-  EXPECT_EQ(chat.sent[0].value, L"hi");
-  EXPECT_EQ(chat.sent[0].jvale, L"{\"k\":1}");
-  EXPECT_EQ(chat.sent[1].filepath.value(), L"a.png");
-  EXPECT_EQ(chat.sent[1].filecontent, std::string("\0\1\2", 3));
-  EXPECT_EQ(chat.sent[2].filecontent, "");
-  EXPECT_TRUE(chat.sent_request.autosend);
-  const auto traced = host.log->Lines(L"json");
-  ASSERT_EQ(traced.size(), 1u);
-  EXPECT_EQ(traced[0].items.at("it->filecontent"), L"A");
-
-  chat.send_status = 3;
-  const auto taken = host.Call(kPath, L"SendNormalChatMsg", request);
-  EXPECT_EQ(taken.payload, LR"({"code":3,"subcode":0,"result":"success"})");
-  EXPECT_FALSE(taken.failed);
-  chat.send_status = -7;
-  const auto refused = host.Call(kPath, L"SendNormalChatMsg", kCid);
-  EXPECT_EQ(refused.payload, LR"({"code":-7,"subcode":0,"result":"failed"})");
-  EXPECT_TRUE(refused.failed);
-  EXPECT_TRUE(chat.sent.empty());  // an empty body is the engine's to judge
-}
 
 TEST_F(SingleMsg, BroadcastReachesEveryoneAndReportsTheFirstRefusal) {
   auto& mariner = engine.Chats().Chat(biz::IMUserID{L"cnbazaro", L"mariner"});
@@ -83,20 +53,6 @@ TEST_F(SingleMsg, BroadcastIsAnsweredOnceWhenAllSendsAre) {
   open.clear();  // an engine that stops
   ASSERT_EQ(host.page.answers.size(), 1u);
   EXPECT_TRUE(host.page.answers[0].failed);
-}
-
-TEST_F(SingleMsg, AutoRepliesAndFastResends) {
-  host.Call(kPath, L"SendAutoReplyMsg", kCid);
-  EXPECT_TRUE(chat.sent_request.autoreply);
-  EXPECT_FALSE(chat.sent_request.autosend);
-  for (const auto& [method, msgid] :
-       {std::pair{L"ReSendChatMsg", 11}, std::pair{L"FastReSendChatMsg", 12}}) {
-    host.Call(kPath, method,
-              LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},"msgid":")" +
-                  std::to_wstring(msgid) + L"\"}");
-    EXPECT_EQ(chat.msgids, std::vector<std::int64_t>{msgid});
-    EXPECT_EQ(chat.at_once, msgid == 12);
-  }
 }
 
 class Emotions final : public RefPtrCounted<client::IEmotionListService> {
@@ -148,59 +104,10 @@ TEST_F(SingleMsg, TypedTextArrivesAsItIsWithAndWithoutEmotions) {
   }
 }
 
-TEST_F(SingleMsg, ForwardingNamesTheMessage) {
-  const std::wstring request =
-      LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"}],"msgid":"9","msgtype":1})";
-  EXPECT_EQ(Payload(L"ForwardChatMsg", request), kSuccess);
-  EXPECT_EQ(chat.sent_request.forward_msgid, 9);
-  EXPECT_EQ(chat.sent_request.forward_msgtype, biz::kMsgPicture);
-  chat.send_status = biz::kEngineNotFound;
-  EXPECT_EQ(Payload(L"ForwardChatMsg", request), LR"({"code":-9,"subcode":0,"result":"failed"})");
-}
-
-// Edits "good.png" only.
-class Editor final : public RefPtrCounted<client::IPictureEditorService> {
- public:
-  void EditImage(const base::FilePath& file, const std::wstring& md5,
-                 client::IMEditCallback done) override {
-    if (file.value() != L"good.png") return done({biz::kEngineNotFound, 0, L"why"}, {});
-    done({}, base::FilePath(L"edited-" + md5));
-  }
-};
-
-TEST_F(SingleMsg, EditedPicturesAreSentToEveryoneOrRefused) {
-  const std::wstring good =
-      LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"}],"fileMD5":"m","filepath":"good.png"})";
-  const std::wstring no_editor = Payload(L"EditPic2SendMsg", good);
-  EXPECT_EQ(no_editor, LR"({"code":-2147418113,"subcode":0,"result":"EditImage failed!"})");
-
-  const Registered<client::IPictureEditorService> editor(RefPtr(new Editor));
-  const struct {
-    std::wstring request;
-    const wchar_t* result;
-  } refused[] = {
-      {L"{}", L"invalid filepath"},
-      {LR"({"cids":[{"appkey":"cnbazaro","nick":""}],"filepath":"good.png"})", L"IsInvalid cid"},
-      {LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"}],"filepath":"bad.png"})",
-       L"EditImage failed!"},
-      {LR"({"filepath":"good.png"})", L"failed"},
-  };
-  for (const auto& c : refused) {
-    EXPECT_TRUE(
-        Payload(L"EditPic2SendMsg", c.request).ends_with(std::wstring(L"\"") + c.result + L"\"}"))
-        << c.result;
-  }
-  EXPECT_EQ(host.log->Lines(L"IsInvalid cid").at(0).items.at("cid"), L"cnbazaro");
-  EXPECT_TRUE(chat.sent.empty());
-
-  EXPECT_EQ(Payload(L"EditPic2SendMsg", good), kSuccess);
-  ASSERT_EQ(chat.sent.size(), 1u);
-  EXPECT_EQ(chat.sent[0].type, biz::kMsgPicture);
-  EXPECT_EQ(chat.sent[0].filepath.value(), L"edited-m");
-  EXPECT_EQ(host.log->Lines(L"EditImage").back().items.at("vecCIDs"), L"cnbazarolighthouse");
-}
-
-TEST_F(SingleMsg, AutomaticRepliesAreShielded) {
+TEST_F(SingleMsg, AutomaticRepliesAreSentAndShielded) {
+  host.Call(kPath, L"SendAutoReplyMsg", kCid);
+  EXPECT_TRUE(chat.sent_request.autoreply);
+  EXPECT_FALSE(chat.sent_request.autosend);
   EXPECT_EQ(Payload(L"ShieldAutoReply", WithCid(LR"("setignore":1)")), kSuccess);
   EXPECT_TRUE(chat.ignored);
   Payload(L"ShieldAutoReply", kCid);

@@ -7,7 +7,7 @@
 #include "kexbase/json_reader.h"
 #include "kexcom/result.h"
 #include "source/bridge/bridgemodules.h"
-#include "tests/bridge/single_msg_fixture.h"
+#include "tests/bridge/chat_fixture.h"
 
 namespace imsdk::test {
 namespace {
@@ -161,8 +161,8 @@ TEST(Tables, EveryBadRequestIsAnsweredOnce) {
         ExpectFailureTraced(host, row, answer);
         EXPECT_EQ(
             answer.payload.starts_with(LR"({"code":-2147024809,)") &&
-                host.log->Lines(row.texts.unreadable ? row.texts.unreadable : L"invalid!").size() ==
-                    1,
+                host.log->Lines(row.texts.unreadable ? row.texts.unreadable : row.texts.invalid)
+                        .size() == 1,
             keys && !request.readable);
         const bool enough = kNeedNothing.contains(row.name) && (request.readable || !keys);
         EXPECT_EQ(!answer.failed, enough) << answer.payload;
@@ -177,6 +177,7 @@ TEST(Tables, EveryGoodRequestIsAnsweredOnce) {
       for (const bool logged_in : {true, false}) {
         MemoryEngine engine;
         engine.Account().virtual_chats->Chat(biz::IMUserID{L"lighthouse", L"lighthouse"});
+        engine.Account().Chat(biz::IMConversationID(biz::IMTribeID{7}));
         TestHost host;
         host.Bind(logged_in ? kHarbor : biz::IMUserID());
         const Delivery answer =
@@ -218,6 +219,13 @@ TEST(Tables, RoutedModulesHaveTheirMethodsInOrder) {
   EXPECT_EQ(tribe[16], "KickTribeMember");
   EXPECT_EQ(tribe[36], "InitTribe");
   EXPECT_EQ(tribe.back(), "GetEnableTribeNum");
+  const auto messages = names(L"im.tribemsg");
+  ASSERT_EQ(messages.size(), 37u);
+  EXPECT_EQ(messages.front(), "GetNewMsg");
+  EXPECT_EQ(messages[6], "DeleteLocalMsg");
+  EXPECT_EQ(messages[19], "DoChatMsgWithdraw");
+  EXPECT_EQ(messages[29], "GetSendMsgTribeAtInfo");
+  EXPECT_EQ(messages.back(), "GetDynamicMsg");
   EXPECT_EQ(names(L"im.virtualmsg").size(), 8u);
   EXPECT_EQ(names(L"im.login").size(), 5u);
 }

@@ -1,7 +1,7 @@
 // "im.tribemgr": what each method asks of the engine and answers, and what its events tell.
 
 #include "kexcom/result.h"
-#include "tests/bridge/single_msg_fixture.h"
+#include "tests/bridge/chat_fixture.h"
 
 namespace imsdk::test {
 namespace {

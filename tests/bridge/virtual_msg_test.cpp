@@ -1,6 +1,6 @@
 // "im.virtualmsg" and the two modules that tell of virtual conversations.
 
-#include "tests/bridge/single_msg_fixture.h"
+#include "tests/bridge/chat_fixture.h"
 
 namespace imsdk::test {
 namespace {
@@ -41,7 +41,7 @@ TEST(AccountThatIsNotLoggedIn, IsTracedByEveryModuleThatLooksItUp) {
   TestHost host;
   host.Bind(kLighthouse);
   const std::pair<const wchar_t*, std::vector<std::string>> expected[] = {
-      {L"GetIMSingleChatMgr.", {"CBridgeSingleMsg"}},
+      {L"GetIMSingleChatMgr.", {"CBridgeSingleMsg", "CBridgeTribeMsg"}},
       {L"GetIMTribeMgr.", {"CBridgeTribeMgr"}},
       {L"GetIMVirtualChatMgr.", {"CBridgeVritualMsg", "CBridgeSubscribeMsg", "CBridgeSysMsg"}}};
   for (const auto& [text, modules] : expected) {

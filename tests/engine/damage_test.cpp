@@ -231,6 +231,12 @@ TEST_F(DamageTest, NothingIsTakenFromAnAccountWhenTheServerLosesItsStore) {
   cases.push_back({"a page of an index", false,
                    [](const fs::path& store) { SpoilIndex(store, "messages_of"); }, true});
   cases.push_back({"a bit of the write-ahead log", true, SpoilLog, false});
+  cases.push_back({"the server's folder and every record", false,
+                   [](const fs::path& store) {
+                     fs::remove_all(store.parent_path());
+                     fs::remove_all(store.parent_path().parent_path() / "stores");
+                   },
+                   false});
   for (const Case& one : cases) {
     SCOPED_TRACE(one.what);
     Again(one.killed);

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <map>
@@ -48,24 +49,29 @@ void Report(int pipe, Word word, std::int64_t number) {
   if (write(pipe, &told, sizeof told) != sizeof told) _exit(3);
 }
 
-// Sends without end, and passes on each word that it gets.
-[[noreturn]] void SendUntilKilled(const std::filesystem::path& data, std::int64_t text, int pipe) {
+// Sends to a user or a tribe without end, and passes on each word that it gets.
+[[noreturn]] void SendUntilKilled(const std::filesystem::path& data,
+                                  const biz::IMConversationID& to, std::int64_t text, int pipe) {
   std::string error;
   const auto server = StartServer(data);
   if (!server) _exit(4);
   const auto engine = StartEngine(SetupOn(data, *server), &error);
   if (!engine) _exit(1);
   if (!Login(kHarbor).result.ok()) _exit(2);
-  auto& events = Accounts()->GetAccount(kHarbor)->GetIMSingleChatMgr()->Events();
-  events.on_send_new_msg.connect([pipe](const auto&, const auto& messages) {
-    for (const auto& message : messages) Report(pipe, Word::kAnnounced, message.msgid);
-  });
-  events.on_send_msg_status.connect(
-      [pipe](const auto&, auto, std::int64_t msgid, auto, const biz::ResultCode& result) {
-        if (!result.ok()) _exit(5);
-        Report(pipe, Word::kStatus, msgid);
-      });
-  const auto chat = Chat(kHarbor, kMariner);
+  const auto listen = [pipe](auto& events) {
+    events.on_send_new_msg.connect([pipe](const auto&, const auto& messages) {
+      for (const auto& message : messages) Report(pipe, Word::kAnnounced, message.msgid);
+    });
+    events.on_send_msg_status.connect(
+        [pipe](const auto&, auto, std::int64_t msgid, auto, const biz::ResultCode& result) {
+          if (!result.ok()) _exit(5);
+          Report(pipe, Word::kStatus, msgid);
+        });
+  };
+  listen(Accounts()->GetAccount(kHarbor)->GetIMSingleChatMgr()->Events());
+  listen(Accounts()->GetAccount(kHarbor)->GetIMTribeChatMgr()->Events());
+  while (!Chat(kHarbor, to)) usleep(1000);
+  const auto chat = Chat(kHarbor, to);
   std::atomic<int> open{0};
   for (;; ++text) {
     while (open > 200) usleep(500);
@@ -83,15 +89,15 @@ void Report(int pipe, Word word, std::int64_t number) {
 }
 
 // Runs such a process until it has told `count` words of one kind, then kills it.
-void RunAndKill(const std::filesystem::path& data, std::int64_t text, Word until, std::size_t count,
-                Promises* promises) {
+void RunAndKill(const std::filesystem::path& data, const biz::IMConversationID& to,
+                std::int64_t text, Word until, std::size_t count, Promises* promises) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
     close(ends[0]);
-    SendUntilKilled(data, text, ends[1]);
+    SendUntilKilled(data, to, text, ends[1]);
   }
   close(ends[1]);
   Told told;
@@ -116,19 +122,23 @@ int Kills() {
   return wanted ? std::atoi(wanted) : 24;
 }
 
-TEST(DurabilityEmbedded, WhatWasPromisedSurvivesAKill) {
+class DurabilityEmbedded : public testing::TestWithParam<biz::IMConversationID> {};
+
+TEST_P(DurabilityEmbedded, WhatWasPromisedSurvivesAKill) {
   TempFolder folder;
+  const biz::IMConversationID to = GetParam();
   {
     const auto server = StartServer(folder.path());
     ASSERT_TRUE(server);
     server->CreateAccount(kHarbor, L"pass");
     server->CreateAccount(kMariner, L"pass");
+    server->CreateTribe({{10001}, L"Harbour", kHarbor, {kMariner}});
   }
   Promises promises;
   std::mt19937 random(7);
   for (int i = 0; i < Kills(); ++i) {
     const auto until = static_cast<Word>(i % 3);
-    RunAndKill(folder.path(), std::int64_t{i} * 1'000'000, until, random() % 60 + 1, &promises);
+    RunAndKill(folder.path(), to, std::int64_t{i} * 1'000'000, until, random() % 60 + 1, &promises);
     if (HasFatalFailure()) return;
   }
   RecordProperty("answered", std::to_string(promises.answered.size()));
@@ -138,10 +148,14 @@ TEST(DurabilityEmbedded, WhatWasPromisedSurvivesAKill) {
   const auto engine = Start(SetupOn(folder.path(), *server));
   Witness mariner(kMariner);
   Login(kMariner);
-  mariner.Await(
-      [](const Witness& witness) { return !witness.more.empty() && !witness.more.back(); });
   std::map<std::int64_t, int> received;
-  for (const auto& message : mariner.received) ++received[message.msgid];
+  const auto& came = to.is_tribe() ? mariner.tribe_received : mariner.received;
+  mariner.Await([&](const Witness&) {
+    std::set<std::int64_t> here;
+    for (const auto& message : came) here.insert(message.msgid);
+    return std::ranges::includes(here, promises.sent);
+  });
+  for (const auto& message : came) ++received[message.msgid];
   for (const std::int64_t msgid : promises.sent) EXPECT_EQ(received[msgid], 1);
 
   // The sender's own store has them too, before it has a chance to ask the server again.
@@ -151,7 +165,7 @@ TEST(DurabilityEmbedded, WhatWasPromisedSurvivesAKill) {
   Login(kHarbor);
   biz::IMPageRequest request{.count = 500, .gohistory = true};
   for (;;) {
-    const auto page = History(kHarbor, kMariner, request);
+    const auto page = LocalPage(Chat(kHarbor, to), request);
     for (const auto& message : page.msgs) {
       stored[message.msgid] = message.msgstatus;
       EXPECT_TRUE(texts.insert(std::stoll(message.msgbody)).second) << "stored twice";
@@ -165,11 +179,16 @@ TEST(DurabilityEmbedded, WhatWasPromisedSurvivesAKill) {
   for (const std::int64_t msgid : promises.sent) EXPECT_EQ(stored[msgid], biz::kMsgSent);
 
   // And what was still being sent when the process died is sent now, once.
-  mariner.AwaitReceived(stored.size());
+  mariner.Await([&](const Witness&) { return came.size() >= stored.size(); });
   received.clear();
-  for (const auto& message : mariner.received) ++received[message.msgid];
+  for (const auto& message : came) ++received[message.msgid];
   for (const auto& [msgid, status] : stored) EXPECT_EQ(received[msgid], 1);
 }
+
+INSTANTIATE_TEST_SUITE_P(To, DurabilityEmbedded,
+                         testing::Values(biz::IMConversationID(kMariner),
+                                         biz::IMConversationID(biz::IMTribeID{10001})),
+                         [](const auto& of) { return of.param.is_tribe() ? "ATribe" : "AUser"; });
 
 }  // namespace
 }  // namespace imsdk::test

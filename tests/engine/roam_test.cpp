@@ -223,6 +223,7 @@ TEST_P(RoamTest, AFailureInTheMiddleLeavesWhatIsRight) {
       chat_, {.msgtime = 1043, .msgid = 260, .count = 30, .gohistory = true, .autoroam = true});
   EXPECT_TRUE(result.ok());
   EXPECT_EQ(Ids(page), Range(251, 259));
+  EXPECT_EQ(page.roamcode, biz::kEngineTimeout);
   link_->FailNext(Operation::kGetHistory, Fault::kDropAnswer);
   std::tie(result, page) = Page(
       chat_, {.msgtime = 1041, .msgid = 251, .count = 30, .gohistory = true, .autoroam = true});
@@ -256,6 +257,7 @@ TEST_P(RoamTest, SwitchedOffAndOn) {
   const auto page = Page(chat_, {.count = 500, .autoroam = true});
   EXPECT_TRUE(page.first.ok());
   EXPECT_EQ(page.second.msgs.size(), 11U);
+  EXPECT_EQ(page.second.roamcode, biz::kEngineRefused);
   EXPECT_EQ(set(biz::kRoamingOn), 0);
   EXPECT_GT(status().opentime, 0);
   Send(kHarbor, kMariner, L"on again");

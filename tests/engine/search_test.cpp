@@ -119,13 +119,18 @@ TEST(SearchIndex, OfAnOlderStoreIsMadeAnew) {
     account::MessageStore store(file, kSelf, stores);
     store.AddIncoming(Received(kPeer, 1, 1, body));
     store.database().Execute(
-        "INSERT INTO search(search) VALUES('delete-all'); PRAGMA user_version=1");
+        "INSERT INTO search(search) VALUES('delete-all'); DROP TABLE tribes;"
+        "DROP INDEX messages_at_unread; DROP INDEX messages_at_untold;"
+        "ALTER TABLE session DROP COLUMN tribes_known; ALTER TABLE messages DROP COLUMN at_type;"
+        "ALTER TABLE messages DROP COLUMN relation; ALTER TABLE messages DROP COLUMN at_read;"
+        "ALTER TABLE messages DROP COLUMN at_members; PRAGMA user_version=1");
     EXPECT_EQ(found(store), Found{});
     store.Close();
   }
   account::MessageStore store(file, kSelf, stores);
   EXPECT_EQ(found(store), Found{1});
   EXPECT_EQ(store.Find(kChat, 1)->msgbody, body);
+  EXPECT_EQ(store.Find(kChat, 1)->tribeat, biz::IMTribeAt{});
 }
 
 TEST_F(SearchTest, PagesByPositionAndByNumber) {

@@ -142,11 +142,14 @@ TEST_F(ServerFiles, OnlyWhoIsPartOfTheConversationFetches) {
   EXPECT_EQ(Fetch(*lighthouse, file), biz::kEngineNotFound);
   server_->Change(embedded::SetOpenHistory{kTribe.tribe, true});
   EXPECT_EQ(Fetch(*lighthouse, file), biz::kEngineOk);
+  ASSERT_TRUE(Send(*mariner, kTribe, 4, file).result.ok());
   SetMember(L"lighthouse", false);
   EXPECT_EQ(Fetch(*lighthouse, file), biz::kEngineNotFound);
   // What was taken back is out of reach.
   EXPECT_TRUE(harbor->Ask(link::Withdraw{With(L"mariner"), 2}).result.ok());
-  EXPECT_TRUE(mariner->Ask(link::Withdraw{kTribe, 3}).result.ok());
+  for (const std::int64_t msgid : {3, 4}) {
+    EXPECT_TRUE(mariner->Ask(link::Withdraw{kTribe, msgid}).result.ok());
+  }
   EXPECT_EQ(Fetch(*mariner, file), biz::kEngineNotFound);
   mariner->Settle();
   EXPECT_TRUE(mariner->Ask(link::GetHistory{.cid = With(L"harbor"), .count = 1})

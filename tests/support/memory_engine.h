@@ -8,6 +8,7 @@
 
 #include "imsdk/biz/account.h"
 #include "kexcore/kexcom.h"
+#include "tests/support/memory_answers.h"
 #include "tests/support/memory_tribes.h"
 
 namespace imsdk::test {
@@ -23,7 +24,9 @@ using Done = biz::IMCallback<>;
 using PageDone = biz::IMCallback<biz::IMMessagePage>;
 
 // A conversation whose answers a test sets and which keeps what it was asked.
-class MemoryConversation final : public RefPtrCounted<biz::IIMConversation> {
+class MemoryConversation final
+    : public RefPtrCounted<biz::IIMConversation>,
+      public MemoryAnswers<biz::IMAtMember, biz::IMTribeAt, biz::IMAtUnread, biz::IMAtReaders> {
  public:
   explicit MemoryConversation(biz::IMConversationID cid) : cid_(std::move(cid)) {}
 
@@ -100,9 +103,26 @@ class MemoryConversation final : public RefPtrCounted<biz::IIMConversation> {
     note = request.text;
     done(result);
   }
+  IMSDK_MEMORY_ANSWERS(AtTribeMember, IMAtMemberRequest, biz::IMAtMember)
+  IMSDK_MEMORY_ANSWERS(GetSendMsgTribeAtInfo, IMMsgRequest, biz::IMTribeAt)
+  IMSDK_MEMORY_ANSWERS(GetTribeAtMsgUnreadCount, IMMsgsRequest, biz::IMAtUnread)
+  IMSDK_MEMORY_ANSWERS(GetTribeAtMsgUnreadUsers, IMMsgRequest, biz::IMAtReaders)
+  IMSDK_MEMORY_ANSWERS(SetTribeAtMsgsReaded, IMMsgsRequest)
+  void RoamTribeAtMsgs(const biz::IMPageRequest& request, PageDone done) override {
+    last_request = request;
+    done(result, page);
+  }
+  void RoamTribeAtMsgContext(const biz::IMAtContextRequest& request, PageDone done) override {
+    last = request;
+    done(result, page);
+  }
+  void SearchAttentionMsg(const biz::IMSearchRequest& request,
+                          biz::IMCallback<biz::IMSearchPage> done) override {
+    last_search = request;
+    done(result, found);
+  }
 
-  // Answers.
-  biz::ResultCode result;   // of every operation but sending
+  // Answers. `result` is that of every operation but sending.
   biz::IMMessagePage page;  // what every request for messages gets
   biz::IMMsgPosition position;
   biz::IMSearchPage found;
@@ -161,14 +181,16 @@ class MemoryChatMgr final : public RefPtrCounted<I> {
   void SearchConversations(const biz::IMSearchRequest& request,
                            biz::IMCallback<biz::IMConversations> done) override {
     last_search = request;
-    done({}, {{biz::IMConversationID(kLighthouse)}});
+    biz::IMConversations all;
+    for (const auto& [cid, chat] : chats_) all.cids.push_back(cid);
+    done({}, all);
   }
   void SetNewMsgMaxCache(const biz::IMMaxCacheRequest& request, biz::IMCallback<> done) override {
     max_cache = request.maxmsgcount;
     done({});
   }
   void GetRoamStatus(const biz::IMNothing&, biz::IMCallback<biz::IMRoamStatus> done) override {
-    done({}, roaming);
+    done(result, roaming);
   }
   void SetRoamStatus(const biz::IMSetRoamRequest& request, biz::IMCallback<> done) override {
     roaming = {77, request.roamstatus};
@@ -190,6 +212,7 @@ class MemoryChatMgr final : public RefPtrCounted<I> {
   biz::IMSearchRequest last_search;
   std::int32_t max_cache = 0;
   biz::IMRoamStatus roaming;
+  biz::ResultCode result;  // of asking for the roaming
 
  private:
   std::map<biz::IMConversationID, RefPtr<MemoryConversation>> chats_;
@@ -211,6 +234,10 @@ class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes; }
+  // The conversation with a user or a tribe, made when it is new.
+  MemoryConversation& Chat(const biz::IMConversationID& cid) {
+    return cid.is_tribe() ? tribe_chats->Chat(cid) : chats->Chat(cid);
+  }
 
   biz::IMAccountType type = biz::kMainAccount;
   const RefPtr<MemoryChats> chats{new MemoryChats};

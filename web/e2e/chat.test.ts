@@ -189,7 +189,11 @@ test("the chat can be used with the keyboard alone", async () => {
   await keyboard.type("demo");
   await keyboard.press("Enter");
   const options = page.getByRole("option");
-  await options.nth(1).waitFor();
+  // The rows are in their places once each has its newest message.
+  await eventually(async () => {
+    const rows = await options.count();
+    return rows > 1 && (await page.locator(".conversation-time").count()) === rows;
+  }, "the conversations in order");
   while ((await page.locator(".conversation:focus").count()) === 0) await keyboard.press("Tab");
   await keyboard.press("ArrowDown");
   const second = await page.locator(".conversation:focus").getAttribute("data-nick");

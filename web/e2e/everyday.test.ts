@@ -1,37 +1,14 @@
 // What a person meets who uses the chat all day.
 import assert from "node:assert/strict";
-import { after, afterEach, before, beforeEach, test } from "node:test";
-import type { Browser } from "playwright-core";
-import { Host } from "./host.ts";
-import { ChatPage, eventually, launch } from "./pages.ts";
+import { beforeEach, test } from "node:test";
+import { ChatPage, eventually } from "./pages.ts";
+import { bubble, TwoWindows } from "./two_windows.ts";
 
-const host = new Host();
-let browser: Browser;
+const two = new TwoWindows();
+const { host } = two;
 let harbor: ChatPage;
 let lighthouse: ChatPage;
-
-before(async () => {
-  await host.start();
-  browser = await launch();
-});
-after(async () => {
-  await browser?.close();
-  await host.remove();
-});
-beforeEach(async () => {
-  harbor = await ChatPage.signedIn(browser, host.url, "harbor");
-  lighthouse = await ChatPage.signedIn(browser, host.url, "lighthouse");
-  await harbor.openConversation("lighthouse");
-  await lighthouse.openConversation("harbor");
-});
-afterEach(async () => {
-  assert.deepEqual([...harbor.troubles, ...lighthouse.troubles], []);
-  await harbor.close();
-  await lighthouse.close();
-});
-
-const bubble = (chat: ChatPage, text: string) =>
-  chat.page.locator(".message", { has: chat.page.locator(`.text:text-is("${text}")`) }).last();
+beforeEach(() => void ({ harbor, lighthouse } = two));
 const gapToEnd = ({ page }: ChatPage) =>
   page
     .locator(".messages")
@@ -198,7 +175,7 @@ test("previews and copies read like the message; automatic replies are marked", 
 });
 
 test("after a wrong password the field is selected: what is typed takes its place", async () => {
-  const { page } = await ChatPage.open(browser, host.url);
+  const { page } = await ChatPage.open(two.browser, host.url);
   await page.getByLabel("Account").fill("harbor");
   await page.getByLabel("Password").fill("wrong");
   await page.keyboard.press("Enter");
@@ -210,7 +187,7 @@ test("after a wrong password the field is selected: what is typed takes its plac
 });
 
 test("nothing is a pixel too tall or too wide, at any size", async () => {
-  const page = await (await browser.newContext()).newPage();
+  const page = await (await two.browser.newContext()).newPage();
   const overflow = () =>
     page.evaluate(() =>
       [document.documentElement, document.body, document.querySelector("#app")!]

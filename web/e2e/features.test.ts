@@ -1,41 +1,16 @@
 import assert from "node:assert/strict";
 import { readFile } from "node:fs/promises";
-import { after, afterEach, before, beforeEach, test } from "node:test";
-import type { Browser } from "playwright-core";
-import { Host } from "./host.ts";
-import { ChatPage, eventually, launch } from "./pages.ts";
+import { beforeEach, test } from "node:test";
+import { ChatPage, eventually } from "./pages.ts";
+import { bubble, TwoWindows } from "./two_windows.ts";
 
-const host = new Host();
-let browser: Browser;
-let harbor: ChatPage;
-let lighthouse: ChatPage;
-
-before(async () => {
+const two = new TwoWindows((host) => {
   const program = { program: "tr", args: ["a-z", "A-Z"], enable: 0 };
   host.put("translation.json", JSON.stringify(program));
-  await host.start();
-  browser = await launch();
 });
-after(async () => {
-  await browser?.close();
-  await host.remove();
-});
-
-// Two accounts in two windows, each with the other in front.
-beforeEach(async () => {
-  harbor = await ChatPage.signedIn(browser, host.url, "harbor");
-  lighthouse = await ChatPage.signedIn(browser, host.url, "lighthouse");
-  await harbor.openConversation("lighthouse");
-  await lighthouse.openConversation("harbor");
-});
-afterEach(async () => {
-  assert.deepEqual([...harbor.troubles, ...lighthouse.troubles], []);
-  await harbor.close();
-  await lighthouse.close();
-});
-
-const bubble = (chat: ChatPage, text: string) =>
-  chat.page.locator(".message", { has: chat.page.locator(`.text:text-is("${text}")`) }).last();
+let harbor: ChatPage;
+let lighthouse: ChatPage;
+beforeEach(() => void ({ harbor, lighthouse } = two));
 
 test("a message is marked read when the peer has seen it, not before", async () => {
   await lighthouse.setVisible(false);

@@ -104,11 +104,17 @@ function methodsFile({ methods, "x-paths": paths, "x-page-events": pageEvents },
 function notificationsFile({ "x-notifications": notifications }, recordNames) {
   const byName = grouped(notifications, (row) => split(row).plain);
   const members = [...byName].map(([name, rows]) => {
-    const says = rows.map((row) =>
-      rows.length > 1 ? `${split(row).path}: ${row.description}` : row.description,
+    // What several paths send alike is said once.
+    const paths = (alike) => alike.map((row) => split(row).path);
+    const sentences = [...grouped(rows, (row) => row.description)];
+    const says = sentences.map(([sentence, alike]) =>
+      sentences.length > 1 ? `${paths(alike).join(", ")}: ${sentence}` : sentence,
     );
-    const forms = rows.map(
-      (row) => `[payload: ${typeOf(paramOf(row))}, path: "${split(row).path}"]`,
+    const forms = [...grouped(rows, (row) => typeOf(paramOf(row)))].map(
+      ([type, alike]) =>
+        `[payload: ${type}, path: ${paths(alike)
+          .map((path) => `"${path}"`)
+          .join(" | ")}]`,
     );
     return `${doc(says.join(" "))}  ${name}: ${forms.join(" | ")};\n`;
   });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 
 namespace imsdk::account {
 
@@ -50,11 +51,11 @@ void ChatState::AddIncoming(std::vector<Arrived> messages) {
 }
 
 void ChatState::Cache(Conversation& conversation, Arrived arrived) {
-  const Position position = PositionOf(arrived.message);
+  const Place place{PositionOf(arrived.message), arrived.arrival};
   const std::size_t text = arrived.message.msgbody.size();
   New entry{std::make_shared<const biz::IMMessage>(std::move(arrived.message)), arrived.offline};
-  if (!conversation.cached.emplace(position, std::move(entry)).second) return;
-  cached_.emplace(position, &conversation);
+  if (!conversation.cached.emplace(place, std::move(entry)).second) return;
+  cached_.emplace(place, &conversation);
   cached_text_ += text;
   ShrinkCache();
 }
@@ -76,7 +77,7 @@ void ChatState::ForgetIn(Conversation& conversation, const std::vector<NoLongerU
   for (const NoLongerUnread& message : messages) {
     if (message.arrival <= conversation.read_arrival) continue;
     --conversation.unread;
-    const auto entry = conversation.cached.find(message.position);
+    const auto entry = conversation.cached.find({message.position, message.arrival});
     if (entry != conversation.cached.end()) Uncache(conversation, entry);
   }
 }
@@ -112,12 +113,12 @@ biz::IMMessagePage ChatState::NewMessages(const biz::IMConversationID& cid,
     const Cached& cached = conversation->second.cached;
     // Without a position the page is the newest one, whichever way it goes on.
     if (request.gohistory || at.is_end()) {
-      auto entry = at.is_end() ? cached.end() : cached.lower_bound(at);
+      auto entry = at.is_end() ? cached.end() : cached.lower_bound({at, 0});
       while (found.size() < count && entry != cached.begin())
         found.push_back((--entry)->second.message);
       std::reverse(found.begin(), found.end());
     } else {
-      auto entry = cached.upper_bound(at);
+      auto entry = cached.upper_bound({at, std::numeric_limits<std::int64_t>::max()});
       for (; found.size() < count && entry != cached.end(); ++entry)
         found.push_back(entry->second.message);
     }
@@ -137,7 +138,7 @@ biz::IMMessagePage ChatState::OfflineMessages(const biz::IMConversationID& cid) 
     const auto conversation = conversations_.find(cid);
     if (conversation == conversations_.end()) return page;
     const Cached& cached = conversation->second.cached;
-    for (const auto& [position, entry] : cached) {
+    for (const auto& [place, entry] : cached) {
       if (entry.offline) found.push_back(entry.message);
     }
     page.outofcache = static_cast<std::size_t>(conversation->second.unread) > cached.size();

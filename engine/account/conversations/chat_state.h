@@ -65,7 +65,9 @@ class ChatState {
     std::shared_ptr<const biz::IMMessage> message;
     bool offline = false;
   };
-  using Cached = std::map<Position, New>;
+  // Two senders may have a message of one position each, so its arrival tells it apart.
+  using Place = std::pair<Position, std::int64_t>;
+  using Cached = std::map<Place, New>;
 
   struct Conversation {
     Position newest;  // the end when there is no message
@@ -83,7 +85,7 @@ class ChatState {
   mutable base::Lock lock_;
   // Nodes of the map stay where they are, so that `cached_` may point to them.
   std::unordered_map<biz::IMConversationID, Conversation> conversations_;
-  std::set<std::pair<Position, Conversation*>> cached_;  // of all conversations, oldest first
+  std::set<std::pair<Place, Conversation*>> cached_;  // of all conversations, oldest first
   std::size_t cached_text_ = 0;
   std::size_t most_cached_ = kMostCachedMessages;
 };

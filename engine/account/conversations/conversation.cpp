@@ -42,6 +42,11 @@ void Conversation::GetReadedBoundary(const biz::IMNothing& request,
 
 void Conversation::SendMsg(const biz::IMSendRequest& request, biz::IMCallback<> done) {
   if (Refuses(Ability::kSend, done)) return;
+  if (request.tribeat.atmsgtype != biz::kAtNobody) {
+    if (Refuses(Ability::kMention, done)) return;
+    if (const auto why = CheckMention(request.tribeat); !why.ok()) return done(why);
+    if (const auto why = state()->line->Can<link::ReadMentions>(); !why.ok()) return done(why);
+  }
   account_.outbox->Send(cid_, request, std::move(done));
 }
 

@@ -53,6 +53,23 @@ class Conversation final : public RefPtrCounted<biz::IIMConversation> {
   void DeleteLocalMsg(const biz::IMDeleteRequest& request,
                       biz::IMCallback<biz::IMCount> done) override;
 
+  // conversation_mentions.cpp: mentions.
+  void AtTribeMember(const biz::IMAtMemberRequest& request,
+                     biz::IMCallback<biz::IMAtMember> done) override;
+  void GetSendMsgTribeAtInfo(const biz::IMMsgRequest& request,
+                             biz::IMCallback<biz::IMTribeAt> done) override;
+  void GetTribeAtMsgUnreadCount(const biz::IMMsgsRequest& request,
+                                biz::IMCallback<biz::IMAtUnread> done) override;
+  void GetTribeAtMsgUnreadUsers(const biz::IMMsgRequest& request,
+                                biz::IMCallback<biz::IMAtReaders> done) override;
+  void RoamTribeAtMsgs(const biz::IMPageRequest& request,
+                       biz::IMCallback<biz::IMMessagePage> done) override;
+  void RoamTribeAtMsgContext(const biz::IMAtContextRequest& request,
+                             biz::IMCallback<biz::IMMessagePage> done) override;
+  void SetTribeAtMsgsReaded(const biz::IMMsgsRequest& request, biz::IMCallback<> done) override;
+  void SearchAttentionMsg(const biz::IMSearchRequest& request,
+                          biz::IMCallback<biz::IMSearchPage> done) override;
+
  private:
   const std::shared_ptr<AccountState>& state() const { return account_.state; }
   // Ends an operation that conversations of this kind have not. False for all others.

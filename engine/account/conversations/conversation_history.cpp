@@ -88,7 +88,7 @@ void Conversation::SearchMsgByID(const biz::IMMsgRequest& request,
                             [cid = cid_](AccountState& here, const auto& kept) {
                               biz::IMMessagePage page;
                               page.outofcache = true;
-                              if (auto found = here.store.Find(cid, kept.msgid))
+                              if (auto found = here.store.Find(cid, kept.msgid, kept.fromid))
                                 page.msgs.push_back(std::move(*found));
                               return page;
                             });

@@ -90,6 +90,7 @@ void Roamer::FillPage(const std::shared_ptr<PageJob>& job) {
     if (state_->ended) return job->done(NotLoggedIn(), {});
     biz::IMMessagePage stored;
     sqlite::Guarded([&] { stored = state_->store.Page(job->descent->cid, job->request); });
+    stored.roamcode = result.code;
     if (!stored.msgs.empty()) return job->done({}, stored);
     job->done(result, {});
   });
@@ -133,7 +134,7 @@ link::GetHistory Roamer::Wanted(const biz::IMConversationID& cid,
   } else {
     const Part part = state_->store.parts().Current(state_->store.conversations().Find(cid));
     wanted.place = wanted.older && at == part.reach ? part.edge : std::string();
-    if (wanted.place.empty()) wanted.place = state_->store.ServerPlace(cid, at.msgid);
+    if (wanted.place.empty()) wanted.place = state_->store.ServerPlace(cid, at);
   }
   if (wanted.place.empty()) wanted.time = request.msgtime;
   return wanted;
@@ -177,17 +178,20 @@ void Roamer::RemotePage(const biz::IMConversationID& cid, const biz::IMPageReque
             Remember(wanted, history);
             biz::IMMessagePage page;
             page.outofcache = history.next.empty();
-            // What the account knows better: its own flags.
-            const biz::ResultCode found = sqlite::Guarded([&] {
-              for (const link::Message& from : history.msgs) {
-                biz::IMMessage message = mailbox_->FromServer(from).message;
-                if (message.msgstatus == biz::kMsgReceived) message.readflag = biz::kMsgRead;
-                auto own = state_->store.Find(message.cid, message.msgid);
-                page.msgs.push_back(own ? std::move(*own) : std::move(message));
-              }
-            });
+            const biz::ResultCode found = Show(history.msgs, &page);
             finish(found, found.ok() ? page : biz::IMMessagePage{});
           });
+  });
+}
+
+biz::ResultCode Roamer::Show(const std::vector<link::Message>& messages, biz::IMMessagePage* page) {
+  return sqlite::Guarded([&] {
+    for (const link::Message& from : messages) {
+      biz::IMMessage message = mailbox_->FromServer(from).message;
+      if (message.msgstatus == biz::kMsgReceived) message.readflag = biz::kMsgRead;
+      auto own = state_->store.Find(message.cid, message.msgid, message.fromid);
+      page->msgs.push_back(own ? std::move(*own) : std::move(message));
+    }
   });
 }
 

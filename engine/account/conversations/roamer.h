@@ -11,11 +11,13 @@
 #include <tuple>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "account/session/account_state.h"
 #include "account/session/mailbox.h"
 #include "imsdk/biz/callback.h"
 #include "imsdk/biz/history.h"
+#include "imsdk/biz/mentions.h"
 #include "link/operations.h"
 
 namespace imsdk::account {
@@ -37,6 +39,14 @@ class Roamer : public std::enable_shared_from_this<Roamer> {
                   biz::IMCallback<biz::IMMessagePage> done);
   void Roam(const biz::IMConversationID& cid, const biz::IMRoamRequest& request,
             biz::IMCallback<biz::IMRoamed> done);
+  // roamer_mentions.cpp: what is kept of these says nothing of what lies between.
+
+  // A page of the server's messages that mention the account.
+  void MentionPage(const biz::IMConversationID& cid, const biz::IMPageRequest& request,
+                   biz::IMCallback<biz::IMMessagePage> done);
+  // The messages around one.
+  void Context(const biz::IMConversationID& cid, const biz::IMAtContextRequest& request,
+               biz::IMCallback<biz::IMMessagePage> done);
   // Forgets how far the conversation is complete.
   void Clear(const biz::IMConversationID& cid, biz::IMCallback<> done);
   // Fetches what the conversation was found to lack: the newest messages of a tribe that was
@@ -78,6 +88,10 @@ class Roamer : public std::enable_shared_from_this<Roamer> {
   void Fetch(const link::GetHistory& request, std::shared_ptr<Walk> walk, Fetched done);
   void Keep(const link::GetHistory& request, const link::History& history,
             std::shared_ptr<Walk> walk, Fetched done);
+  void KeepScattered(const std::vector<link::Message>& messages, bool ends,
+                     biz::IMCallback<biz::IMMessagePage> done);
+  // Messages of the server as pages see them, with what the account knows better: its own flags.
+  biz::ResultCode Show(const std::vector<link::Message>& messages, biz::IMMessagePage* page);
   // Keeps how to fetch the files of messages that are shown and not stored.
   void KeepFiles(const link::History& history);
   link::GetHistory Wanted(const biz::IMConversationID& cid, const biz::IMPageRequest& request);

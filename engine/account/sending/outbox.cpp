@@ -57,6 +57,11 @@ biz::ResultCode Outbox::Take(const biz::IMConversationID& cid, const biz::IMSend
   message.fromid = state_->self;
   message.toid = cid.user;
   message.extinfo.autochatmsg = request.autoreply ? 1 : 0;
+  if (request.tribeat.atmsgtype != biz::kAtNobody) {
+    const bool members = request.tribeat.atmsgtype == biz::kAtMembers;
+    message.tribeat = {biz::kMsgUnread, request.tribeat.atmsgtype, biz::kAtRelationSender,
+                       members ? request.tribeat.atmembers : std::vector<biz::IMUserID>{}};
+  }
   base::AutoLock hold(queue_lock_);
   if (state_->closed) return NotLoggedIn();
   if (open_count_ >= kMostOpenMessages || !bodies_.Hold(request.body, holds)) {
@@ -237,6 +242,7 @@ void Outbox::Load() {
 void Outbox::AddOpen(biz::IMMessage message) {
   message.msgbody = {};
   message.extinfo.others = {};
+  message.tribeat.atmembers = {};
   const std::int64_t msgid = message.msgid;
   open_[msgid] = {std::move(message), {}};
   SetDeadline(msgid, open_[msgid]);

@@ -154,6 +154,7 @@ void Outbox::Deliver(const Parcel& parcel) {
                       : WithoutFolder(message.msgbody, state_->files_in_tokens, parcel.names);
   outgoing.ext = message.extinfo;
   outgoing.files = parcel.files;
+  outgoing.at = {message.tribeat.atmsgtype, message.tribeat.atmembers};
   // Whoever receives it without the one before it only has a hole less to notice.
   sqlite::Guarded([&] { outgoing.previous = state_->store.OwnBefore(message.cid, message.msgid); });
   state_->line->Ask(

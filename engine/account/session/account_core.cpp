@@ -68,12 +68,15 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
       outbox_(std::make_shared<Outbox>(state_, courier_)),
       roamer_(std::make_shared<Roamer>(state_, mailbox_)),
       reporter_(std::make_shared<Reporter>(state_)),
-      tribes_(std::make_shared<TribeBook>(state_)),
+      mentions_(std::make_shared<Mentions>(state_)),
+      tribes_(std::make_shared<TribeBook>(state_, mailbox_)),
       hooks_(std::move(hooks)),
       token_(std::move(token)) {
   mailbox_->SetHooks({base::BindWeak(std::weak_ptr(outbox_), &Outbox::Archived),
                       base::BindWeak(std::weak_ptr(roamer_), &Roamer::CatchUp),
-                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Happened)});
+                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Happened),
+                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Joined),
+                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::TakeRemind)});
 }
 
 void AccountCore::Open(biz::IMCallback<> done) {
@@ -104,6 +107,7 @@ biz::ResultCode AccountCore::OpenStore() {
       state_->chat.AddUnread(std::move(arrived));
     }
     outbox_->Load();
+    tribes_->Load();
   });
 }
 
@@ -174,6 +178,7 @@ void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& 
   Tell(warning_.subcode != 0 ? std::exchange(warning_, {}) : result);
   outbox_->Connected();
   reporter_->Connected();
+  mentions_->Connected();
   roamer_->Connected();
   tribes_->Connected();
 }

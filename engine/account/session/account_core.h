@@ -31,7 +31,9 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
               const Worker& worker, std::wstring token, AccountHooks hooks);
 
   // Any thread.
-  AccountParts parts() const { return {state_, outbox_, roamer_, reporter_, courier_, tribes_}; }
+  AccountParts parts() const {
+    return {state_, outbox_, roamer_, reporter_, mentions_, courier_, tribes_};
+  }
   // Opens the store and begins a session; `done` runs on the worker, before any event.
   void Open(biz::IMCallback<> done);
   // Uses this token for the next session.
@@ -74,6 +76,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
   const std::shared_ptr<Outbox> outbox_;
   const std::shared_ptr<Roamer> roamer_;
   const std::shared_ptr<Reporter> reporter_;
+  const std::shared_ptr<Mentions> mentions_;
   const std::shared_ptr<TribeBook> tribes_;
   const AccountHooks hooks_;
 

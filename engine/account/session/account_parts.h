@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "account/conversations/mentions.h"
 #include "account/conversations/reporter.h"
 #include "account/conversations/roamer.h"
 #include "account/files/courier.h"
@@ -17,6 +18,7 @@ struct AccountParts {
   std::shared_ptr<Outbox> outbox;
   std::shared_ptr<Roamer> roamer;
   std::shared_ptr<Reporter> reporter;
+  std::shared_ptr<Mentions> mentions;
   std::shared_ptr<Courier> courier;
   std::shared_ptr<TribeBook> tribes;
 };

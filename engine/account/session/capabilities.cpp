@@ -5,7 +5,8 @@ namespace imsdk::account {
 biz::ResultCode Allows(biz::IMCIDType kind, Ability ability) {
   switch (kind) {
     case biz::kCIDUser:
-      return {};
+      if (ability != Ability::kMention) return {};
+      return {biz::kEngineRefused, 0, L"a single chat has no members to mention"};
     case biz::kCIDTribe:
       if (ability != Ability::kType && ability != Ability::kShield) return {};
       return {biz::kEngineRefused, 0, L"a tribe has no typing state and no automatic replies"};

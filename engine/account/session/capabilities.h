@@ -19,10 +19,17 @@ enum class Ability {
   kType,        // the other side is told of typing
   kShield,      // automatic replies come
   kNote,        // the client adds notes
+  kMention,     // messages mention members
 };
 
 // `kEngineRefused` when conversations of this kind cannot do it.
 biz::ResultCode Allows(biz::IMCIDType kind, Ability ability);
+
+template <class Operation>
+inline constexpr bool kOfMentions = std::is_same_v<Operation, link::ReadMentions> ||
+                                    std::is_same_v<Operation, link::CountMentionReaders> ||
+                                    std::is_same_v<Operation, link::GetMentionReaders> ||
+                                    std::is_same_v<Operation, link::GetContext>;
 
 // `kEngineUnsupported` when a server cannot do it.
 template <class Operation>
@@ -40,6 +47,8 @@ biz::ResultCode Missing(const link::Capabilities& server) {
   } else if constexpr (std::is_same_v<Operation, link::GetRoaming> ||
                        std::is_same_v<Operation, link::SetRoaming>) {
     return unless(server.roaming_switch, L"the server's history cannot be switched");
+  } else if constexpr (kOfMentions<Operation>) {
+    return unless(server.mentions, L"the server keeps no mentions");
   } else if constexpr (link::kOfTribes<Operation>) {
     return unless(server.tribes, L"the server does not manage tribes");
   } else {

@@ -38,12 +38,18 @@ std::vector<biz::IMUserID> Users(const std::vector<biz::IMMessage>& messages) {
 
 Incoming Mailbox::FromServer(const link::Message& from) const {
   Incoming incoming{FromLink(from, state_.self), from.place, from.previous};
+  biz::IMMessage& message = incoming.message;
+  // What does not count in its tribe is not unread; it is told all the same.
+  if (message.cid.is_tribe() && message.msgstatus == biz::kMsgReceived &&
+      state_.store.tribes().Remind(message.cid.tribe) == biz::kRemindNothing) {
+    message.readflag = biz::kMsgRead;
+  }
   if (from.files.empty()) return incoming;
   std::vector<std::string> names;
   for (const link::File& file : from.files) {
     if (IsFileName(base::UTF8ToWide(file.name))) names.push_back(file.name);
   }
-  incoming.message.msgbody = WithFolder(incoming.message.msgbody, state_.files_in_tokens, names);
+  message.msgbody = WithFolder(message.msgbody, state_.files_in_tokens, names);
   return incoming;
 }
 
@@ -72,15 +78,14 @@ void Mailbox::Keep(const link::Batch& batch, const link::Message& from, Happenin
     happenings.push_back(Wanting{message.cid});
   }
   const bool own = from.from == state_.self;
-  if (!own && from.ext.autochatmsg != 0 &&
-      state_.store.conversations().ShieldsAutoReply(message.cid)) {
-    message.readflag = biz::kMsgRead;
-  }
+  const bool shielded = !own && from.ext.autochatmsg != 0 &&
+                        state_.store.conversations().ShieldsAutoReply(message.cid);
+  if (shielded) message.readflag = biz::kMsgRead;
   const auto arrival = state_.store.AddLive(incoming);
   if (!arrival) return KeepNews(from, happenings);
   if (own) {
     happenings.push_back(Sent{std::move(message)});
-  } else if (message.readflag == biz::kMsgRead) {
+  } else if (shielded || from.withdrawn) {
     happenings.push_back(Quiet{std::move(message)});
   } else {
     happenings.push_back(New{std::move(message), *arrival, batch.offline});
@@ -119,21 +124,6 @@ void Mailbox::Keep(const link::Batch&, const link::ReadElsewhere& from, Happenin
   if (!messages.empty()) happenings.push_back(ReadElsewhere{from.cid, std::move(messages)});
 }
 
-void Mailbox::Keep(const link::Batch&, const link::Membership& from, Happenings& happenings) {
-  const biz::IMConversationID cid(from.tribe);
-  if (!state_.store.conversations().SetMember(cid, from.member) || !from.member) return;
-  // Whoever comes back has missed what was said meanwhile.
-  const std::int64_t conversation = state_.store.conversations().Find(cid);
-  state_.store.parts().OpenHole(conversation);
-  state_.store.conversations().SetWanting(conversation, true);
-  happenings.push_back(Wanting{cid});
-}
-
-void Mailbox::Keep(const link::Batch& batch, const link::TribeHappening& from,
-                   Happenings& happenings) {
-  happenings.push_back(Tribal{from, batch.offline});
-}
-
 Mailbox::Happenings Mailbox::StoreHistory(Walk& walk, const link::GetHistory& request,
                                           const link::History& history, std::int32_t* fresh) {
   Happenings happenings;
@@ -153,6 +143,19 @@ Mailbox::Happenings Mailbox::StoreHistory(Walk& walk, const link::GetHistory& re
   }
   if (kept.newest) happenings.push_back(Quiet{std::move(*kept.newest)});
   *fresh = kept.fresh;
+  return happenings;
+}
+
+Mailbox::Happenings Mailbox::StoreScattered(const std::vector<link::Message>& messages) {
+  Happenings happenings;
+  std::vector<Incoming> incoming;
+  for (const link::Message& from : messages) {
+    KeepFiles(from);
+    KeepNews(from, happenings);
+    incoming.push_back(FromServer(from));
+  }
+  KeptHistory kept = state_.store.AddScattered(incoming);
+  if (kept.newest) happenings.push_back(Quiet{std::move(*kept.newest)});
   return happenings;
 }
 
@@ -200,8 +203,16 @@ void Mailbox::Tell(Happenings happenings, bool offline, bool more) {
 
 void Mailbox::RaiseNew(std::vector<New> news, bool offline, bool more) {
   std::vector<biz::IMMessage> messages;
-  for (const New& one : news) messages.push_back(one.message);
-  state_.chat.AddIncoming(std::move(news));
+  std::vector<New> unread;
+  for (New& one : news) {
+    messages.push_back(one.message);
+    if (one.message.readflag == biz::kMsgRead) {
+      state_.chat.AddSeen(one.message);
+    } else {
+      unread.push_back(std::move(one));
+    }
+  }
+  state_.chat.AddIncoming(std::move(unread));
   switch (messages.front().cid.type) {
     case biz::kCIDSystem:
       return state_.virtual_events.on_receive_sys_msg(messages);
@@ -245,12 +256,5 @@ void Mailbox::Raise(const PeerRead& read) {
 }
 
 void Mailbox::Raise(const ReadElsewhere& read) { state_.chat.Forget(read.cid, read.messages); }
-
-void Mailbox::Raise(const Wanting& wanting) {
-  state_.chat.AddConversation(wanting.cid);
-  hooks_.wanting(wanting.cid);
-}
-
-void Mailbox::Raise(const Tribal& tribal) { hooks_.tribal(tribal.what, tribal.offline); }
 
 }  // namespace imsdk::account

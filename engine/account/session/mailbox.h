@@ -15,7 +15,7 @@ namespace imsdk::account {
 // Used on the account's worker only.
 class Mailbox {
  public:
-  // A message that is unread now.
+  // A message that came; unread, unless its tribe's messages do not count.
   using New = Arrived;
   // A message that another device of the account sent.
   struct Sent {
@@ -51,8 +51,21 @@ class Mailbox {
     link::TribeHappening what;
     bool offline = false;
   };
-  using Happening =
-      std::variant<New, Sent, Quiet, Archived, Withdrawn, PeerRead, ReadElsewhere, Wanting, Tribal>;
+  // The account is a member of a tribe now.
+  struct Joined {
+    biz::IMTribeID tribe;
+  };
+  struct MentionsRead {
+    biz::IMTribeID tribe;
+    biz::IMAtReaded what;
+  };
+  // The account is told of other messages of a tribe from now on.
+  struct Reminded {
+    biz::IMTribeID tribe;
+    biz::TribeMsgRemindType type;
+  };
+  using Happening = std::variant<New, Sent, Quiet, Archived, Withdrawn, PeerRead, ReadElsewhere,
+                                 Wanting, Tribal, Joined, MentionsRead, Reminded>;
   using Happenings = std::vector<Happening>;
 
   // What others do about it.
@@ -60,6 +73,8 @@ class Mailbox {
     std::function<void(const biz::IMMessage&, std::int64_t svrtime)> archived;
     std::function<void(const biz::IMConversationID&)> wanting;
     std::function<void(const link::TribeHappening&, bool offline)> tribal;
+    std::function<void(biz::IMTribeID)> joined;
+    std::function<void(biz::IMTribeID, biz::TribeMsgRemindType)> reminded;
   };
 
   explicit Mailbox(AccountState& state) : state_(state) {}
@@ -75,7 +90,11 @@ class Mailbox {
   // the store did not have.
   Happenings StoreHistory(Walk& walk, const link::GetHistory& request, const link::History& history,
                           std::int32_t* fresh);
+  // The same for messages from here and there.
+  Happenings StoreScattered(const std::vector<link::Message>& messages);
   void MakeKnown(Happenings happenings);
+  // Keeps which messages of a tribe count, inside a transaction.
+  void StoreRemind(biz::IMTribeID tribe, biz::TribeMsgRemindType type);
 
   // A message of the server as pages see it, with what is only for the store.
   Incoming FromServer(const link::Message& from) const;
@@ -90,6 +109,8 @@ class Mailbox {
   void Keep(const link::Batch& batch, const link::ReadElsewhere& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::Membership& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::TribeHappening& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::MentionsRead& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::RemindChanged& from, Happenings& happenings);
   // What a message that the account has already may tell besides.
   void KeepNews(const link::Message& from, Happenings& happenings);
 
@@ -101,6 +122,9 @@ class Mailbox {
   void Raise(const ReadElsewhere& read);
   void Raise(const Wanting& wanting);
   void Raise(const Tribal& tribal);
+  void Raise(const Joined& joined);
+  void Raise(const MentionsRead& read);
+  void Raise(const Reminded& reminded);
   // `news` are of one type of conversation.
   void RaiseNew(std::vector<New> news, bool offline, bool more);
   void Tell(Happenings happenings, bool offline, bool more);

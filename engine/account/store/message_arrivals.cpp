@@ -47,16 +47,21 @@ bool MessageStore::WasDeleted(std::int64_t conversation, std::int64_t sender, st
 std::int64_t MessageStore::Add(const biz::IMMessage& message, const std::string& place,
                                const Adding& adding) {
   const std::int64_t row = places_.Choose(PositionOf(message));
+  const auto state = static_cast<std::int32_t>(
+      message.tribeat.msgreaded == biz::kMsgRead ? MentionState::kTold : MentionState::kUnread);
   database()
       .Prepare(
           "INSERT INTO messages(place, arrival, part, conversation, sender, msgid, msgtime, "
           "msgtype, msgstatus, svrtime, server_place, readflag, complete, others, fixmsgread, "
-          "autochatmsg, syschatmsg, body) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?) "
+          "autochatmsg, syschatmsg, body, at_type, relation, at_read, at_members) "
+          "VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?) "
           "ON CONFLICT(msgid, conversation, sender) DO NOTHING",
           row, adding.arrival, adding.part, adding.conversation, adding.sender, message.msgid,
           message.msgtime, message.msgtype, message.msgstatus, message.svrtime, place,
           message.readflag, adding.complete, message.extinfo.others, message.extinfo.fixmsgread,
-          message.extinfo.autochatmsg, message.extinfo.syschatmsg, message.msgbody)
+          message.extinfo.autochatmsg, message.extinfo.syschatmsg, message.msgbody,
+          message.tribeat.atmsgtype, message.tribeat.relation2me, std::int64_t{state},
+          PackUsers(message.tribeat.atmembers))
       .Run();
   return database().Changes() == 1 ? row : 0;
 }
@@ -200,6 +205,28 @@ KeptHistory MessageStore::AddHistory(Walk& walk, const link::GetHistory& request
   }
   parts_.TakeIn(conversation, walk, request, next, walked,
                 messages.empty() ? std::string() : messages.front().place);
+  return kept;
+}
+
+KeptHistory MessageStore::AddScattered(const std::vector<Incoming>& messages) {
+  KeptHistory kept;
+  for (const Incoming& incoming : messages) {
+    biz::IMMessage message = incoming.message;
+    const std::int64_t conversation = conversations_.Make(message.cid);
+    const std::int64_t sender = SenderOf(message.fromid);
+    if (const auto known = Look(conversation, sender, message.msgid)) {
+      Learn(known->place, message.svrtime, incoming.place);
+      continue;
+    }
+    if (PositionOf(message) <= conversations_.DeletedUpTo(conversation) ||
+        WasDeleted(conversation, sender, message.msgid)) {
+      continue;
+    }
+    if (message.msgstatus == biz::kMsgReceived) message.readflag = biz::kMsgRead;
+    Add(message, incoming.place, {conversation, sender, 0, 0});
+    ++kept.fresh;
+    kept.newest = std::move(message);
+  }
   return kept;
 }
 

@@ -84,8 +84,10 @@ std::optional<Withdrawn> MessageStore::Withdraw(const biz::IMConversationID& cid
     withdrawn.unread.push_back({PositionOf(withdrawn.message), withdrawn.arrival});
   }
   database()
-      .Prepare("UPDATE messages SET msgstatus=4, readflag=1, body='', others='' WHERE place=?",
-               place)
+      .Prepare(
+          "UPDATE messages SET msgstatus=4, readflag=1, body='', others='', at_type=0, "
+          "relation=0, at_members='' WHERE place=?",
+          place)
       .Run();
   return withdrawn;
 }

@@ -1,5 +1,6 @@
 #include "account/store/message_schema.h"
 
+#include "account/store/mention_table.h"
 #include "account/store/search_words.h"
 #include "sqlite/tokenizer.h"
 
@@ -96,6 +97,28 @@ constexpr const char* kSchema[] = {R"sql(
   INSERT INTO search(search) VALUES('delete-all');
   INSERT INTO search(rowid, facets, body)
     SELECT place, )sql" FACETS("messages") R"sql(, body FROM messages;
+)sql",
+                                   // Relations are `TribeAtRelation`, 1 and 2 are mentions of the
+                                   // account; `at_read` is a `MentionState`.
+                                   R"sql(
+  ALTER TABLE messages ADD COLUMN at_type INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE messages ADD COLUMN relation INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE messages ADD COLUMN at_read INTEGER NOT NULL DEFAULT 0;
+  ALTER TABLE messages ADD COLUMN at_members TEXT NOT NULL DEFAULT '';
+  CREATE INDEX messages_at_unread ON messages(conversation)
+    WHERE relation IN (1, 2) AND at_read=0;
+  CREATE INDEX messages_at_untold ON messages(conversation)
+    WHERE relation IN (1, 2) AND at_read=1;
+
+  ALTER TABLE session ADD COLUMN tribes_known INTEGER NOT NULL DEFAULT 0;
+  CREATE TABLE tribes(
+    id INTEGER PRIMARY KEY, type INTEGER NOT NULL, name TEXT NOT NULL, appkey TEXT NOT NULL,
+    nick TEXT NOT NULL, description TEXT NOT NULL, portrait TEXT NOT NULL, bulletin TEXT NOT NULL,
+    ntfimage TEXT NOT NULL, businessimage TEXT NOT NULL, class INTEGER NOT NULL,
+    level INTEGER NOT NULL, auth INTEGER NOT NULL, at_all INTEGER NOT NULL,
+    open_history INTEGER NOT NULL, visitors INTEGER NOT NULL, enabled INTEGER NOT NULL,
+    members INTEGER NOT NULL, my_level INTEGER NOT NULL, nickname TEXT NOT NULL,
+    remind INTEGER NOT NULL);
 )sql"};
 
 void Tokenize(std::string_view text, bool query,
@@ -125,6 +148,9 @@ biz::IMMessage ReadMessage(const sqlite::Statement& row, const biz::IMUserID& se
   message.readflag = row.Int32(8);
   message.extinfo = {row.Wide(9), row.Int32(10), row.Int32(11), row.Int32(12)};
   message.msgbody = row.Wide(13);
+  message.tribeat = {row.Int32(kMentionColumn + 2) == 0 ? biz::kMsgUnread : biz::kMsgRead,
+                     row.Int32(kMentionColumn), row.Int32(kMentionColumn + 1),
+                     UnpackUsers(row.Wide(kMentionColumn + 3))};
   return message;
 }
 

@@ -16,13 +16,15 @@ void PrepareMessageStore(sqlite::Database& database);
 #define MESSAGE_QUERY                                                                    \
   "SELECT m.msgid, m.msgtime, m.sender, u.appkey, u.nick, m.msgtype, m.msgstatus, "      \
   "m.svrtime, m.readflag, m.others, m.fixmsgread, m.autochatmsg, m.syschatmsg, m.body, " \
-  "m.complete, m.arrival, m.place, " CONVERSATION_COLUMNS                                \
+  "m.complete, m.arrival, m.place, m.at_type, m.relation, m.at_read, "                   \
+  "m.at_members, " CONVERSATION_COLUMNS                                                  \
   " FROM messages m "                                                                    \
   "JOIN conversations c ON c.id=m.conversation LEFT JOIN users u ON u.id=m.sender "
 inline constexpr int kCompleteColumn = 14;
 inline constexpr int kArrivalColumn = 15;
 inline constexpr int kPlaceColumn = 16;
-inline constexpr int kConversationColumn = 17;
+inline constexpr int kMentionColumn = 17;  // four of them
+inline constexpr int kConversationColumn = 21;
 
 // What stands as the sender of the account's own messages; others have a number in `users`.
 inline constexpr std::int64_t kOwn = 0;

@@ -16,6 +16,11 @@ namespace imsdk::account {
 
 namespace {
 
+// Whether a message `m` passes a `Filter`.
+#define PASSES(senders, relations)                                                 \
+  "(" senders "='' OR instr(" senders ", ',' || m.sender || ',')) AND (" relations \
+  "='' OR instr(" relations ", ',' || m.relation || ','))"
+
 constexpr std::int32_t kMostNumbered = 100;  // on a page that goes by number, which is never cut
 
 std::string InConversation(std::int64_t conversation) {
@@ -74,8 +79,26 @@ MessageSearch::Visible MessageSearch::VisiblePart(std::int64_t conversation, boo
   return visible;
 }
 
-void MessageSearch::Walk(const std::string& expression, const Visible& visible, bool older,
+MessageSearch::Filter MessageSearch::FilterOf(const biz::IMSearchRequest& request) {
+  Filter filter;
+  for (const biz::IMUserID& user : request.fromids) {
+    if (filter.senders.empty()) filter.senders = ",";
+    if (user == self_) filter.senders += base::NumberToString(kOwn) + ',';
+    auto row = store_.Use().Prepare("SELECT id FROM users WHERE appkey=? AND nick=?", user.appkey,
+                                    user.nick);
+    if (row.Step()) filter.senders += base::NumberToString(row.Int64(0)) + ',';
+  }
+  for (const std::int32_t relation : request.atrelations) {
+    if (filter.relations.empty()) filter.relations = ",";
+    filter.relations += base::NumberToString(relation) + ',';
+  }
+  return filter;
+}
+
+void MessageSearch::Walk(const std::string& expression, const Visible& visible,
+                         const Filter& filter, bool older,
                          const std::function<bool(std::int64_t place)>& take) {
+  const bool looks = visible.part != kAllParts || !filter.empty();
   auto row = older ? store_.Use().Prepare(
                          "SELECT rowid FROM search WHERE search MATCH ? "
                          "AND rowid BETWEEN ? AND ? ORDER BY rowid DESC",
@@ -86,10 +109,12 @@ void MessageSearch::Walk(const std::string& expression, const Visible& visible, 
                          expression, visible.range.first, visible.range.last);
   while (row.Step()) {
     const std::int64_t place = row.Int64(0);
-    if (visible.part != kAllParts) {
-      auto inside = store_.Use().Prepare("SELECT 1 FROM messages WHERE place=? AND part=?", place,
-                                         visible.part);
-      if (!inside.Step()) continue;
+    if (looks) {
+      auto fits = store_.Use().Prepare(
+          "SELECT 1 FROM messages m WHERE m.place=?1 AND "
+          "(?2=-1 OR m.part=?2) AND " PASSES("?3", "?4"),
+          place, visible.part, filter.senders, filter.relations);
+      if (!fits.Step()) continue;
     }
     if (!take(place)) return;
   }
@@ -127,7 +152,7 @@ biz::IMSearchPage MessageSearch::Find(const std::string& expression, Visible vis
 
   std::int64_t found = 0;
   std::vector<std::int64_t> places;
-  Walk(expression, visible, older, [&](std::int64_t place) {
+  Walk(expression, visible, FilterOf(request), older, [&](std::int64_t place) {
     if (found++ >= skip && places.size() < static_cast<std::size_t>(count)) {
       places.push_back(place);
     }
@@ -164,14 +189,16 @@ std::vector<biz::IMConversationID> MessageSearch::Conversations(
   if (!expression) return {};
   PlaceRange range;
   range.Between(request.btime, request.etime);
+  const Filter filter = FilterOf(request);
   auto row = store_.Use().Prepare(
       "SELECT " CONVERSATION_COLUMNS
       " FROM "
       "(SELECT m.conversation AS id, max(m.place) AS newest FROM search s "
       "CROSS JOIN messages m ON m.place=s.rowid "
-      "WHERE s.search MATCH ? AND s.rowid BETWEEN ? AND ? GROUP BY m.conversation) f "
+      "WHERE s.search MATCH ?1 AND s.rowid BETWEEN ?2 AND ?3 AND " PASSES("?4", "?5")
+      " GROUP BY m.conversation) f "
       "JOIN conversations c ON c.id=f.id ORDER BY f.newest DESC",
-      *expression, range.first, range.last);
+      *expression, range.first, range.last, filter.senders, filter.relations);
   std::vector<biz::IMConversationID> found;
   while (row.Step()) found.push_back(ReadConversation(row, 0));
   return found;
@@ -199,7 +226,7 @@ std::vector<biz::IMMsgPicture> MessageSearch::Pictures(const biz::IMConversation
   std::size_t text = 0;
   std::vector<biz::IMMsgPicture> pictures;
   const std::string expression = "facets : \"p\" AND " + InConversation(conversation);
-  Walk(expression, visible, older, [&](std::int64_t place) {
+  Walk(expression, visible, {}, older, [&](std::int64_t place) {
     for (const biz::IMMessage& message : Load({place}, kMostText)) {
       std::vector<biz::IMMsgPicture> inside;
       for (const std::wstring_view path : PicturePaths(message.msgbody)) {

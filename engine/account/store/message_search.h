@@ -44,8 +44,17 @@ class MessageSearch {
   Visible VisiblePart(std::int64_t conversation, bool ignore_boundary);
 
  private:
+  // What a message has to be besides what the index tells, as lists of numbers in a text; empty:
+  // anything.
+  struct Filter {
+    std::string senders{};
+    std::string relations{};
+    bool empty() const { return senders.empty() && relations.empty(); }
+  };
+  Filter FilterOf(const biz::IMSearchRequest& request);
+
   // Calls `take` with the places that fit, from one end of the range, until it returns false.
-  void Walk(const std::string& expression, const Visible& visible, bool older,
+  void Walk(const std::string& expression, const Visible& visible, const Filter& filter, bool older,
             const std::function<bool(std::int64_t place)>& take);
   biz::IMSearchPage Find(const std::string& expression, Visible visible,
                          const biz::IMSearchRequest& request);

@@ -8,6 +8,13 @@
 
 namespace imsdk::account {
 
+namespace {
+
+// Messages of one time and one identifier, each of another sender.
+constexpr std::int64_t kMostTwins = 32;
+
+}  // namespace
+
 MessageStore::MessageStore(const sqlite::StorePlace& place, const biz::IMUserID& self,
                            std::shared_ptr<OpenStores> open)
     : self_(self), lazy_(place, std::move(open), PrepareMessageStore) {}
@@ -54,23 +61,29 @@ void MessageStore::Recover(const sqlite::Loss& loss) {
 }
 
 std::optional<biz::IMMessage> MessageStore::Find(const biz::IMConversationID& cid,
-                                                 std::int64_t msgid) {
-  auto row = database().Prepare(MESSAGE_QUERY "WHERE m.msgid=? AND m.conversation=?", msgid,
-                                conversations_.Find(cid));
+                                                 std::int64_t msgid, const biz::IMUserID& from) {
+  auto row = database().Prepare(MESSAGE_QUERY
+                                "WHERE m.msgid=?1 AND m.conversation=?2 AND (?3 OR m.sender=?4) "
+                                "ORDER BY m.place DESC LIMIT 1",
+                                msgid, conversations_.Find(cid), std::int64_t{from.empty()},
+                                FindSender(from));
   if (!row.Step()) return std::nullopt;
   return ReadMessage(row, self_);
 }
 
 std::optional<biz::IMMessage> MessageStore::FindAnywhere(std::int64_t msgid) {
-  auto row = database().Prepare(MESSAGE_QUERY "WHERE m.msgid=?", msgid);
+  auto row =
+      database().Prepare(MESSAGE_QUERY "WHERE m.msgid=? ORDER BY m.place DESC LIMIT 1", msgid);
   if (!row.Step()) return std::nullopt;
   return ReadMessage(row, self_);
 }
 
-std::string MessageStore::ServerPlace(const biz::IMConversationID& cid, std::int64_t msgid) {
-  auto row =
-      database().Prepare("SELECT server_place FROM messages WHERE msgid=? AND conversation=?",
-                         msgid, conversations_.Find(cid));
+std::string MessageStore::ServerPlace(const biz::IMConversationID& cid, const Position& position) {
+  // A page may know the time of an own message from before it was set right.
+  auto row = database().Prepare(
+      "SELECT server_place FROM messages WHERE msgid=?1 AND conversation=?2 "
+      "ORDER BY msgtime=?3 DESC LIMIT 1",
+      position.msgid, conversations_.Find(cid), position.msgtime);
   return row.Step() ? row.Text(0) : std::string();
 }
 
@@ -83,8 +96,8 @@ biz::IMMessagePage MessageStore::Page(const biz::IMConversationID& cid,
   const std::int64_t conversation = conversations_.Find(cid);
   auto [range, part] = search_.VisiblePart(conversation, request.ignoreboundary);
   range.GoOnFrom(places_, at, older);
-  // One more than asked for tells whether the store goes on.
-  const std::int64_t limit = std::int64_t{count} + 1;
+  // One more than asked for tells whether the store goes on; a few have the position of the last.
+  const std::int64_t limit = std::int64_t{count} + kMostTwins;
   auto row = older ? database().Prepare(MESSAGE_QUERY
                                         "WHERE m.conversation=?1 AND m.place BETWEEN ?2 AND ?3 "
                                         "AND (?4=-1 OR m.part=?4) ORDER BY m.place DESC LIMIT ?5",
@@ -97,12 +110,15 @@ biz::IMMessagePage MessageStore::Page(const biz::IMConversationID& cid,
   page.outofcache = true;
   std::size_t text = 0;
   while (row.Step()) {
-    if (page.msgs.size() == static_cast<std::size_t>(count) || text > kMostText) {
+    biz::IMMessage message = ReadMessage(row, self_);
+    // The next page begins behind the position, so messages of one position stay together.
+    const bool twin = !page.msgs.empty() && PositionOf(page.msgs.back()) == PositionOf(message);
+    if (!twin && (page.msgs.size() >= static_cast<std::size_t>(count) || text > kMostText)) {
       page.outofcache = false;
       break;
     }
-    page.msgs.push_back(ReadMessage(row, self_));
-    text += page.msgs.back().msgbody.size();
+    text += message.msgbody.size();
+    page.msgs.push_back(std::move(message));
   }
   if (older) std::reverse(page.msgs.begin(), page.msgs.end());
   return page;

@@ -11,11 +11,13 @@
 
 #include "account/store/conversation_table.h"
 #include "account/store/file_table.h"
+#include "account/store/mention_table.h"
 #include "account/store/message_places.h"
 #include "account/store/message_search.h"
 #include "account/store/open_stores.h"
 #include "account/store/parts.h"
 #include "account/store/positions.h"
+#include "account/store/tribe_table.h"
 #include "imsdk/biz/message.h"
 
 namespace imsdk::account {
@@ -83,6 +85,8 @@ class MessageStore {
   Parts& parts() { return parts_; }
   FileTable& files() { return files_; }
   MessageSearch& search() { return search_; }
+  MentionTable& mentions() { return mentions_; }
+  TribeTable& tribes() { return tribes_; }
 
   // How far the server has been read, in the server's own words; empty at the beginning.
   std::string LinkPosition();
@@ -117,6 +121,9 @@ class MessageStore {
   // Adds what a fetch brought, oldest first. Nothing of it is new, unless it fills a hole.
   KeptHistory AddHistory(Walk& walk, const link::GetHistory& request, const std::string& next,
                          const std::vector<Incoming>& messages);
+  // Adds messages that were fetched from here and there. Nothing of it is new, and nothing is known
+  // of what lies between them.
+  KeptHistory AddScattered(const std::vector<Incoming>& messages);
   // The server has a message of this account. Returns it with the status that it had, when it was
   // not known to be sent.
   std::optional<biz::IMMessage> SetArchived(const biz::IMConversationID& cid, std::int64_t msgid,
@@ -136,7 +143,8 @@ class MessageStore {
   // else's or was withdrawn before.
   std::optional<Withdrawn> Withdraw(const biz::IMConversationID& cid, const biz::IMUserID& sender,
                                     std::int64_t msgid);
-  // Removes messages for good; what is still being sent and what is unknown is passed over.
+  // Removes messages for good, whoever has sent them; what is still being sent and what is unknown
+  // is passed over.
   Removed Delete(const biz::IMConversationID& cid, const std::vector<std::int64_t>& msgids);
   // Begins the deletion of all messages: roaming brings none of them back. Returns the newest one's
   // position; `DeleteNext` takes what is not newer, then what is not newer than the oldest one it
@@ -158,11 +166,13 @@ class MessageStore {
                                        const std::vector<std::int64_t>& msgids);
   void SetReported(const biz::IMConversationID& cid, const std::vector<std::int64_t>& msgids);
 
-  std::optional<biz::IMMessage> Find(const biz::IMConversationID& cid, std::int64_t msgid);
-  // In any conversation.
+  // The message of this sender; without one, the newest that has the identifier.
+  std::optional<biz::IMMessage> Find(const biz::IMConversationID& cid, std::int64_t msgid,
+                                     const biz::IMUserID& from = {});
+  // In any conversation, the newest that has the identifier.
   std::optional<biz::IMMessage> FindAnywhere(std::int64_t msgid);
   // Where the server's history has a message; empty when that is not known.
-  std::string ServerPlace(const biz::IMConversationID& cid, std::int64_t msgid);
+  std::string ServerPlace(const biz::IMConversationID& cid, const Position& position);
   // A page of a conversation by (msgtime, msgid), of its complete part unless the request ignores
   // the boundary. `autoroam` changes nothing here.
   biz::IMMessagePage Page(const biz::IMConversationID& cid, const biz::IMPageRequest& request);
@@ -219,6 +229,8 @@ class MessageStore {
   ConversationTable conversations_{lazy_};
   Parts parts_{lazy_};
   FileTable files_{lazy_};
+  MentionTable mentions_{lazy_, conversations_};
+  TribeTable tribes_{lazy_};
   MessagePlaces places_{lazy_};
   MessageSearch search_{lazy_, conversations_, parts_, places_, self_};
   std::int64_t last_arrival_ = 0;  // 0: not known yet

@@ -21,7 +21,21 @@ constexpr std::chrono::milliseconds kCountPause{1'000};
 void TribeBook::ShallowLogin(biz::IMCallback<> done) {
   if (open_) return done({});
   waiting_.push_back(std::move(done));
-  if (!std::exchange(fetching_, true)) FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
+  // What the login has fetched, or fetches now, may be of a while ago.
+  if (waiting_.size() == 1) FetchAll();
+}
+
+void TribeBook::FetchAll() {
+  lost_ = false;
+  fetching_ = true;
+  FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
+}
+
+void TribeBook::Load() {
+  const auto stored = state_->store.tribes().All();
+  if (!stored) return;
+  known_ = true;
+  for (const biz::IMTribeInfo& tribe : *stored) tribes_.emplace(tribe.tribeid, tribe);
 }
 
 void TribeBook::FetchTribes(std::uint64_t fetch, const std::shared_ptr<Tribes>& found,
@@ -43,16 +57,54 @@ void TribeBook::FetchTribes(std::uint64_t fetch, const std::shared_ptr<Tribes>& 
 
 void TribeBook::FetchedTribes(const biz::ResultCode& result, Tribes found) {
   fetching_ = false;
-  bool first = false;
   if (result.ok()) {
     tribes_ = std::move(found);
-    first = !open_.exchange(true);
+    known_ = fresh_ = true;
+    KeepAll();
   } else {
-    lost_ = lost_ || open_;
+    lost_ = lost_ || known_;
   }
-  for (const auto& done : std::exchange(waiting_, {})) done(result);
-  if (first) state_->tribe_mgr_events.on_shallow_login();
+  AnswerWaiting(result);
+  for (const biz::IMTribeID tribe : std::exchange(joined_, {})) Joined(tribe);
   for (const Told& told : std::exchange(held_, {})) Happened(told.happening, told.offline);
+}
+
+void TribeBook::AnswerWaiting(const biz::ResultCode& result) {
+  if (waiting_.empty()) return;
+  // Without a link the list is that of the store.
+  const bool out_of_reach = result.code == biz::kEngineNoLink || result.code == biz::kEngineTimeout;
+  const biz::ResultCode outcome = out_of_reach && known_ ? biz::ResultCode{} : result;
+  const bool first = outcome.ok() && !open_.exchange(true);
+  for (const auto& done : std::exchange(waiting_, {})) done(outcome);
+  if (first) state_->tribe_mgr_events.on_shallow_login();
+}
+
+void TribeBook::KeepAll() {
+  std::vector<biz::IMTribeInfo> all;
+  for (const auto& [tribe, info] : tribes_) all.push_back(info);
+  state_->commit.Add(
+      [this, all](sqlite::Database&) {
+        state_->store.tribes().Replace(all);
+        for (const biz::IMTribeInfo& one : all) {
+          // A device that never heard of the joining has the conversation too.
+          state_->store.conversations().Make(biz::IMConversationID(one.tribeid));
+          mailbox_->StoreRemind(one.tribeid, one.mine.remind);
+        }
+      },
+      // What could not be stored is fetched again at the next login.
+      [self = shared_from_this(), all](const biz::ResultCode& stored) {
+        if (!stored.ok()) return;
+        for (const biz::IMTribeInfo& one : all) {
+          const biz::IMConversationID cid(one.tribeid);
+          self->state_->chat.AddConversation(cid);
+          if (one.mine.remind == biz::kRemindNothing) self->state_->chat.MarkRead(cid);
+        }
+      });
+}
+
+void TribeBook::Keep(const biz::IMTribeInfo& tribe) {
+  state_->commit.Add([this, tribe](sqlite::Database&) { state_->store.tribes().Put(tribe); },
+                     [](const biz::ResultCode&) {});
 }
 
 void TribeBook::DeepLogin(biz::IMTribeID tribe, biz::IMCallback<> done) {
@@ -149,9 +201,20 @@ Roster* TribeBook::RosterOf(biz::IMTribeID tribe) {
   return &open->second.roster;
 }
 
-void TribeBook::SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type) {
+void TribeBook::SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type,
+                              biz::IMCallback<> done) {
+  state_->commit.Add([this, tribe, type](sqlite::Database&) { mailbox_->StoreRemind(tribe, type); },
+                     [self = shared_from_this(), tribe, type,
+                      done = std::move(done)](const biz::ResultCode& stored) {
+                       if (stored.ok()) self->TakeRemind(tribe, type);
+                       done(stored);
+                     });
+}
+
+void TribeBook::TakeRemind(biz::IMTribeID tribe, biz::TribeMsgRemindType type) {
   const auto found = tribes_.find(tribe);
   if (found != tribes_.end()) found->second.mine.remind = type;
+  if (type == biz::kRemindNothing) state_->chat.MarkRead(biz::IMConversationID(tribe));
 }
 
 void TribeBook::Happened(const link::TribeHappening& happening, bool offline) {
@@ -160,13 +223,23 @@ void TribeBook::Happened(const link::TribeHappening& happening, bool offline) {
   const auto learning = learning_.find(happening.tribe);
   if (learning != learning_.end()) return learning->second.push_back(told);
   const auto* joined = std::get_if<link::TribeJoined>(&happening.change);
-  if (open_ && joined && joined->member.userid == state_->self) return Learn(told);
+  if (known_ && joined && joined->member.userid == state_->self) {
+    learning_[happening.tribe].push_back(told);
+    return Learn(happening.tribe);
+  }
   Carry(told);
 }
 
-void TribeBook::Learn(const Told& joined) {
-  const biz::IMTribeID tribe = joined.happening.tribe;
-  learning_[tribe].push_back(joined);
+void TribeBook::Joined(biz::IMTribeID tribe) {
+  if (fetching_) {
+    joined_.insert(tribe);
+  } else if (known_ && !tribes_.contains(tribe) && !learning_.contains(tribe)) {
+    Learn(tribe);
+  }
+}
+
+void TribeBook::Learn(biz::IMTribeID tribe) {
+  learning_.try_emplace(tribe);
   state_->line->Ask(link::GetTribe{tribe},
                     [weak = weak_from_this(), tribe](const biz::ResultCode& result,
                                                      const biz::IMTribeInfo& info) {
@@ -177,11 +250,14 @@ void TribeBook::Learn(const Told& joined) {
 void TribeBook::Learned(biz::IMTribeID tribe, const biz::ResultCode& result,
                         const biz::IMTribeInfo& info) {
   const auto held = learning_.extract(tribe);
-  if (result.ok() && info.mine.level != biz::kTribeNobody) tribes_.insert_or_assign(tribe, info);
+  if (result.ok() && info.mine.level != biz::kTribeNobody) {
+    tribes_.insert_or_assign(tribe, info);
+    Keep(info);
+  }
   // Without a link the list is fetched anew when it is back.
   if (result.code == biz::kEngineNoLink || result.code == biz::kEngineTimeout) lost_ = true;
   if (held.empty()) return;
-  Carry(held.mapped().front());
+  if (!held.mapped().empty()) Carry(held.mapped().front());
   // A second joining among them is learned by itself.
   for (std::size_t i = 1; i < held.mapped().size(); ++i) {
     Happened(held.mapped()[i].happening, held.mapped()[i].offline);
@@ -204,12 +280,18 @@ void TribeBook::TakeNote(const link::TribeHappening& happening) {
   const auto* left = std::get_if<link::TribeLeft>(&happening.change);
   if (left && left->user == state_->self) {
     tribes_.erase(happening.tribe);
+    state_->commit.Add([this, tribe = happening.tribe](
+                           sqlite::Database&) { state_->store.tribes().Remove(tribe); },
+                       [](const biz::ResultCode&) {});
     return CloseRoster(happening.tribe);
   }
   const auto tribe = tribes_.find(happening.tribe);
   if (tribe == tribes_.end()) return;
   const std::int32_t before = tribe->second.members;
   ChangeTribeInfo(happening, state_->self, &tribe->second);
+  // How many are in it is known with the next list; a crowd that comes costs no writing.
+  const bool other_member = left || std::holds_alternative<link::TribeJoined>(happening.change);
+  if (!other_member) Keep(tribe->second);
   const auto open = rosters_.find(happening.tribe);
   if (open == rosters_.end()) return;
   for (Roster* roster : {&open->second.roster, &open->second.coming}) {
@@ -251,10 +333,7 @@ void TribeBook::TellCounts() {
 
 void TribeBook::Connected() {
   // Fetches that the lost link left open have failed, and with them whoever waited.
-  if (open_ && std::exchange(lost_, false)) {
-    fetching_ = true;
-    FetchTribes(++last_fetch_, std::make_shared<Tribes>(), {});
-  }
+  if (!fetching_ && (!fresh_ || lost_)) FetchAll();
   for (const auto& [tribe, open] : rosters_) {
     if (open.complete) Renew(tribe);
   }

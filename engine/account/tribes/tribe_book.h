@@ -11,20 +11,26 @@
 #include <vector>
 
 #include "account/session/account_state.h"
+#include "account/session/mailbox.h"
 #include "account/tribes/roster.h"
 #include "imsdk/biz/tribe_mgr.h"
 #include "link/operations.h"
 
 namespace imsdk::account {
 
+// The store has the list, so that it is there without a link; with each login it is fetched anew.
 // Kept up by what the server tells in the account's feed, which has no gaps: what is known stays
 // right over a lost link, but for who is online. Raises the account's events of tribes after it has
 // taken note itself. Used on the account's worker.
 class TribeBook : public std::enable_shared_from_this<TribeBook> {
  public:
-  explicit TribeBook(std::shared_ptr<AccountState> state) : state_(std::move(state)) {}
+  // The mailbox lives as long as the account.
+  TribeBook(std::shared_ptr<AccountState> state, std::shared_ptr<Mailbox> mailbox)
+      : state_(std::move(state)), mailbox_(std::move(mailbox)) {}
 
-  // Whether the account's tribes are known. Any thread.
+  // Takes up what the store has of the account's tribes. May throw `sqlite::Error`.
+  void Load();
+  // Whether a page has asked for the account's tribes, and they are known. Any thread.
   bool IsOpen() const { return open_; }
   // See `IIMTribeMgr`.
   void ShallowLogin(biz::IMCallback<> done);
@@ -35,8 +41,14 @@ class TribeBook : public std::enable_shared_from_this<TribeBook> {
   std::vector<biz::IMTribeInfo> All();
   // The members of a tribe with a deep login. Null without.
   Roster* RosterOf(biz::IMTribeID tribe);
-  void SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type);
+  // The account has set it here.
+  void SetRemindType(biz::IMTribeID tribe, biz::TribeMsgRemindType type, biz::IMCallback<> done);
+  // The store has a type that another device set.
+  void TakeRemind(biz::IMTribeID tribe, biz::TribeMsgRemindType type);
 
+  // The account is a member now. Mostly a happening says so too, but not of a tribe that begins
+  // with the account in it.
+  void Joined(biz::IMTribeID tribe);
   // What the server told. `offline`: it happened before the account came; nobody is told.
   void Happened(const link::TribeHappening& happening, bool offline);
   void Present(const link::TribePresence& presence);
@@ -60,8 +72,12 @@ class TribeBook : public std::enable_shared_from_this<TribeBook> {
     bool offline = false;
   };
 
+  void FetchAll();
   void FetchTribes(std::uint64_t fetch, const std::shared_ptr<Tribes>& found, std::string place);
   void FetchedTribes(const biz::ResultCode& result, Tribes found);
+  void AnswerWaiting(const biz::ResultCode& result);
+  void KeepAll();
+  void Keep(const biz::IMTribeInfo& tribe);
   void FetchMembers(biz::IMTribeID tribe, std::uint64_t fetch, std::string place);
   void FetchedMembers(biz::IMTribeID tribe, const biz::ResultCode& result);
   void Renew(biz::IMTribeID tribe);
@@ -70,20 +86,24 @@ class TribeBook : public std::enable_shared_from_this<TribeBook> {
 
   void TakeNote(const link::TribeHappening& happening);
   // The account has joined: its tribe is asked for, and what happens there meanwhile waits.
-  void Learn(const Told& joined);
+  void Learn(biz::IMTribeID tribe);
   void Learned(biz::IMTribeID tribe, const biz::ResultCode& result, const biz::IMTribeInfo& info);
   void Carry(const Told& told);
   void CountSoon(biz::IMTribeID tribe);
   void TellCounts();
 
   const std::shared_ptr<AccountState> state_;
+  const std::shared_ptr<Mailbox> mailbox_;
   std::atomic<bool> open_{false};
+  bool known_ = false;  // from the store or the server
+  bool fresh_ = false;  // from the server, since the account is logged in
   bool fetching_ = false;
   bool lost_ = false;
   std::uint64_t last_fetch_ = 0;  // of the tribes
   std::uint64_t last_member_fetch_ = 0;
   std::vector<biz::IMCallback<>> waiting_;  // for the tribes
   std::vector<Told> held_;                  // what happened while they were fetched
+  std::set<biz::IMTribeID> joined_;         // meanwhile
   std::map<biz::IMTribeID, std::vector<Told>> learning_;
   std::vector<std::function<void()>> when_learned_;
   Tribes tribes_;

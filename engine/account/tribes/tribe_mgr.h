@@ -153,23 +153,4 @@ class TribeMgr final : public RefPtrCounted<biz::IIMTribeMgr> {
   const std::shared_ptr<TribeBook> book_;
 };
 
-// Asks for all parts of a list, `parts` among them a part's items, and hands them over together.
-template <class Operation, class Items>
-void AskParts(const std::shared_ptr<AccountState>& state, Operation operation,
-              Items Operation::Reply::*items,
-              std::function<void(const biz::ResultCode&, const Items&)> done,
-              std::shared_ptr<Items> found = std::make_shared<Items>()) {
-  using Reply = typename Operation::Reply;
-  AskServer(state, operation,
-            biz::IMCallback<Reply>([state, operation, items, done, found](
-                                       const biz::ResultCode& result, const Reply& part) {
-              if (!result.ok()) return done(result, {});
-              found->insert(found->end(), (part.*items).begin(), (part.*items).end());
-              if (part.next.empty()) return done({}, *found);
-              Operation further = operation;
-              further.place = part.next;
-              AskParts(state, std::move(further), items, done, found);
-            }));
-}
-
 }  // namespace imsdk::account

@@ -86,27 +86,17 @@ void TribeMgr::SetMsgRemindType(const biz::IMTribeNumber& request, Done<> done) 
   }
   const auto type = static_cast<biz::TribeMsgRemindType>(request.num);
   AskServer(state_, link::SetRemindType{request.tribeid, type},
-            Done<>([book = book_, tribe = request.tribeid, type,
+            Done<>([state = state_, book = book_, tribe = request.tribeid, type,
                     done = std::move(done)](const biz::ResultCode& result) {
-              if (result.ok()) book->SetRemindType(tribe, type);
-              done(result);
+              if (!result.ok() || state->ended) return done(result);
+              book->SetRemindType(tribe, type, done);
             }));
 }
 
 void TribeMgr::GetMsgRemindType(const biz::IMTribeRequest& request,
                                 Done<biz::IMTribeNumberValue> done) {
-  WithTribes(request, done,
-             [book = book_, done](AccountState& here, TribeBook&, const auto& asked) {
-               if (!book->Find(asked.tribeid)) return done(NoMemberOf(), {});
-               // Another device may have set it, and nobody tells of that.
-               here.line->Ask(link::GetTribe{asked.tribeid},
-                              [book, tribe = asked.tribeid, done](const biz::ResultCode& result,
-                                                                  const biz::IMTribeInfo& info) {
-                                if (!result.ok()) return done(result, {});
-                                book->SetRemindType(tribe, info.mine.remind);
-                                done({}, NumberOf(info.mine.remind));
-                              });
-             });
+  ReadTribe(request, std::move(done),
+            [](const biz::IMTribeInfo& tribe) { return NumberOf(tribe.mine.remind); });
 }
 
 void TribeMgr::ChangeNumber(const biz::IMTribeNumber& request, biz::TribeModifyKey key,

@@ -89,6 +89,9 @@ struct IMTribeChatEvents {
   base::event<void(const IMTribeID&, TMMsgType, std::int64_t, std::int64_t, const ResultCode&)>
       on_send_msg_status;
   base::event<void(const IMTribeID&, const TMMsgWithdraw&, const ResultCode&)> on_msg_withdraw;
+  // Mentions were read: other members read mentions of own messages, or the account read mentions
+  // of it, on whatever device. Several readings may come as one event.
+  base::event<void(const IMTribeID&, const IMAtReaded&)> on_tribe_at_msg_readed;
 };
 
 using BizSysMsg = IMMessage;

@@ -9,6 +9,7 @@
 #include "imsdk/biz/callback.h"
 #include "imsdk/biz/conversation_id.h"
 #include "imsdk/biz/history.h"
+#include "imsdk/biz/mentions.h"
 #include "imsdk/biz/message.h"
 #include "kexcom/ref_counted.h"
 
@@ -26,9 +27,12 @@ struct IMSendRequest {
   // the body and kind of the account's stored message are sent.
   std::int64_t forward_msgid = 0;
   std::int32_t forward_msgtype = kMsgText;
+  // Whom it mentions; only in a tribe. Nothing of it goes on when a stored message is forwarded.
+  IMTribeAt tribeat{};
 
   static constexpr auto Bounds() {
     return Bounded(Entries("msgbody", &IMSendRequest::body, kMaxBodyItems),
+                   Inner("tribeat", &IMSendRequest::tribeat),
                    Whole("msgbody", BoundUnit::kBytes, kMaxMessageBytes),
                    Whole("msgbody", BoundUnit::kContent, kMaxContentBytes));
   }
@@ -52,8 +56,8 @@ struct IMNote {
 
 // Counted, any thread. What the kind of a conversation cannot do is refused with `kEngineRefused`:
 // a virtual one has no peer to send to, to roam from or to report to; a tribe has no typing state
-// and no automatic replies to shield. What the account's server cannot do is refused with
-// `kEngineUnsupported`.
+// and no automatic replies to shield; only a tribe has mentions. What the account's server cannot
+// do is refused with `kEngineUnsupported`.
 class IIMConversation : public IKexCOMRefCounted {
  public:
   virtual const IMConversationID& GetCID() const = 0;
@@ -104,6 +108,11 @@ class IIMConversation : public IKexCOMRefCounted {
   //   once; once more, and good, when a message that was given up turns out to be in the server's
   //   archive. A process that dies between the two raises it after the next login, when the server
   //   has answered.
+  // A message that mentions somebody outside a tribe is refused with `kEngineRefused`. Of the users
+  // named the server leaves out those whom it does not know; who is no member stays named and is
+  // not counted. With `kEngineRefused` a message fails that names nobody it knows
+  // (`kTribeUserNotAMember`), and one to all members when the account may not mention all
+  // (`kTribeAtAllRefused`).
   virtual void SendMsg(const IMSendRequest& request, IMCallback<> done) = 0;
   // Sends a stored message again, only one that failed; answered at once. Good: it is tried, and
   // `on_send_msg_status` follows; if the process dies before that, the message is still stored, as
@@ -126,6 +135,41 @@ class IIMConversation : public IKexCOMRefCounted {
   // Adds a note of the client to the conversation, on this device only: a read message from the
   // peer with `syschatmsg` set. `on_receive_new_msg` is raised with it.
   virtual void AddSysMsg(const IMNote& request, IMCallback<> done) = 0;
+
+  // Mentions (mentions.h). A mention is unread until `SetTribeAtMsgsReaded` names it; reading the
+  // conversation does not change that.
+
+  // That a member can be mentioned, and under which name; `kEngineRefused` with
+  // `kTribeUserNotAMember` or, for all members, `kTribeAtAllRefused` when not.
+  virtual void AtTribeMember(const IMAtMemberRequest& request, IMCallback<IMAtMember> done) = 0;
+  // The mention of a stored message, an own one when no sender is named; `kEngineNotFound` when it
+  // is not there.
+  virtual void GetSendMsgTribeAtInfo(const IMMsgRequest& request, IMCallback<IMTribeAt> done) = 0;
+  // The unread mentions of the account here, and the read counts of those of its own messages that
+  // are named, as the server knows them. Without names no server is asked. Messages that are not
+  // its own or mention nobody are passed over.
+  virtual void GetTribeAtMsgUnreadCount(const IMMsgsRequest& request,
+                                        IMCallback<IMAtUnread> done) = 0;
+  // Who has read an own message that mentions, as the server knows it. `kEngineNotFound` for one
+  // that is not the account's or mentions nobody.
+  virtual void GetTribeAtMsgUnreadUsers(const IMMsgRequest& request,
+                                        IMCallback<IMAtReaders> done) = 0;
+  // A page of the server's messages that mention the account; the account's store keeps them. The
+  // request's boundary and `autoroam` do not count.
+  virtual void RoamTribeAtMsgs(const IMPageRequest& request, IMCallback<IMMessagePage> done) = 0;
+  // The messages around a mention, from the server; the account's store keeps them. About as many
+  // are older as are newer. `kEngineNotFound` when the server does not know the message.
+  // `outofcache` tells that there is nothing further in one of the directions.
+  virtual void RoamTribeAtMsgContext(const IMAtContextRequest& request,
+                                     IMCallback<IMMessagePage> done) = 0;
+  // Marks mentions of the account as read; all unread ones here when none are named. The senders
+  // and the account's other devices are told by `on_tribe_at_msg_readed`. What is no unread mention
+  // of the account is passed over.
+  virtual void SetTribeAtMsgsReaded(const IMMsgsRequest& request, IMCallback<> done) = 0;
+  // Searches, in the account's store, the messages of the members whom the account pays attention
+  // to; of `fromids` only those count who are among them.
+  virtual void SearchAttentionMsg(const IMSearchRequest& request,
+                                  IMCallback<IMSearchPage> done) = 0;
 
  protected:
   ~IIMConversation() = default;

@@ -28,6 +28,9 @@ struct IMMessagePage {
   // messages that the request wanted.
   bool outofcache = false;
   std::vector<IMMessage> msgs;
+  // Why the server could not be asked for what the store lacks of the page; 0 when it was asked, or
+  // did not have to be.
+  std::int32_t roamcode = 0;
 };
 
 // A number of messages.
@@ -44,9 +47,14 @@ struct IMMsgPosition {
 // One message of a conversation.
 struct IMMsgRequest {
   std::int64_t msgid = 0;
+  // Its sender. Empty: whoever has one with this identifier, the newest of several.
+  IMUserID fromid{};
+
+  static constexpr auto Bounds() { return Bounded(Inner("fromid", &IMMsgRequest::fromid)); }
 };
 
-// Several messages of a conversation. What none means, the operation says.
+// Several messages of a conversation: whatever there has one of the identifiers. What none means,
+// the operation says.
 struct IMMsgsRequest {
   std::vector<std::int64_t> msgids{};
 
@@ -81,6 +89,8 @@ struct IMReadFlags {
 // letters of scripts without spaces and emoji anywhere; case and accents make no difference.
 // Keywords without any letter, digit or emoji fit nothing; one that is there twice counts once.
 struct IMSearchRequest {
+  std::vector<IMUserID> fromids{};          // the senders; empty: all
+  std::vector<std::int32_t> atrelations{};  // `TribeAtRelation`; empty: all
   std::vector<std::wstring> keywords{};
   std::vector<std::int32_t> msgtypes{};  // empty: all
   std::int64_t btime = 0;                // msgtime from here on; 0: from the beginning
@@ -98,7 +108,9 @@ struct IMSearchRequest {
   // Each word, each letter of a script without spaces and each kind is a reader of the index of its
   // own.
   static constexpr auto Bounds() {
-    return Bounded(Entries("keywords", &IMSearchRequest::keywords, 1024),
+    return Bounded(Entries("fromids", &IMSearchRequest::fromids, kMaxMentioned),
+                   Entries("atrelations", &IMSearchRequest::atrelations, 64),
+                   Entries("keywords", &IMSearchRequest::keywords, 1024),
                    Letters("keywords", &IMSearchRequest::keywords, 1024),
                    Entries("msgtypes", &IMSearchRequest::msgtypes, 64));
   }

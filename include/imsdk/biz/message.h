@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "imsdk/biz/conversation_id.h"
+#include "imsdk/biz/mentions.h"
 #include "imsdk/biz/user_id.h"
 #include "kexbase/file_path.h"
 
@@ -56,7 +57,9 @@ struct IMMessageExt {
 // One message of a conversation as one account sees it. Times are milliseconds since the Unix
 // epoch, UTC.
 struct IMMessage {
-  std::int64_t msgid = 0;    // unique for its sender; a later message of it has a greater one
+  // Unique for its sender; a later message of it has a greater one. Two senders of a tribe may have
+  // the same.
+  std::int64_t msgid = 0;
   std::int64_t msgtime = 0;  // by the sender's clock
   IMConversationID cid;
   IMUserID fromid;
@@ -67,6 +70,7 @@ struct IMMessage {
   std::int64_t svrtime = 0;  // by the server's clock; 0 until it is known
   std::int32_t readflag = kMsgUnread;
   IMMessageExt extinfo;
+  IMTribeAt tribeat{};  // whom it mentions; nobody outside tribes
 };
 using TMMessage = IMMessage;  // of a tribe
 using TMMsgType = IMMsgType;

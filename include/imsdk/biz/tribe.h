@@ -97,6 +97,7 @@ enum TribeRefusal : std::int32_t {
   kTribeYourself = 16,        // the operation is for others
   kTribeAlreadySo = 17,       // closed already, enabled already
   kTribeTooManyTries = 18,    // of passwords, for now
+  kTribeAtAllRefused = 19,    // the account may not mention all members
 };
 
 // A member. `name` is the user's own name, `display` what to show in this tribe: the nickname

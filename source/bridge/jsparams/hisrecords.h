@@ -5,11 +5,10 @@
 
 namespace imsdk::bridge {
 
-inline constexpr NamedValue kRoamingValues[] = {
-    {biz::kRoamingOff, "kRoamingOff", "The server does not hand out history."},
-    {biz::kRoamingOn, "kRoamingOn", "The server hands out history."},
+inline constexpr Values kRoaming{
+    Value<biz::kRoamingOff>("The server does not hand out history."),
+    Value<biz::kRoamingOn>("The server hands out history."),
 };
-inline constexpr ValueSet kRoaming{"IMRoaming", kRoamingValues};
 
 inline constexpr char kMsgIdsSays[] = "Identifiers of messages.";
 inline constexpr char kBTimeSays[] = "From this time on, milliseconds; empty: from the beginning.";
@@ -80,38 +79,37 @@ struct WithdrawNotify : biz::ResultCode {
       FieldList(Field("withdraws", &WithdrawNotify::withdraws, "The messages taken back.")));
 };
 
-template <>
-struct Record<biz::IMSearchRequest> {
+// Which of the messages that fit are wanted.
+inline constexpr auto kSearchPageFields = [] {
   using R = biz::IMSearchRequest;
-  static constexpr auto kFields = FieldList(
-      Field("keywords", &R::keywords, kKeywordsSays),
-      Field("msgtypes", &R::msgtypes, kMsgTypesSays, &kMsgType),
-      Field("btime", &R::btime, kBTimeSays), Field("etime", &R::etime, kETimeSays),
+  return FieldList(
       Field("msgtime", &R::msgtime, kFromTimeSays), Field("msgid", &R::msgid, kFromMsgSays),
       Field("gohistory", &R::gohistory, kGoHistorySays),
       Field("ignoreboundary", &R::ignoreboundary, kIgnoreBoundarySays),
       Field("count", &R::count, kCountSays),
       Field("needpage", &R::needpage, "1: by page number, with totals, not by position."),
       Field("page", &R::page, "Number of the page from 1, the newest messages on the first."));
-};
+}();
 
-struct SearchAnswer : InConversation, biz::IMSearchPage {
+// What a search was asked to find, as far as its answer repeats it.
+struct SearchFilters {
   std::vector<std::wstring> keywords;
   std::vector<std::int32_t> msgtypes;
+  std::vector<biz::IMUserID> fromids;
+  std::vector<std::int32_t> atrelations;
 };
-template <class Form>
-requires IsConversationForm<Form>
-struct FormRecord<SearchAnswer, Form> {
-  using R = SearchAnswer;
-  static constexpr auto kFields = std::tuple_cat(
-      Form::kIdFields,
-      FieldList(Field("keywords", &R::keywords, kKeywordsSays),
-                Field("msgtypes", &R::msgtypes, kMsgTypesSays, &kMsgType),
-                Field("currentpage", &R::currentpage, "Number of this page; 0 by position."),
-                Field("totalpage", &R::totalpage, "Number of pages; 0 by position."),
-                Field("totalcount", &R::totalcount, "Number of messages that fit; 0 by position."),
-                Field("msgs", &R::msgs, kMsgsSays)));
-};
+
+struct SearchAnswer : InConversation, biz::IMSearchPage, SearchFilters {};
+
+// What was found.
+inline constexpr auto kFoundFields = [] {
+  using R = biz::IMSearchPage;
+  return FieldList(
+      Field("currentpage", &R::currentpage, "Number of this page; 0 by position."),
+      Field("totalpage", &R::totalpage, "Number of pages; 0 by position."),
+      Field("totalcount", &R::totalcount, "Number of messages that fit; 0 by position."),
+      Field("msgs", &R::msgs, kMsgsSays));
+}();
 
 // A search for conversations does not page.
 struct SearchCidRequest : biz::IMSearchRequest {};
@@ -122,6 +120,23 @@ struct Record<SearchCidRequest> {
       FieldList(Field("keywords", &R::keywords, kKeywordsSays),
                 Field("msgtypes", &R::msgtypes, kMsgTypesSays, &kMsgType),
                 Field("btime", &R::btime, kBTimeSays), Field("etime", &R::etime, kETimeSays));
+};
+
+template <>
+struct Record<biz::IMSearchRequest> {
+  static constexpr auto kFields =
+      std::tuple_cat(Record<SearchCidRequest>::kFields, kSearchPageFields);
+};
+
+template <class Form>
+requires IsConversationForm<Form>
+struct FormRecord<SearchAnswer, Form> {
+  using R = SearchAnswer;
+  static constexpr auto kFields =
+      std::tuple_cat(Form::kIdFields,
+                     FieldList(Field("keywords", &R::keywords, kKeywordsSays),
+                               Field("msgtypes", &R::msgtypes, kMsgTypesSays, &kMsgType)),
+                     kFoundFields);
 };
 
 struct SearchCidAnswer : biz::IMConversations {

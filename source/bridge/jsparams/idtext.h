@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "imsdk/biz/conversation_id.h"
+#include "imsdk/biz/message.h"
 #include "kexbase/strings.h"
 
 namespace imsdk::bridge {
@@ -26,6 +27,11 @@ std::wstring Joined(const std::vector<Item>& items, const TextOf& text_of) {
     joined += text_of(item);
   }
   return joined;
+}
+
+// The identifiers of messages.
+inline std::wstring MsgIdsText(const std::vector<biz::IMMessage>& msgs) {
+  return Joined(msgs, [](const biz::IMMessage& msg) { return base::NumberToWide(msg.msgid); });
 }
 
 }  // namespace imsdk::bridge

@@ -39,14 +39,27 @@ JsonText::~JsonText() {
   if (buffer_.room <= kMostKept) Kept() = std::move(buffer_);
 }
 
+void JsonText::Expect(std::size_t characters) {
+  if (size_ + characters > kMostKept) front_.reserve(size() + characters);
+}
+
 void JsonText::Grow(std::size_t count) {
+  // Room beyond this would be new memory with each text, and bringing that in takes longer than
+  // writing to it.
+  if (buffer_.room >= kMostKept) {
+    front_.append(buffer_.text.get(), std::exchange(size_, 0));
+    if (count <= buffer_.room) return;
+  }
   const std::size_t room = std::max(size_ + count, std::max(buffer_.room * 2, kFirstRoom));
   auto larger = std::make_unique_for_overwrite<wchar_t[]>(room);
   std::copy_n(buffer_.text.get(), size_, larger.get());
   buffer_ = {std::move(larger), room};
 }
 
-std::wstring JsonText::Take() { return {buffer_.text.get(), std::exchange(size_, 0)}; }
+std::wstring JsonText::Take() {
+  front_.append(buffer_.text.get(), std::exchange(size_, 0));
+  return std::exchange(front_, {});
+}
 
 void JsonText::Open(wchar_t bracket) {
   if (comma_) Put(L',');

@@ -30,6 +30,10 @@ class JsonText {
   // A 64-bit value as its decimal text.
   void DecimalString(std::int64_t value);
 
+  // About so many characters are still to come: what is long is then allocated once.
+  void Expect(std::size_t characters);
+  std::size_t size() const { return front_.size() + size_; }
+
   std::wstring Take();
 
  private:
@@ -53,9 +57,10 @@ class JsonText {
   // Each thread keeps the buffer of its last text: growing one anew costs more than writing it.
   static Buffer& Kept();
 
+  std::wstring front_;  // of a long text, what stood before the buffer
   Buffer buffer_;
-  std::size_t size_ = 0;
-  bool comma_ = false;  // the next value in this object or list needs a comma before it
+  std::size_t size_ = 0;  // of what is in the buffer
+  bool comma_ = false;    // the next value in this object or list needs a comma before it
 };
 
 }  // namespace imsdk::bridge

@@ -6,37 +6,33 @@
 
 namespace imsdk::bridge {
 
-inline constexpr NamedValue kMsgTypeValues[] = {
-    {biz::kMsgText, "kMsgText", "Text, with pictures and emotions as tokens."},
-    {biz::kMsgPicture, "kMsgPicture", "A picture."},
-    {biz::kMsgAudio, "kMsgAudio", "An audio recording."},
-    {biz::kMsgFile, "kMsgFile", "A file."},
-    {biz::kMsgEmotion, "kMsgEmotion", "An emotion."},
-    {biz::kMsgShake, "kMsgShake", "A window shake, without text."},
-    {biz::kMsgInputStatus, "kMsgInputStatus", "The sender's typing state; never stored."},
+inline constexpr Values kMsgType{
+    Value<biz::kMsgText>("Text, with pictures and emotions as tokens."),
+    Value<biz::kMsgPicture>("A picture."),
+    Value<biz::kMsgAudio>("An audio recording."),
+    Value<biz::kMsgFile>("A file."),
+    Value<biz::kMsgEmotion>("An emotion."),
+    Value<biz::kMsgShake>("A window shake, without text."),
+    Value<biz::kMsgInputStatus>("The sender's typing state; never stored."),
 };
-inline constexpr ValueSet kMsgType{"IMMsgType", kMsgTypeValues};
 
-inline constexpr NamedValue kMsgStatusValues[] = {
-    {biz::kMsgSending, "kMsgSending", "On its way."},
-    {biz::kMsgSent, "kMsgSent", "It is in the server's archive."},
-    {biz::kMsgFailed, "kMsgFailed", "It was not sent and may be sent again."},
-    {biz::kMsgReceived, "kMsgReceived", "A message from somebody else."},
-    {biz::kMsgWithdrawn, "kMsgWithdrawn", "Its sender took it back; the body is empty."},
+inline constexpr Values kMsgStatus{
+    Value<biz::kMsgSending>("On its way."),
+    Value<biz::kMsgSent>("It is in the server's archive."),
+    Value<biz::kMsgFailed>("It was not sent and may be sent again."),
+    Value<biz::kMsgReceived>("A message from somebody else."),
+    Value<biz::kMsgWithdrawn>("Its sender took it back; the body is empty."),
 };
-inline constexpr ValueSet kMsgStatus{"IMMsgStatus", kMsgStatusValues};
 
-inline constexpr NamedValue kReadFlagValues[] = {
-    {biz::kMsgUnread, "kMsgUnread", "Not read yet."},
-    {biz::kMsgRead, "kMsgRead", "Read; of an own message, that the peer reported so."},
+inline constexpr Values kReadFlag{
+    Value<biz::kMsgUnread>("Not read yet."),
+    Value<biz::kMsgRead>("Read; of an own message, that the peer reported so."),
 };
-inline constexpr ValueSet kReadFlag{"IMReadFlag", kReadFlagValues};
 
-inline constexpr NamedValue kInputStatusValues[] = {
-    {biz::kInputStopped, "kInputStopped", "The peer does not type."},
-    {biz::kInputTyping, "kInputTyping", "The peer types."},
+inline constexpr Values kInputStatus{
+    Value<biz::kInputStopped>("The peer does not type."),
+    Value<biz::kInputTyping>("The peer types."),
 };
-inline constexpr ValueSet kInputStatus{"InputStatus", kInputStatusValues};
 
 // Sentences of keys that many records have.
 inline constexpr char kMsgIdSays[] = "Identifier of the message, unique for its sender.";
@@ -47,6 +43,11 @@ inline constexpr char kFromIdSays[] = "The sender.";
 inline constexpr char kToIdSays[] = "The receiver.";
 inline constexpr char kMsgsSays[] = "The messages, oldest first.";
 inline constexpr char kMsgTypeSays[] = "Kind of the message.";
+inline constexpr char kMsgStatusSays[] = "State of the message.";
+inline constexpr char kMsgBodySays[] = "Text, with pictures, files and emotions as tokens.";
+inline constexpr char kExtInfoSays[] = "Extra information.";
+inline constexpr char kWhichSenderSays[] =
+    "Its sender, as two may have the same identifier; may be empty.";
 inline constexpr char kFromTimeSays[] =
     "Position where the page starts: time; empty for the newest.";
 inline constexpr char kFromMsgSays[] =
@@ -73,11 +74,10 @@ struct Record<biz::IMMessage> {
       Field("msgid", &R::msgid, kMsgIdSays), Field("msgtime", &R::msgtime, kMsgTimeSays),
       Field("cid", &R::cid, kCidSays), Field("fromid", &R::fromid, kFromIdSays),
       Field("toid", &R::toid, kToIdSays), Field("msgtype", &R::msgtype, kMsgTypeSays, &kMsgType),
-      Field("msgstatus", &R::msgstatus, "State of the message.", &kMsgStatus),
-      Field("msgbody", &R::msgbody, "Text, with pictures, files and emotions as tokens."),
-      Field("svrtime", &R::svrtime, kSvrTimeSays),
+      Field("msgstatus", &R::msgstatus, kMsgStatusSays, &kMsgStatus),
+      Field("msgbody", &R::msgbody, kMsgBodySays), Field("svrtime", &R::svrtime, kSvrTimeSays),
       Field("readflag", &R::readflag, "Whether it was read.", &kReadFlag),
-      Field("extinfo", &R::extinfo, "Extra information."));
+      Field("extinfo", &R::extinfo, kExtInfoSays));
 };
 
 template <>

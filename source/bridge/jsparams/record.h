@@ -39,25 +39,13 @@
 #include "kexbase/strings.h"
 #include "kexbase/values.h"
 #include "source/bridge/jsparams/jsontext.h"
+#include "source/bridge/jsparams/values.h"
 
 namespace imsdk::bridge {
 
 // A 64-bit number that JSON has as an integer, against the rule. Only written.
 struct WholeNumber {
   std::int64_t value = 0;
-};
-
-// One value of an enumeration and what it means.
-struct NamedValue {
-  std::int64_t value;
-  const char* name;
-  const char* sentence;
-};
-
-// The values that an integer may have.
-struct ValueSet {
-  const char* name;
-  std::span<const NamedValue> values;
 };
 
 // `Access` is a pointer to the member or a path of them. Only records for which `test` holds have

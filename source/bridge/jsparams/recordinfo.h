@@ -50,21 +50,6 @@ struct NamedAs {
 
 namespace internal {
 
-// The compiler's own text for the type stands in the function's.
-template <class T>
-consteval std::string_view TypeName() {
-  std::string_view text = __PRETTY_FUNCTION__;
-  text.remove_prefix(text.find("T = ") + 4);
-  text = text.substr(0, text.find_first_of("<;]"));
-  return text.substr(text.rfind(':') + 1);
-}
-template <class T>
-inline constexpr auto kTypeName = [] {
-  std::array<char, TypeName<T>().size()> name{};
-  std::copy_n(TypeName<T>().begin(), name.size(), name.begin());
-  return name;
-}();
-
 template <class Access>
 struct MemberOf;
 template <class C, class M>
@@ -118,8 +103,7 @@ constexpr TypeInfo MakeTypeInfo() {
       info = MakeTypeInfo<Form, Items>();
     } else {
       info = {JsonKind::kRecord, kFieldInfos<Form, T>};
-      constexpr auto& kName = kTypeName<typename NamedAs<T>::Type>;
-      info.name = {kName.data(), kName.size()};
+      info.name = kName<OfType<typename NamedAs<T>::Type>>;
     }
     info.under_result = requires { RecordIn<T, Form>::kUnderResult; };
     return info;

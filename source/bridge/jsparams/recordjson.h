@@ -104,6 +104,19 @@ void WriteMembers(JsonText& json, const R& record) {
   std::apply([&](const auto&... field) { (write(field), ...); }, RecordIn<R, Form>::kFields);
 }
 
+// The first items of a long list tell how long it will be.
+template <class Form, class T>
+void WriteItems(JsonText& json, const std::vector<T>& items) {
+  constexpr std::size_t kSample = 64;
+  json.BeginList();
+  const std::size_t start = json.size();
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (i == kSample) json.Expect((json.size() - start) / kSample * items.size() / 8 * 9);
+    WriteValue<Form>(json, items[i]);
+  }
+  json.EndList();
+}
+
 template <class Form, class T>
 void WriteValue(JsonText& json, const T& value) {
   if constexpr (std::is_same_v<T, std::wstring>) {
@@ -119,9 +132,7 @@ void WriteValue(JsonText& json, const T& value) {
   } else if constexpr (std::is_pointer_v<T>) {  // what the record only points to
     WriteValue<Form>(json, *value);
   } else if constexpr (kIsVector<T>) {
-    json.BeginList();
-    for (const auto& item : value) WriteValue<Form>(json, item);
-    json.EndList();
+    WriteItems<Form>(json, value);
   } else if constexpr (kIsMap<T>) {
     json.BeginList();
     using Item = MapItem<const typename T::key_type*, const typename T::mapped_type*>;

@@ -13,13 +13,28 @@ namespace {
 
 using base::Value;
 
-constexpr std::string_view kSecretKeys[] = {"password", "token"};
+// What a key that means a secret has in it, in whatever case and with whatever around it.
+constexpr std::string_view kSecretWords[] = {"password", "passwd", "pwd", "token", "secret"};
 constexpr std::string_view kMask = "***";
+
+template <class Char>
+bool HasSecretWord(std::basic_string_view<Char> text) {
+  const auto same = [](Char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; };
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    for (const std::string_view word : kSecretWords) {
+      const auto rest = text.substr(at, word.size());
+      if (same(rest[0], word[0]) && rest.size() == word.size() &&
+          std::equal(rest.begin(), rest.end(), word.begin(), same)) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
 
 // A secret key stands in a text as it is, or with letters in the form of "\u0061".
 bool MayHoldSecrets(std::wstring_view json) {
-  return json.find(L"\\u") != json.npos || json.find(L"password") != json.npos ||
-         json.find(L"token") != json.npos;
+  return json.find(L"\\u") != json.npos || HasSecretWord(json);
 }
 
 // Whether a text may be JSON with keys in it, or the JSON text of such a text.
@@ -70,9 +85,7 @@ Value Masked(const Value& value, const Keys& keys, bool* any) {
 
 }  // namespace
 
-bool IsSecretKey(std::string_view key) {
-  return std::find(std::begin(kSecretKeys), std::end(kSecretKeys), key) != std::end(kSecretKeys);
-}
+bool IsSecretKey(std::string_view key) { return HasSecretWord(key); }
 
 std::wstring_view SecretFree::operator()(std::wstring* made) const {
   if (!secrets_.taken && !MayHoldSecrets(json_)) return json_;

@@ -23,9 +23,13 @@ struct BodyItem {
 
 inline constexpr char kBodySays[] = "What to send, in the order in which it is shown.";
 
+// Whom a message is to mention.
+struct TribeAtRequest : biz::IMTribeAt {};
+
 struct SendMsgRequest {
   bool autosend = false;
   std::vector<BodyItem> msgbody;
+  TribeAtRequest tribeat;  // only tribes have the key
 
   static constexpr auto kFields = FieldList(
       Field("autosend", &SendMsgRequest::autosend, "1: sent by the client, not typed by its user."),
@@ -78,6 +82,12 @@ struct FormRecord<EditPicRequest, Form> {
       RecordIn<biz::IMConversations, Form>::kFields,
       FieldList(Field("fileMD5", &R::fileMD5, "The digest that the page knows the picture by."),
                 Field("filepath", &R::filepath, "The path of the picture.")));
+};
+
+template <>
+struct Record<biz::IMResendRequest> {
+  static constexpr auto kFields =
+      FieldList(Field("msgid", &biz::IMResendRequest::msgid, "The own message to send again."));
 };
 
 template <>

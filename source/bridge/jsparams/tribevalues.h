@@ -6,54 +6,46 @@
 
 namespace imsdk::bridge {
 
-inline constexpr NamedValue kTribeTypeValues[] = {
-    {biz::kNormalTribe, "kNormalTribe", "A tribe."},
-    {biz::kMultiChat, "kMultiChat", "A multi-chat: made ad hoc, everybody may invite."},
+inline constexpr Values kTribeType{
+    Value<biz::kNormalTribe>("A tribe."),
+    Value<biz::kMultiChat>("A multi-chat: made ad hoc, everybody may invite."),
 };
-inline constexpr ValueSet kTribeType{"IMTribeType", kTribeTypeValues};
 
-inline constexpr NamedValue kTribeMemberLevelValues[] = {
-    {biz::kTribeNobody, "kTribeNobody", "No member."},
-    {biz::kTribeMember, "kTribeMember", "A member."},
-    {biz::kTribeManager, "kTribeManager", "An administrator."},
-    {biz::kTribeOwner, "kTribeOwner", "The owner."},
+inline constexpr Values kTribeMemberLevel{
+    Value<biz::kTribeNobody>("No member."),
+    Value<biz::kTribeMember>("A member."),
+    Value<biz::kTribeManager>("An administrator."),
+    Value<biz::kTribeOwner>("The owner."),
 };
-inline constexpr ValueSet kTribeMemberLevel{"TribeMemberLevel", kTribeMemberLevelValues};
 
-inline constexpr NamedValue kTribeMemberBasicStatusValues[] = {
-    {biz::kMemberOffline, "kMemberOffline", "Not logged in."},
-    {biz::kMemberOnline, "kMemberOnline", "Logged in."},
+inline constexpr Values kTribeMemberBasicStatus{
+    Value<biz::kMemberOffline>("Not logged in."),
+    Value<biz::kMemberOnline>("Logged in."),
 };
-inline constexpr ValueSet kTribeMemberBasicStatus{"TribeMemberBasicStatus",
-                                                  kTribeMemberBasicStatusValues};
 
-inline constexpr NamedValue kTribeVerifyTypeValues[] = {
-    {biz::kVerifyJoinAsked, "kVerifyJoinAsked", "A request to join that waits for a decision."},
-    {biz::kVerifyInvited, "kVerifyInvited", "An invitation that waits for a decision."},
-    {biz::kVerifyJoinAllowed, "kVerifyJoinAllowed", "A request that was allowed."},
-    {biz::kVerifyJoinRefused, "kVerifyJoinRefused", "A request that was refused."},
-    {biz::kVerifyInviteAccepted, "kVerifyInviteAccepted", "An invitation that was accepted."},
-    {biz::kVerifyInviteRefused, "kVerifyInviteRefused", "An invitation that was refused."},
+inline constexpr Values kTribeVerifyType{
+    Value<biz::kVerifyJoinAsked>("A request to join that waits for a decision."),
+    Value<biz::kVerifyInvited>("An invitation that waits for a decision."),
+    Value<biz::kVerifyJoinAllowed>("A request that was allowed."),
+    Value<biz::kVerifyJoinRefused>("A request that was refused."),
+    Value<biz::kVerifyInviteAccepted>("An invitation that was accepted."),
+    Value<biz::kVerifyInviteRefused>("An invitation that was refused."),
 };
-inline constexpr ValueSet kTribeVerifyType{"TribeVerifyType", kTribeVerifyTypeValues};
 
-inline constexpr NamedValue kTribeModifyKeyValues[] = {
-    {biz::kTribeKeyName, "kTribeKeyName", "The name."},
-    {biz::kTribeKeyDescription, "kTribeKeyDescription", "The description."},
-    {biz::kTribeKeyPortrait, "kTribeKeyPortrait", "The picture."},
-    {biz::kTribeKeyClass, "kTribeKeyClass", "The class."},
-    {biz::kTribeKeyBulletin, "kTribeKeyBulletin", "The bulletin."},
-    {biz::kTribeKeyAuthType, "kTribeKeyAuthType", "Who may join."},
-    {biz::kTribeKeyJoinPassword, "kTribeKeyJoinPassword",
-     "The password to join by; the value is not told."},
-    {biz::kTribeKeyOpenHistory, "kTribeKeyOpenHistory",
-     "Whether members see what was written before they joined."},
-    {biz::kTribeKeyVisitors, "kTribeKeyVisitors", "Whether it takes visitors."},
-    {biz::kTribeKeyAtAll, "kTribeKeyAtAll", "Who may mention all members at once."},
-    {biz::kTribeKeyLevel, "kTribeKeyLevel", "The tribe's level."},
-    {biz::kTribeKeyNtfImage, "kTribeKeyNtfImage", "The picture beside its notices."},
-    {biz::kTribeKeyBusinessImage, "kTribeKeyBusinessImage", "The mark of a business."},
+inline constexpr Values kTribeModifyKey{
+    Value<biz::kTribeKeyName>("The name."),
+    Value<biz::kTribeKeyDescription>("The description."),
+    Value<biz::kTribeKeyPortrait>("The picture."),
+    Value<biz::kTribeKeyClass>("The class."),
+    Value<biz::kTribeKeyBulletin>("The bulletin."),
+    Value<biz::kTribeKeyAuthType>("Who may join."),
+    Value<biz::kTribeKeyJoinPassword>("The password to join by; the value is not told."),
+    Value<biz::kTribeKeyOpenHistory>("Whether members see what was written before they joined."),
+    Value<biz::kTribeKeyVisitors>("Whether it takes visitors."),
+    Value<biz::kTribeKeyAtAll>("Who may mention all members at once."),
+    Value<biz::kTribeKeyLevel>("The tribe's level."),
+    Value<biz::kTribeKeyNtfImage>("The picture beside its notices."),
+    Value<biz::kTribeKeyBusinessImage>("The mark of a business."),
 };
-inline constexpr ValueSet kTribeModifyKey{"TribeModifyKey", kTribeModifyKeyValues};
 
 }  // namespace imsdk::bridge

@@ -1,6 +1,7 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import { IMMsgStatus, type IMUserID } from "@imsdkbridge/client";
+import { samePeer } from "../src/store/peers.ts";
 import { chat, message, until, user } from "./rig.ts";
 
 interface Sent {
@@ -66,7 +67,7 @@ test("forwarding tells who was reached by the status events, names who was not, 
   assert.equal(toast()?.text, "Forwarded to a, c. Not forwarded to b: no such user.");
   assert.deepEqual([toast()?.kind, toast()?.lasting], ["problem", true]);
   // The list tells it too, though that conversation was never opened.
-  const line = store.conversations.sorted.value.find(({ cid }) => cid.nick === "b");
+  const line = store.conversations.sorted.value.find(({ cid }) => samePeer(cid, user("b")));
   assert.equal(line?.last?.msgstatus, IMMsgStatus.kMsgFailed);
 
   toast()!.action!.run();

@@ -1,6 +1,6 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { keyOf } from "../src/store/users.ts";
+import { keyOf } from "../src/store/peers.ts";
 import { chat, peer, SharedTabs, user, type Host } from "./rig.ts";
 
 test("whose automatic replies are ignored is remembered by account, once the host took it", async () => {

@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import { IMMsgStatus } from "@imsdkbridge/client";
-import { keyOf } from "../src/store/users.ts";
+import { keyOf } from "../src/store/peers.ts";
 import { chat, history, message, until, user } from "./rig.ts";
 
 const peer = user("peer");

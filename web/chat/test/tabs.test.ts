@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import type { IMMessage, IMUserID } from "@imsdkbridge/client";
-import { keyOf } from "../src/store/users.ts";
+import { keyOf } from "../src/store/peers.ts";
 import { chat, history, message, peer, SharedTabs, shown, until, user, type Host } from "./rig.ts";
 
 /** Two tabs of one account, both with the conversation in front, on one host. */
@@ -94,7 +94,7 @@ test("the list is in the order that a reload would show, and keeps no chat with 
     },
     DeleteLocalMsg: ({ cid }: { cid: IMUserID }) => (empty.push(cid), {}),
   });
-  const order = () => store.conversations.sorted.value.map(({ cid }) => cid.nick);
+  const order = () => store.conversations.sorted.value.map(({ cid }) => store.names.of(cid));
   await until(() => store.conversations.status.value === "ready");
   assert.deepEqual(order(), ["peer", "port"]);
   store.open(user("port"));

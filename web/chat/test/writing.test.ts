@@ -3,7 +3,7 @@ import { test } from "node:test";
 import { IMMsgStatus } from "@imsdkbridge/client";
 import { Shaking } from "../src/store/shaking.ts";
 import { Typing } from "../src/store/typing.ts";
-import { keyOf } from "../src/store/users.ts";
+import { keyOf } from "../src/store/peers.ts";
 import { chat, message, peer, shown, until, user } from "./rig.ts";
 
 test("withdraw and delete: requests, outcome, and the reason of a failure", async () => {

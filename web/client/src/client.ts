@@ -107,11 +107,15 @@ export class BridgeClient implements Calls {
   /**
    * Calls `handler` for each such notification, with its payload and the routing path that it comes
    * from; the returned function ends that. Where several paths send one name, asking for the path
-   * tells which payload it is.
+   * tells which payload it is; who does not ask gets what the payloads have in common.
    */
   on<E extends keyof Notifications>(
     event: E,
     handler: (...what: Notifications[E]) => void,
+  ): () => void;
+  on<E extends keyof Notifications>(
+    event: E,
+    handler: (payload: Notifications[E][0]) => void,
   ): () => void;
   on(event: string, handler: (payload: Record<string, unknown>, path: string) => void): () => void;
   on(event: string, handler: (payload: never, path: never) => void): () => void {
@@ -168,7 +172,9 @@ export class BridgeClient implements Calls {
     direct: boolean,
   ): Promise<ResultCode> {
     const json = JSON.stringify(request);
-    const encode = (seq: string) => encodeInvoke(`workbench.${route}`, seq, name, json);
+    // What the host serves itself has a name of its own; everything else goes to the bridge.
+    const method = route.startsWith("bridgehost.") ? route : `workbench.${route}`;
+    const encode = (seq: string) => encodeInvoke(method, seq, name, json);
     const timeout = options?.timeout ?? this.#options.timeout;
     const label = `${route.replace(/\.invoke$/, "")} ${name}`;
     const { seq, answer } = this.#calls.open(label, encode, { ...options, timeout });

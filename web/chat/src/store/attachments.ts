@@ -1,8 +1,9 @@
-import { IMMsgType, type BridgeClient, type IMUserID } from "@imsdkbridge/client";
+import { IMMsgType, type BridgeClient } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { refusalOf, typeOfFile } from "../text/attachment.ts";
 import { textOf } from "../text/reasons.ts";
-import { keyOf, sameUser } from "./users.ts";
+import { keyOf, samePeer, type Peer } from "./peers.ts";
+import type { Faces } from "./faces.ts";
 
 /** A file as the page has it; a browser's `File` is one. */
 export interface LocalFile {
@@ -21,7 +22,7 @@ export type ReadFile<F extends LocalFile = LocalFile> = (
 /** A file that is to be sent, or on its way. */
 export interface Attachment<F extends LocalFile = LocalFile> {
   id: number;
-  cid: IMUserID;
+  cid: Peer;
   file: F;
   msgtype: IMMsgType;
   state: "ready" | "reading" | "sending" | "failed";
@@ -41,22 +42,24 @@ export class Attachments<F extends LocalFile = LocalFile> {
   readonly refusals = signal<ReadonlyMap<string, readonly string[]>>(new Map());
 
   readonly #client: BridgeClient;
+  readonly #faces: Faces;
   readonly #read: ReadFile<F>;
   readonly #aborts = new Map<number, AbortController>();
   #sending: Promise<void> = Promise.resolve();
   #nextId = 1;
 
-  constructor(client: BridgeClient, read: ReadFile<F>) {
+  constructor(client: BridgeClient, faces: Faces, read: ReadFile<F>) {
     this.#client = client;
+    this.#faces = faces;
     this.#read = read;
   }
 
-  of(cid: IMUserID): Attachment<F>[] {
-    return this.all.value.filter((entry) => sameUser(entry.cid, cid));
+  of(cid: Peer): Attachment<F>[] {
+    return this.all.value.filter((entry) => samePeer(entry.cid, cid));
   }
 
   /** Takes files in; those that cannot be sent are refused with the reason. */
-  add(cid: IMUserID, files: readonly F[]): void {
+  add(cid: Peer, files: readonly F[]): void {
     const refused = files.map(refusalOf).filter(Boolean);
     this.refusals.value = new Map(this.refusals.value).set(keyOf(cid), refused);
     const added = files
@@ -68,7 +71,7 @@ export class Attachments<F extends LocalFile = LocalFile> {
     this.all.value = [...this.all.value, ...added];
   }
 
-  forgetRefusal(cid: IMUserID, refusal: string): void {
+  forgetRefusal(cid: Peer, refusal: string): void {
     const rest = this.refusals.value.get(keyOf(cid))?.filter((other) => other !== refusal) ?? [];
     this.refusals.value = new Map(this.refusals.value).set(keyOf(cid), rest);
   }
@@ -86,7 +89,7 @@ export class Attachments<F extends LocalFile = LocalFile> {
   }
 
   /** Sends what is ready, and what failed before, once `text` has gone out; else it waits here. */
-  send(cid: IMUserID, text: Promise<boolean>): Promise<void> {
+  send(cid: Peer, text: Promise<boolean>): Promise<void> {
     this.refusals.value = new Map(this.refusals.value).set(keyOf(cid), []);
     const waiting = this.of(cid).filter(({ state }) => state === "ready" || state === "failed");
     for (const { id } of waiting) this.#change(id, { state: "reading", progress: 0, problem: "" });
@@ -113,8 +116,7 @@ export class Attachments<F extends LocalFile = LocalFile> {
       if (abort.signal.aborted) return;
       this.#change(id, { state: "sending", progress: 0 });
       const item = { type: msgtype, jvale: "", value: "", filecontent, filepath: file.name };
-      const request = { cid, autosend: 0, msgbody: [item] };
-      const answer = this.#client.singlemsg.SendNormalChatMsg(request, { timeout: sendTimeout });
+      const answer = this.#faces.send(cid, [item], { timeout: sendTimeout });
       sent.start();
       await answer;
       this.remove(id);

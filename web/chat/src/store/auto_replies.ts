@@ -2,7 +2,7 @@ import type { BridgeClient, IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import type { Toasts } from "./toasts.ts";
-import { keyOf } from "./users.ts";
+import { keyOf } from "./peers.ts";
 
 /**
  * Whose automatic replies are ignored: the host stores them as read and does not announce them. The

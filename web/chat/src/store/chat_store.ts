@@ -1,23 +1,20 @@
-import type {
-  BridgeClient,
-  Calls,
-  ConnectionState,
-  IMMessage,
-  IMUserID,
-} from "@imsdkbridge/client";
-import { batch, signal } from "@preact/signals";
+import type { BridgeClient, Calls, ConnectionState, IMUserID } from "@imsdkbridge/client";
+import { batch, effect, signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { Arrivals } from "./arrivals.ts";
-import { Attachments, type LocalFile, type ReadFile } from "./attachments.ts";
+import { Attachments, type LocalFile } from "./attachments.ts";
 import { AutoReplies } from "./auto_replies.ts";
-import { ChatWindow, type PageFocus } from "./chat_window.ts";
+import { ChatWindow } from "./chat_window.ts";
 import { ConversationSearch } from "./conversation_search.ts";
 import { Conversations } from "./conversations.ts";
 import { Deliveries } from "./deliveries.ts";
-import { Emotions, type Emotion } from "./emotions.ts";
+import type { Dialog } from "./dialog.ts";
+import { Emotions } from "./emotions.ts";
 import { Faces } from "./faces.ts";
 import { GlobalSearch } from "./global_search.ts";
+import { Mentions } from "./mentions.ts";
 import { MessageActions } from "./message_actions.ts";
+import { Names } from "./names.ts";
 import { Outbox } from "./outbox.ts";
 import { PictureViewer } from "./picture_viewer.ts";
 import { Receipts } from "./receipts.ts";
@@ -25,30 +22,15 @@ import { Roaming } from "./roaming.ts";
 import { Selection } from "./selection.ts";
 import { Session } from "./session.ts";
 import { Shaking } from "./shaking.ts";
-import { Tabs, type TabChannel, type TabNews } from "./tabs.ts";
+import { Shown, type InFront } from "./shown.ts";
+import type { Surroundings } from "./surroundings.ts";
+import { Tabs, type TabNews } from "./tabs.ts";
 import { Threads } from "./threads.ts";
 import { Toasts } from "./toasts.ts";
 import { Translations } from "./translation.ts";
+import { Tribes } from "./tribes/tribes.ts";
 import { Typing } from "./typing.ts";
-import { keyOf, sameUser } from "./users.ts";
-
-/** What the store needs of the page around it. */
-export interface Surroundings<F extends LocalFile = LocalFile> {
-  /** Lives as long as the tab. */
-  storage: Storage;
-  /** Outlives the tab. */
-  memory: Storage;
-  focus: PageFocus;
-  tabs: TabChannel;
-  readFile: ReadFile<F>;
-  emotions: () => Promise<readonly Emotion[]>;
-}
-
-/** A question or a form in front of the page. */
-export type Dialog =
-  | { kind: "forward"; messages: readonly IMMessage[] }
-  | { kind: "delete"; cid: IMUserID; msgids: readonly string[] | "all" }
-  | { kind: "broadcast" | "search" | "settings" };
+import { keyOf, samePeer, type Peer, isTribe } from "./peers.ts";
 
 /** A message that was jumped to, and the words in it that were searched for. */
 export interface Target {
@@ -63,7 +45,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     reason: "",
   });
   /** The conversation in the message pane. */
-  readonly active = signal<IMUserID | undefined>(undefined);
+  readonly active = signal<Peer | undefined>(undefined);
   /** The message to bring into view; another object for each wish. */
   readonly target = signal<Target | undefined>(undefined);
   /** Grows with each wish to see the newest end of the shown conversation. */
@@ -71,13 +53,17 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   /** The newest event in words, for screen readers. */
   readonly announcement = signal("");
   readonly dialog = signal<Dialog | undefined>(undefined);
+  /** What the left column lists. */
+  readonly section = signal<"chats" | "tribes">("chats");
 
   readonly session: Session;
   readonly faces: Faces;
+  readonly names: Names;
   readonly conversations: Conversations;
   readonly threads: Threads;
   readonly outbox: Outbox;
   readonly toasts = new Toasts();
+  readonly mentions: Mentions;
   readonly receipts: Receipts;
   readonly typing: Typing;
   readonly shaking: Shaking;
@@ -93,9 +79,10 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly viewer: PictureViewer;
   readonly emotions: Emotions;
   readonly window: ChatWindow;
+  readonly tribes: Tribes;
 
   readonly #client: BridgeClient;
-  readonly #storage: Storage;
+  readonly #shown: Shown;
   readonly #tabs: Tabs;
   readonly #arrivals: Arrivals;
   #account = "";
@@ -103,19 +90,24 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   constructor(client: BridgeClient, around: Surroundings<F>) {
     const { storage, memory, focus, tabs, readFile, emotions } = around;
     this.#client = client;
-    this.#storage = storage;
+    this.#shown = new Shown(storage);
     this.session = new Session(client, storage, () => this.#entered());
     this.faces = new Faces(client);
+    this.tribes = new Tribes(client, this.toasts, () => this.closeConversation());
+    this.names = new Names(client, this.tribes.list);
     this.#tabs = new Tabs(tabs, (news) => this.#heard(news));
     this.conversations = new Conversations(client, this.faces, (cid) => this.#inUse(cid));
-    this.threads = new Threads(client, this.faces, (cid, messages) => {
+    this.threads = new Threads(this.faces, (cid, messages) => {
       for (const message of messages) this.outbox.landed(message, this.session.me.value);
       this.outbox.reconcile(cid);
       // The page may have brought what was only on the server.
       const last = messages.at(-1);
       if (last) this.conversations.note(last);
     });
-    this.outbox = new Outbox(client, storage);
+    this.outbox = new Outbox(client, this.faces, storage, (cid, text) =>
+      this.mentions.in(cid, text),
+    );
+    this.mentions = new Mentions(client, this.threads, storage);
     this.receipts = new Receipts(client, this.threads);
     this.typing = new Typing(client);
     this.shaking = new Shaking(client, this.toasts, (cid) => this.#shaken(cid));
@@ -124,20 +116,29 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.autoReplies = new AutoReplies(client, memory, this.toasts, settingChanged);
     this.roaming = new Roaming(client, settingChanged);
     const { faces, threads, conversations, toasts } = this;
-    const deleted = (cid: IMUserID, msgids: readonly string[] | "all") => {
+    const deleted = (cid: Peer, msgids: readonly string[] | "all") => {
       this.#deleted(cid, msgids);
       this.#tabs.tell({ kind: "deleted", cid, msgids });
     };
     this.actions = new MessageActions({ client, faces, threads, conversations, toasts, deleted });
-    const resend = (cid: IMUserID, msgid: string) => this.actions.sendAgain(cid, msgid);
-    this.deliveries = new Deliveries({ client, toasts, resend });
+    const resend = (cid: Peer, msgid: string) => this.actions.sendAgain(cid, msgid);
+    this.deliveries = new Deliveries({ client, faces, names: this.names, toasts, resend });
     this.search = new ConversationSearch(client, (hit) => void this.jumpTo(hit.cid, hit.msgid));
     this.globalSearch = new GlobalSearch(client);
-    this.attachments = new Attachments(client, readFile);
-    this.viewer = new PictureViewer(client);
+    this.attachments = new Attachments(client, this.faces, readFile);
+    this.viewer = new PictureViewer(this.faces);
     this.emotions = new Emotions(emotions);
     this.window = new ChatWindow(client, focus, (cid) => void this.#arrivals.takeIn(cid));
     this.#arrivals = new Arrivals(client, this, this.#tabs);
+    effect(() => {
+      const cid = this.active.value;
+      const tribe = this.tribes.open.value;
+      const inFront = tribe ? { tribeid: tribe.tribeid } : cid && { cid };
+      if (this.#account) this.#shown.keep(this.#account, inFront);
+    });
+    this.tribes.list.all.subscribe(() => {
+      if (this.conversations.status.peek() === "ready") this.#listTribes();
+    });
     this.window.attentive.subscribe((attentive) => {
       if (attentive && this.#account) void conversations.refreshUnreadOnes();
     });
@@ -162,15 +163,16 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   }
 
   /** Shows a conversation. */
-  open(cid: IMUserID): void {
-    if (sameUser(cid, this.active.value)) return;
+  open(cid: Peer): void {
+    this.tribes.hide();
+    if (samePeer(cid, this.active.value)) return;
     const before = this.active.value;
     this.#leave();
     this.active.value = cid;
     if (before) this.conversations.tidy(before);
-    this.#storage.setItem(shownKey(this.#account), JSON.stringify(cid));
     this.window.show(cid);
     void this.threads.open(cid);
+    if (isTribe(cid)) void this.mentions.load(cid.tribeid);
   }
 
   /** Shows no conversation. */
@@ -179,18 +181,17 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.#leave();
     this.active.value = undefined;
     if (before) this.conversations.tidy(before);
-    this.#storage.removeItem(shownKey(this.#account));
     this.window.show(undefined);
   }
 
   /** Shows a conversation that may not be in the list yet. */
-  startChat(cid: IMUserID): void {
+  startChat(cid: Peer): void {
     this.conversations.ensure(cid);
     this.open(cid);
   }
 
   /** Shows a message, with its conversation around it; `keywords` are marked in it. */
-  async jumpTo(cid: IMUserID, msgid: string, keywords: readonly string[] = []): Promise<void> {
+  async jumpTo(cid: Peer, msgid: string, keywords: readonly string[] = []): Promise<void> {
     this.open(cid);
     const wish = (this.target.value = { msgid, keywords });
     try {
@@ -214,8 +215,8 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   }
 
   /** Shows the newest end of a conversation, if it is the shown one. */
-  async showEnd(cid: IMUserID): Promise<void> {
-    if (!sameUser(cid, this.active.value)) return;
+  async showEnd(cid: Peer): Promise<void> {
+    if (!samePeer(cid, this.active.value)) return;
     this.target.value = undefined;
     await this.threads.toNewest(cid);
     this.endWishes.value++;
@@ -232,8 +233,9 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     const me = this.session.me.value;
     if (!me) return;
     const account = keyOf(me);
-    const shown = this.#account === account ? null : this.#storage.getItem(shownKey(account));
-    if (this.#account !== account) {
+    const fresh = this.#account !== account;
+    const before = fresh ? this.#shown.of(account) : undefined;
+    if (fresh) {
       batch(() => {
         this.closeConversation();
         this.#account = account;
@@ -242,19 +244,25 @@ export class ChatStore<F extends LocalFile = LocalFile> {
         this.conversations.clear();
         this.threads.clear();
         this.faces.clear();
+        this.names.clear();
         this.attachments.clear();
         this.deliveries.clear();
+        this.tribes.clear();
       });
+      // It stays kept until it is shown again.
+      this.#shown.keep(account, before);
     }
     this.outbox.enter(me);
+    this.mentions.enter(me);
     this.#tabs.enter(me);
     this.autoReplies.enter(me);
     this.threads.markStale();
-    void this.conversations.load().then(() => {
+    void Promise.all([this.tribes.enter(me), this.conversations.load()]).then(() => {
       // Which ones are virtual is known only now.
       if (this.#account !== account) return;
+      this.#listTribes();
       this.outbox.held().forEach((cid) => this.conversations.ensure(cid));
-      if (shown && !this.active.value) this.startChat(JSON.parse(shown));
+      if (before && !this.active.value && !this.tribes.open.value) this.#showAgain(before);
     });
     void this.translations.load();
     void this.deliveries.catchUp();
@@ -262,20 +270,34 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     if (this.active.value) void this.threads.open(this.active.value);
   }
 
+  #showAgain(before: InFront): void {
+    if ("cid" in before) return this.startChat(before.cid);
+    // The account may have been removed meanwhile.
+    if (!this.tribes.list.all.value.has(before.tribeid)) return;
+    this.section.value = "tribes";
+    this.tribes.show(before.tribeid);
+  }
+
   /** Whether a conversation is to stay in the list although there is no message in it. */
-  #inUse(cid: IMUserID): boolean {
-    return this.#written(cid) || sameUser(cid, this.active.value);
+  #inUse(cid: Peer): boolean {
+    const member = isTribe(cid) && this.tribes.list.all.peek().has(cid.tribeid);
+    return member || this.#written(cid) || samePeer(cid, this.active.value);
+  }
+
+  /** Tribes are listed before anybody has written in them. */
+  #listTribes(): void {
+    for (const cid of this.names.peers()) this.conversations.ensure(cid);
   }
 
   /** Whether there is something for this conversation that did not become a message yet. */
-  #written(cid: IMUserID): boolean {
+  #written(cid: Peer): boolean {
     return this.outbox.holds(cid) || this.attachments.of(cid).length > 0;
   }
 
   /** Messages, or all of a conversation, are gone from this device. */
-  #deleted(cid: IMUserID, msgids: readonly string[] | "all"): void {
+  #deleted(cid: Peer, msgids: readonly string[] | "all"): void {
     const gone = msgids === "all" ? "all" : new Set(msgids);
-    const active = sameUser(cid, this.active.value);
+    const active = samePeer(cid, this.active.value);
     this.threads.remove(cid, gone);
     if (active) this.selection.drop(gone);
     // What is written there keeps its place.
@@ -306,9 +328,4 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     if (this.window.shows(cid)) return;
     this.toasts.show(text, "note", { action: { label: "Open", run: () => this.open(cid) } });
   }
-}
-
-/** Where the tab keeps which conversation an account has in front, for after a reload. */
-function shownKey(account: string): string {
-  return `shown ${account}`;
 }

@@ -1,6 +1,6 @@
-import type { BridgeClient, ChatWindowState, IMUserID } from "@imsdkbridge/client";
+import type { BridgeClient, ChatWindowState } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
-import { sameUser } from "./users.ts";
+import { samePeer, type Peer, isTribe } from "./peers.ts";
 
 /** Whether the page can be seen and has the focus. */
 export interface PageFocus {
@@ -30,12 +30,12 @@ export class ChatWindow {
 
   readonly #client: BridgeClient;
   readonly #focus: PageFocus;
-  readonly #shown: (cid: IMUserID) => void;
+  readonly #shown: (cid: Peer) => void;
   #told: ChatWindowState | undefined;
-  #cid: IMUserID | undefined;
+  #cid: Peer | undefined;
 
   /** `shown` is called when a conversation comes in front of the person. */
-  constructor(client: BridgeClient, focus: PageFocus, shown: (cid: IMUserID) => void) {
+  constructor(client: BridgeClient, focus: PageFocus, shown: (cid: Peer) => void) {
     this.#client = client;
     this.#focus = focus;
     this.#shown = shown;
@@ -47,14 +47,14 @@ export class ChatWindow {
   }
 
   /** Whether the person can see this conversation now. */
-  shows(cid: IMUserID): boolean {
-    return sameUser(cid, this.#cid) && this.#focus.visible();
+  shows(cid: Peer): boolean {
+    return samePeer(cid, this.#cid) && this.#focus.visible();
   }
 
   /** Shows another conversation, or none. */
-  show(cid: IMUserID | undefined): void {
+  show(cid: Peer | undefined): void {
     const told = this.#told;
-    if (told && !sameUser(told.cid, cid)) {
+    if (told && !samePeer(told.cid, cid)) {
       this.#raise({ cid: told.cid, visible: 0, activated: 0 });
       this.#told = undefined;
     }
@@ -71,6 +71,8 @@ export class ChatWindow {
   #tell(): void {
     const cid = this.#cid;
     if (!cid) return;
+    // The host asks after windows of single chats alone.
+    if (isTribe(cid)) return void (this.#focus.visible() && this.#shown(cid));
     const visible = Number(this.#focus.visible());
     const activated = Number(this.#focus.activated());
     const told = this.#told;

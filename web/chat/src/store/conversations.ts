@@ -1,15 +1,15 @@
-import type { BridgeClient, IMMessage, IMUserID } from "@imsdkbridge/client";
+import type { BridgeClient } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import type { Faces } from "./faces.ts";
-import { comparePositions, keyOf } from "./users.ts";
+import { comparePositions, keyOf, type Peer, type ChatMessage, named } from "./peers.ts";
 
 /** One line of the conversation list. */
 export interface Conversation {
-  cid: IMUserID;
+  cid: Peer;
   unread: number;
   /** The newest message; none in a conversation that was only just started. */
-  last: IMMessage | undefined;
+  last: ChatMessage | undefined;
 }
 
 /** How many conversations are asked for their newest message at the same time. */
@@ -32,14 +32,14 @@ export class Conversations {
 
   readonly #client: BridgeClient;
   readonly #faces: Faces;
-  readonly #keeps: (cid: IMUserID) => boolean;
+  readonly #keeps: (cid: Peer) => boolean;
   /** Grows when the account changes, so that answers meant for the one before are dropped. */
   #generation = 0;
   /** Unread counts being asked for; true when asked for again meanwhile. */
   readonly #asking = new Map<string, boolean>();
 
   /** `keeps` tells of a conversation without messages whether it stays in the list. */
-  constructor(client: BridgeClient, faces: Faces, keeps: (cid: IMUserID) => boolean) {
+  constructor(client: BridgeClient, faces: Faces, keeps: (cid: Peer) => boolean) {
     this.#client = client;
     this.#faces = faces;
     this.#keeps = keeps;
@@ -56,13 +56,14 @@ export class Conversations {
   async load(): Promise<void> {
     const generation = this.#generation;
     try {
-      const [single, virtual] = await Promise.all([
+      const [single, virtual, tribes] = await Promise.all([
         this.#client.singlemsg.GetUnreadCountInBulk({}),
-        // A host without virtual conversations has the others all the same.
+        // A host without virtual conversations or tribes has the others all the same.
         this.#client.virtualmsg.GetUnreadCountInBulk({}).catch(() => ({ unreads: [] })),
+        this.#client.tribemsg.GetUnreadCountInBulk({}).catch(() => ({ unreads: [] })),
       ]);
       for (const { cid } of virtual.unreads) this.#faces.addVirtual(cid);
-      const unreads = [...single.unreads, ...virtual.unreads];
+      const unreads = [...single.unreads, ...virtual.unreads, ...tribes.unreads];
       if (generation !== this.#generation) return;
       for (const { cid, count } of unreads) this.#change(cid, { unread: count });
       // What is known and not among them may be gone.
@@ -89,46 +90,51 @@ export class Conversations {
     return this.load();
   }
 
+  /** The number of unread messages of a conversation; 0 for one that is not in the list. */
+  unreadOf(cid: Peer): number {
+    return this.#all.value.get(keyOf(cid))?.unread ?? 0;
+  }
+
   /** Puts a conversation into the list, unless it is there. */
-  ensure(cid: IMUserID): void {
+  ensure(cid: Peer): void {
     if (!this.#all.value.has(keyOf(cid))) this.#change(cid, {});
   }
 
   /** Takes a message into account as the possibly newest of its conversation. */
-  note(message: IMMessage): void {
+  note(message: ChatMessage): void {
     const last = this.#all.value.get(keyOf(message.cid))?.last;
     if (!last || comparePositions(message, last) >= 0) this.#change(message.cid, { last: message });
   }
 
   /** Changes fields of a message, if it is the newest of its conversation. */
-  patchLast(msgid: string, change: Partial<IMMessage>): void {
+  patchLast(msgid: string, change: Partial<ChatMessage>): void {
     for (const { cid, last } of this.#all.value.values()) {
       if (last?.msgid === msgid) this.#change(cid, { last: { ...last, ...change } });
     }
   }
 
   /** Carries a new state of a message over to the list. */
-  update(message: IMMessage): void {
+  update(message: ChatMessage): void {
     const last = this.#all.value.get(keyOf(message.cid))?.last;
     if (last?.msgid === message.msgid) this.#change(message.cid, { last: message });
   }
 
   /** Takes a conversation out of the list. */
-  remove(cid: IMUserID): void {
+  remove(cid: Peer): void {
     const all = new Map(this.#all.value);
     all.delete(keyOf(cid));
     this.#all.value = all;
   }
 
   /** Takes a conversation out of the list if there is nothing in it that anybody wrote. */
-  tidy(cid: IMUserID): void {
+  tidy(cid: Peer): void {
     const known = this.#all.value.get(keyOf(cid));
     const empty = known && !known.last && known.unread === 0;
     if (this.status.value === "ready" && empty && !this.#keeps(cid)) this.remove(cid);
   }
 
   /** Asks the host for the newest message anew, after the one known may have gone. */
-  async refreshLast(cid: IMUserID): Promise<void> {
+  async refreshLast(cid: Peer): Promise<void> {
     try {
       await this.#renew(cid, this.#generation);
       this.tidy(cid);
@@ -138,7 +144,7 @@ export class Conversations {
   }
 
   /** Asks the host for the unread count; requests that overlap are joined. */
-  async refreshUnread(cid: IMUserID): Promise<void> {
+  async refreshUnread(cid: Peer): Promise<void> {
     const key = keyOf(cid);
     const underWay = this.#asking.has(key);
     this.#asking.set(key, underWay);
@@ -146,7 +152,7 @@ export class Conversations {
     try {
       do {
         this.#asking.set(key, false);
-        const { count } = await this.#faces.of(cid).GetUnreadCount({ cid });
+        const { count } = await this.#faces.of(cid).GetUnreadCount(named(cid));
         // A conversation that was deleted meanwhile does not come back by it.
         if (this.#all.value.has(key)) this.#change(cid, { unread: count });
       } while (this.#asking.get(key));
@@ -164,10 +170,10 @@ export class Conversations {
   }
 
   /** Asks for the newest message; what came or went while the host was asked counts more. */
-  async #renew(cid: IMUserID, generation: number): Promise<void> {
+  async #renew(cid: Peer, generation: number): Promise<void> {
     const last = () => this.#all.value.get(keyOf(cid))?.last;
     const before = last();
-    const request = { cid, msgtime: "", msgid: "", count: 1, gohistory: 1 };
+    const request = { ...named(cid), count: 1, gohistory: 1 };
     const { msgs } = await this.#faces.of(cid).GetLocalHisMsg(request);
     const newest = msgs.at(-1);
     if (generation !== this.#generation || !this.#all.value.has(keyOf(cid))) return;
@@ -176,7 +182,7 @@ export class Conversations {
     else if (newest && (!now || comparePositions(newest, now) > 0)) this.note(newest);
   }
 
-  #change(cid: IMUserID, change: Partial<Conversation>): void {
+  #change(cid: Peer, change: Partial<Conversation>): void {
     const key = keyOf(cid);
     const old = this.#all.value.get(key) ?? { cid, unread: 0, last: undefined };
     this.#all.value = new Map(this.#all.value).set(key, { ...old, ...change });

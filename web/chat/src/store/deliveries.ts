@@ -1,21 +1,16 @@
-import {
-  BridgeError,
-  IMMsgStatus,
-  IMMsgType,
-  type BridgeClient,
-  type IMMessage,
-  type IMUserID,
-} from "@imsdkbridge/client";
+import { BridgeError, IMMsgStatus, IMMsgType, type BridgeClient } from "@imsdkbridge/client";
 import { grouped } from "../text/grouped.ts";
 import { outcomeOf, type Verb } from "../text/outcome.ts";
 import { textOf } from "../text/reasons.ts";
 import { withEmotions } from "./emotion_text.ts";
+import type { Faces } from "./faces.ts";
+import type { Names } from "./names.ts";
 import type { Toasts } from "./toasts.ts";
-import { keyOf, sameUser } from "./users.ts";
+import { keyOf, samePeer, type Peer, type ChatMessage, named } from "./peers.ts";
 
 /** One message on its way to one receiver. */
 export interface Parcel {
-  readonly cid: IMUserID;
+  readonly cid: Peer;
   /** What its message will say. */
   readonly body: string;
   readonly send: () => Promise<unknown>;
@@ -38,9 +33,11 @@ interface Delivery {
 /** What sending on and sending to many need of the rest of the chat. */
 interface Parts {
   client: BridgeClient;
+  faces: Faces;
+  names: Names;
   toasts: Toasts;
   /** Sends a failed message again; rejects when the host does not take it. */
-  resend: (cid: IMUserID, msgid: string) => Promise<unknown>;
+  resend: (cid: Peer, msgid: string) => Promise<unknown>;
 }
 
 /**
@@ -63,22 +60,21 @@ export class Deliveries {
    * Sends messages on, to each receiver in this order. Resolves once the host has answered: with
    * nothing, or when nobody will get any of it with the reason.
    */
-  forward(messages: readonly IMMessage[], cids: readonly IMUserID[]): Promise<string> {
-    const { client } = this.#parts;
+  forward(messages: readonly ChatMessage[], cids: readonly Peer[]): Promise<string> {
+    const { faces } = this.#parts;
     return this.#start(
       { doing: "Forwarding", done: "Forwarded" },
       cids.map((cid) =>
-        messages.map(({ msgid, msgtype, msgbody }) => {
-          const request = { cids: [cid], msgbody: [], msgtype, msgid };
-          return parcel(cid, msgbody, () => client.singlemsg.ForwardChatMsg(request));
+        messages.map((message) => {
+          return parcel(cid, message.msgbody, () => faces.forward(cid, message));
         }),
       ),
     );
   }
 
   /** Sends one text to several people, each in a conversation of its own; resolves as `forward`. */
-  async broadcast(text: string, cids: readonly IMUserID[]): Promise<string> {
-    const { client } = this.#parts;
+  async broadcast(text: string, cids: readonly Peer[]): Promise<string> {
+    const { client, faces } = this.#parts;
     let value: string;
     try {
       value = await withEmotions(client, text);
@@ -88,9 +84,7 @@ export class Deliveries {
     const msgbody = [{ type: IMMsgType.kMsgText, value }];
     return this.#start(
       { doing: "Sending", done: "Sent" },
-      cids.map((cid) => [
-        parcel(cid, value, () => client.singlemsg.SendBroadcastMsg({ cids: [cid], msgbody })),
-      ]),
+      cids.map((cid) => [parcel(cid, value, () => faces.broadcast(cid, msgbody))]),
     );
   }
 
@@ -99,7 +93,7 @@ export class Deliveries {
     for (const { cid, msgid, state } of this.#all.flatMap(({ parcels }) => parcels)) {
       if (state !== "open" || !msgid) continue;
       try {
-        const { msgs } = await this.#parts.client.singlemsg.SearchMsgByID({ cid, msgid });
+        const { msgs } = await this.#parts.faces.chat(cid).SearchMsgByID({ ...named(cid), msgid });
         const status = msgs[0]?.msgstatus;
         if (status === IMMsgStatus.kMsgSent) this.#settle(msgid, "sent", "");
         if (status === IMMsgStatus.kMsgFailed) this.#settle(msgid, "failed", "it was not sent");
@@ -163,7 +157,7 @@ export class Deliveries {
     this.#show(delivery);
   }
 
-  #stored(message: IMMessage): void {
+  #stored(message: ChatMessage): void {
     for (const { parcels } of this.#all) {
       const found = parcels.find((one) => isFor(one, message));
       if (found) return void (found.msgid = message.msgid);
@@ -181,8 +175,10 @@ export class Deliveries {
 
   /** Tells how a delivery stands, if that is news; one that is done is forgotten. */
   #show(delivery: Delivery): void {
-    const { toasts } = this.#parts;
-    const { text, problem, settled } = outcomeOf(delivery.verb, delivery.parcels);
+    const { names, toasts } = this.#parts;
+    const { text, problem, settled } = outcomeOf(delivery.verb, delivery.parcels, (cid) =>
+      names.of(cid),
+    );
     if (settled && !problem) this.#all = this.#all.filter((other) => other !== delivery);
     if (text === delivery.told) return;
     delivery.told = text;
@@ -193,7 +189,7 @@ export class Deliveries {
   }
 }
 
-function parcel(cid: IMUserID, body: string, send: () => Promise<unknown>): Parcel {
+function parcel(cid: Peer, body: string, send: () => Promise<unknown>): Parcel {
   return { cid, body, send, state: "handing", msgid: "", reason: "" };
 }
 
@@ -202,10 +198,10 @@ function fail(one: Parcel, reason: string): void {
 }
 
 /** Whether a message that was stored just now is the one that the parcel waits for. */
-function isFor({ cid, body, msgid, state }: Parcel, message: IMMessage): boolean {
+function isFor({ cid, body, msgid, state }: Parcel, message: ChatMessage): boolean {
   if (msgid || state === "failed") return false;
   // What could not be put together is announced as failed, without a body.
   const failed = message.msgstatus === IMMsgStatus.kMsgFailed;
   const bare = (text: string) => text.replace(/\s+/g, "");
-  return sameUser(cid, message.cid) && (failed || bare(body) === bare(message.msgbody));
+  return samePeer(cid, message.cid) && (failed || bare(body) === bare(message.msgbody));
 }

@@ -1,11 +1,11 @@
-import { IMMsgStatus, type IMMessage } from "@imsdkbridge/client";
-import { comparePositions } from "./users.ts";
+import { IMMsgStatus } from "@imsdkbridge/client";
+import { comparePositions, type ChatMessage } from "./peers.ts";
 
 /** Joins two sorted runs of messages; of a message in both, the incoming one counts. */
 export function merge(
-  known: readonly IMMessage[],
-  incoming: readonly IMMessage[],
-): readonly IMMessage[] {
+  known: readonly ChatMessage[],
+  incoming: readonly ChatMessage[],
+): readonly ChatMessage[] {
   const [first, last] = [incoming[0], incoming.at(-1)];
   if (!first || !last) return known;
   // Long runs are only joined at their ends, as live messages and pages of history come.
@@ -21,9 +21,9 @@ export function merge(
 }
 
 function distinct(
-  joined: readonly IMMessage[],
-  incoming: readonly IMMessage[],
-): readonly IMMessage[] {
+  joined: readonly ChatMessage[],
+  incoming: readonly ChatMessage[],
+): readonly ChatMessage[] {
   const sound = incoming.every(
     (message, at) => at === 0 || comparePositions(incoming[at - 1]!, message) < 0,
   );
@@ -34,7 +34,7 @@ function distinct(
 }
 
 // A page that was read before an event must not undo what the event told.
-function newest(known: IMMessage | undefined, incoming: IMMessage): IMMessage {
+function newest(known: ChatMessage | undefined, incoming: ChatMessage): ChatMessage {
   if (!known) return incoming;
   const settled =
     incoming.msgstatus === IMMsgStatus.kMsgSending || known.msgstatus === IMMsgStatus.kMsgWithdrawn;

@@ -1,19 +1,28 @@
 import {
   BridgeError,
   type BridgeClient,
-  type IMMessage,
   type IMUserID,
   IMMsgType,
+  type TribeAtRequest,
 } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import { withEmotions } from "./emotion_text.ts";
-import { comparePositions, keyOf, sameUser, userOf, type Position } from "./users.ts";
+import {
+  comparePositions,
+  keyOf,
+  samePeer,
+  peerOf,
+  type Position,
+  type Peer,
+  type ChatMessage,
+} from "./peers.ts";
+import type { Faces } from "./faces.ts";
 
 /** A text on its way to becoming a message. */
 export interface Outgoing {
   id: number;
-  cid: IMUserID;
+  cid: Peer;
   text: string;
   /** The text as it is sent, with emotion tokens; none before the host has converted it. */
   body?: string;
@@ -41,7 +50,9 @@ export class Outbox {
   readonly notices = signal<Readonly<Record<string, string>>>({});
 
   readonly #client: BridgeClient;
+  readonly #faces: Faces;
   readonly #storage: Storage;
+  readonly #mentioned: (cid: Peer, text: string) => TribeAtRequest | undefined;
   #owner = "";
   #nextId = 1;
   /** Messages that already stand for a text, so two equal texts need two messages. */
@@ -49,8 +60,16 @@ export class Outbox {
   /** By conversation: what came back to the front of its draft. */
   readonly #returned = new Map<string, string>();
 
-  constructor(client: BridgeClient, storage: Storage) {
+  /** `mentioned` tells whom a text to a conversation mentions. */
+  constructor(
+    client: BridgeClient,
+    faces: Faces,
+    storage: Storage,
+    mentioned: (cid: Peer, text: string) => TribeAtRequest | undefined,
+  ) {
+    this.#mentioned = mentioned;
     this.#client = client;
+    this.#faces = faces;
     this.#storage = storage;
   }
 
@@ -71,18 +90,18 @@ export class Outbox {
   }
 
   /** Whether something is written to this conversation that did not become a message yet. */
-  holds(cid: IMUserID): boolean {
+  holds(cid: Peer): boolean {
     const draft = this.drafts.value[keyOf(cid)] ?? "";
-    return draft.trim() !== "" || this.outgoing.value.some((entry) => sameUser(entry.cid, cid));
+    return draft.trim() !== "" || this.outgoing.value.some((entry) => samePeer(entry.cid, cid));
   }
 
   /** The conversations that drafts are written to. */
-  held(): IMUserID[] {
+  held(): Peer[] {
     const keys = Object.entries(this.drafts.value).filter(([, draft]) => draft.trim());
-    return keys.map(([key]) => userOf(key));
+    return keys.map(([key]) => peerOf(key));
   }
 
-  setDraft(cid: IMUserID, text: string): void {
+  setDraft(cid: Peer, text: string): void {
     this.drafts.value = { ...this.drafts.value, [keyOf(cid)]: text };
     this.#notice(cid, "");
     this.#save();
@@ -92,7 +111,7 @@ export class Outbox {
    * Sends the draft of a conversation; `after` is the newest message shown there. Tells whether what
    * follows the text can go out: not when the host did not take it.
    */
-  async send(cid: IMUserID, after: Position | undefined): Promise<boolean> {
+  async send(cid: Peer, after: Position | undefined): Promise<boolean> {
     const text = wellFormed(this.drafts.value[keyOf(cid)] ?? "");
     if (!text.trim()) return true;
     const entry: Outgoing = { id: this.#nextId++, cid, text, after, state: "open" };
@@ -102,8 +121,8 @@ export class Outbox {
       const value = await withEmotions(this.#client, text);
       this.#change({ body: value }, ({ id }) => id === entry.id);
       const item = { type: IMMsgType.kMsgText, value, jvale: "", filecontent: "", filepath: "" };
-      const request = { cid, autosend: 0, msgbody: [item] };
-      await this.#client.singlemsg.SendNormalChatMsg(request, { timeout: sendTimeout });
+      const whom = this.#mentioned(cid, text);
+      await this.#faces.send(cid, [item], { timeout: sendTimeout }, whom);
       this.#change({ state: "accepted" }, ({ id }) => id === entry.id);
       return true;
     } catch (error) {
@@ -123,12 +142,12 @@ export class Outbox {
   }
 
   /** A message of `me` is stored: the text it came from has landed. */
-  landed(message: IMMessage, me: IMUserID | undefined): void {
-    if (!sameUser(message.fromid, me) || this.#claimed.has(message.msgid)) return;
+  landed(message: ChatMessage, me: Peer | undefined): void {
+    if (!samePeer(message.fromid, me) || this.#claimed.has(message.msgid)) return;
     const entry = this.outgoing.value.find(
       ({ cid, text, body = text, after }) =>
         body === message.msgbody &&
-        sameUser(cid, message.cid) &&
+        samePeer(cid, message.cid) &&
         (!after || comparePositions(message, after) > 0),
     );
     if (!entry) return;
@@ -137,9 +156,9 @@ export class Outbox {
   }
 
   /** The newest messages of a conversation are known: uncertain texts not among them come back. */
-  reconcile(cid: IMUserID): void {
+  reconcile(cid: Peer): void {
     for (const entry of this.outgoing.value) {
-      if (entry.state !== "uncertain" || !sameUser(entry.cid, cid)) continue;
+      if (entry.state !== "uncertain" || !samePeer(entry.cid, cid)) continue;
       this.#putBack(entry.id, "The connection was lost before this was sent.");
     }
   }
@@ -171,7 +190,7 @@ export class Outbox {
     return entry;
   }
 
-  #notice(cid: IMUserID, notice: string): void {
+  #notice(cid: Peer, notice: string): void {
     if ((this.notices.value[keyOf(cid)] ?? "") === notice) return;
     this.notices.value = { ...this.notices.value, [keyOf(cid)]: notice };
   }

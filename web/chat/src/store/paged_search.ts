@@ -1,7 +1,7 @@
-import type { IMMessage } from "@imsdkbridge/client";
 import { batch, signal } from "@preact/signals";
 import { keywordsOf } from "../text/highlight.ts";
 import { textOf } from "../text/reasons.ts";
+import type { ChatMessage } from "./peers.ts";
 
 /** Milliseconds without typing before the host is asked. */
 const defaultRest = 250;
@@ -9,7 +9,7 @@ const defaultRest = 250;
 /** One page of what was found. */
 export interface FoundPage {
   /** Oldest first, as the host gives them. */
-  msgs: readonly IMMessage[];
+  msgs: readonly ChatMessage[];
   totalpage: number;
   totalcount: number;
 }
@@ -23,19 +23,22 @@ export class PagedSearch {
   readonly status = signal<"idle" | "searching" | "ready" | "failed">("idle");
   readonly problem = signal("");
   /** Newest first, as far as they were asked for. */
-  readonly hits = signal<readonly IMMessage[]>([]);
+  readonly hits = signal<readonly ChatMessage[]>([]);
   readonly total = signal(0);
 
   readonly #ask: AskPage;
   readonly #rest: number;
+  readonly #narrowed: () => boolean;
   #timer: ReturnType<typeof setTimeout> | undefined;
   #running = new AbortController();
   #page = 0;
   #pages = 0;
 
-  constructor(ask: AskPage, rest = defaultRest) {
+  /** `narrowed` tells whether there is something to search for without words. */
+  constructor(ask: AskPage, rest = defaultRest, narrowed: () => boolean = () => false) {
     this.#ask = ask;
     this.#rest = rest;
+    this.#narrowed = narrowed;
   }
 
   /** The words that are searched for. */
@@ -52,7 +55,7 @@ export class PagedSearch {
   setQuery(query: string): void {
     this.#drop();
     this.query.value = query;
-    if (this.keywords.length === 0) return;
+    if (this.keywords.length === 0 && !this.#narrowed()) return;
     this.status.value = "searching";
     this.#timer = setTimeout(() => void this.#next(), this.#rest);
   }

@@ -1,11 +1,8 @@
-import {
-  unescaped,
-  type BridgeClient,
-  type IMMsgPicture,
-  type IMUserID,
-} from "@imsdkbridge/client";
+import { unescaped, type IMMsgPicture } from "@imsdkbridge/client";
 import { computed, signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
+import { type Peer, named } from "./peers.ts";
+import type { Faces } from "./faces.ts";
 
 /** Pictures per request. */
 const pageSize = 20;
@@ -14,7 +11,7 @@ const pageSize = 20;
 export type ShownPicture = Pick<IMMsgPicture, "pictureid" | "url" | "msgid" | "mgstime" | "fromid">;
 
 interface Viewed {
-  cid: IMUserID;
+  cid: Peer;
   /** Oldest first. */
   pictures: readonly ShownPicture[];
   /** Identifier of the picture in front. */
@@ -29,12 +26,12 @@ export class PictureViewer {
   readonly viewed = signal<Viewed | undefined>(undefined);
   readonly front = computed(() => this.viewed.value?.pictures[this.place]);
 
-  readonly #client: BridgeClient;
+  readonly #faces: Faces;
   /** Requests under way, by end. */
   readonly #loading = new Map<"older" | "newer", Promise<void>>();
 
-  constructor(client: BridgeClient) {
-    this.#client = client;
+  constructor(faces: Faces) {
+    this.#faces = faces;
   }
 
   /** Place of the picture in front; -1 when the viewer is closed. */
@@ -44,7 +41,7 @@ export class PictureViewer {
   }
 
   /** Shows a picture; those before and after it are fetched behind it. */
-  async open(cid: IMUserID, picture: ShownPicture): Promise<void> {
+  async open(cid: Peer, picture: ShownPicture): Promise<void> {
     const ends = { older: "more", newer: "more", problem: "" } as const;
     this.#loading.clear();
     this.viewed.value = { cid, pictures: [picture], front: picture.pictureid, ...ends };
@@ -83,10 +80,10 @@ export class PictureViewer {
     const from = end === "older" ? viewed?.pictures[0] : viewed?.pictures.at(-1);
     if (!viewed || !from || viewed[end] === "none") return;
     const position = { msgtime: from.mgstime, pictureid: from.pictureid };
-    const request = { cid: viewed.cid, ...position, ignoreboundary: 1, count: pageSize };
+    const request = { ...named(viewed.cid), ...position, ignoreboundary: 1, count: pageSize };
     try {
       const gohistory = end === "older" ? 1 : 0;
-      const answer = await this.#client.singlemsg.GetMsgPicture({ ...request, gohistory });
+      const answer = await this.#faces.chat(viewed.cid).GetMsgPicture({ ...request, gohistory });
       // Their paths stand as in the tokens of the messages.
       const pictures = answer.pictures.map((one) => ({ ...one, url: unescaped(one.url) }));
       const now = this.viewed.value;

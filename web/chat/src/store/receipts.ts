@@ -3,13 +3,12 @@ import {
   EngineCode,
   IMMsgStatus,
   type BridgeClient,
-  type IMMessage,
   type IMFlagMsgReaded,
-  type IMUserID,
   type IMReadFlag,
+  type IMUserID,
 } from "@imsdkbridge/client";
 import type { Threads } from "./threads.ts";
-import { keyOf, sameUser } from "./users.ts";
+import { keyOf, samePeer, type ChatMessage } from "./peers.ts";
 
 /** Milliseconds in which messages that were seen are gathered into one report. */
 const gatherTime = 150;
@@ -30,10 +29,10 @@ export class Receipts {
   }
 
   /** Somebody sees these messages now; those of the peer are reported, each once. */
-  seen(cid: IMUserID, messages: readonly IMMessage[]): void {
+  seen(cid: IMUserID, messages: readonly ChatMessage[]): void {
     for (const { msgid, fromid, msgstatus, extinfo } of messages) {
       const open = !extinfo.fixmsgread && !extinfo.syschatmsg && !this.#told.has(msgid);
-      if (!open || !sameUser(fromid, cid) || msgstatus === IMMsgStatus.kMsgWithdrawn) continue;
+      if (!open || !samePeer(fromid, cid) || msgstatus === IMMsgStatus.kMsgWithdrawn) continue;
       this.#told.add(msgid);
       const waiting = this.#waiting.get(keyOf(cid)) ?? { cid, msgids: [] };
       waiting.msgids.push(msgid);

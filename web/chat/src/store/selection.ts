@@ -1,19 +1,18 @@
-import type { IMMessage } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
-import { comparePositions } from "./users.ts";
+import { comparePositions, type ChatMessage } from "./peers.ts";
 
 /** Messages that are chosen to do something with all of them. */
 export class Selection {
   /** Whether messages are being chosen. */
   readonly active = signal(false);
-  readonly chosen = signal<ReadonlyMap<string, IMMessage>>(new Map());
+  readonly chosen = signal<ReadonlyMap<string, ChatMessage>>(new Map());
 
-  start(message: IMMessage): void {
+  start(message: ChatMessage): void {
     this.active.value = true;
     this.chosen.value = new Map([[message.msgid, message]]);
   }
 
-  toggle(message: IMMessage): void {
+  toggle(message: ChatMessage): void {
     const chosen = new Map(this.chosen.value);
     if (!chosen.delete(message.msgid)) chosen.set(message.msgid, message);
     this.chosen.value = chosen;
@@ -33,7 +32,7 @@ export class Selection {
   }
 
   /** The chosen messages, oldest first. */
-  inOrder(): IMMessage[] {
+  inOrder(): ChatMessage[] {
     return [...this.chosen.value.values()].sort(comparePositions);
   }
 }

@@ -1,7 +1,8 @@
 import { BridgeError, type BridgeClient, type Calls, type IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
-import { appkey, sameUser } from "./users.ts";
+import { samePeer } from "./peers.ts";
+import { appkey } from "./users.ts";
 
 const storageKey = "session";
 
@@ -23,7 +24,7 @@ export class Session {
     this.#storage = storage;
     this.#entered = entered;
     client.on("onIMLogouted", ({ userid }) => {
-      if (sameUser(userid, this.me.value)) this.#leave("You were signed out.");
+      if (samePeer(userid, this.me.value)) this.#leave("You were signed out.");
     });
   }
 
@@ -69,7 +70,7 @@ export class Session {
   #enter(userid: IMUserID, token: string): void {
     if (token) this.#storage.setItem(storageKey, JSON.stringify({ userid, token }));
     this.problem.value = "";
-    if (!sameUser(this.me.value, userid)) this.me.value = userid;
+    if (!samePeer(this.me.value, userid)) this.me.value = userid;
     this.status.value = "signedin";
     this.#entered();
   }

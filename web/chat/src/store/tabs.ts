@@ -1,10 +1,9 @@
-import type { IMUserID } from "@imsdkbridge/client";
-import { keyOf } from "./users.ts";
+import { keyOf, type Peer } from "./peers.ts";
 
 /** What one tab did that the host tells the other tabs of the account nothing of. */
 export type TabNews =
-  | { kind: "read"; cid: IMUserID }
-  | { kind: "deleted"; cid: IMUserID; msgids: readonly string[] | "all" }
+  | { kind: "read"; cid: Peer }
+  | { kind: "deleted"; cid: Peer; msgids: readonly string[] | "all" }
   | { kind: "settings" };
 
 /** Carries values to the other tabs of the browser that show this chat. */
@@ -37,7 +36,7 @@ export class Tabs {
   }
 
   /** Speaks and listens for this account from now on; with none for nobody. */
-  enter(me: IMUserID | undefined): void {
+  enter(me: Peer | undefined): void {
     this.#account = me ? keyOf(me) : "";
   }
 

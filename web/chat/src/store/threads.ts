@@ -1,27 +1,27 @@
-import {
-  IMMsgStatus,
-  type BridgeClient,
-  type IMMessage,
-  type IMMessagePage,
-  type SendMsgStatusNotify,
-  type IMUserID,
-} from "@imsdkbridge/client";
+import { IMMsgStatus, type SendMsgStatusNotify } from "@imsdkbridge/client";
 import { signal, type Signal } from "@preact/signals";
 import { textOf } from "../text/reasons.ts";
 import type { Faces } from "./faces.ts";
 import { merge } from "./message_runs.ts";
-import { comparePositions, keyOf, type Position } from "./users.ts";
+import {
+  comparePositions,
+  keyOf,
+  type Position,
+  type Peer,
+  type ChatMessage,
+  named,
+} from "./peers.ts";
 
 /** What lies beyond an end of the loaded part: perhaps more, a page under way, or nothing. */
 export type Edge = "more" | "loading" | "failed" | "none";
 
 /** The loaded part of one conversation, without a gap. */
 export interface Thread {
-  cid: IMUserID;
+  cid: Peer;
   status: "loading" | "ready" | "failed";
   problem: string;
   /** Oldest first. */
-  messages: readonly IMMessage[];
+  messages: readonly ChatMessage[];
   older: Edge;
   /** Not "none" after a jump into the past: the newest messages are not loaded. */
   newer: Edge;
@@ -29,6 +29,12 @@ export interface Thread {
 
 /** What became of a sent message. */
 type SendOutcome = Pick<SendMsgStatusNotify, "msgid" | "code" | "svrtime" | "result">;
+
+/** A page of history. */
+interface Page {
+  outofcache: number;
+  msgs: readonly ChatMessage[];
+}
 
 /** Messages per page of history. */
 const pageSize = 40;
@@ -39,9 +45,8 @@ export class Threads {
   /** Why messages failed, by message identifier. */
   readonly failures = signal<ReadonlyMap<string, string>>(new Map());
 
-  readonly #client: BridgeClient;
   readonly #faces: Faces;
-  readonly #loaded: (cid: IMUserID, messages: readonly IMMessage[]) => void;
+  readonly #loaded: (cid: Peer, messages: readonly ChatMessage[]) => void;
   readonly #all = new Map<string, Signal<Thread>>();
   /**
    * Threads that may have missed messages: by key, the newest message that was loaded before the
@@ -53,18 +58,13 @@ export class Threads {
   readonly #passedBy = new Set<string>();
 
   /** `loaded` is told about each newest page that was fetched. */
-  constructor(
-    client: BridgeClient,
-    faces: Faces,
-    loaded: (cid: IMUserID, messages: readonly IMMessage[]) => void,
-  ) {
-    this.#client = client;
+  constructor(faces: Faces, loaded: (cid: Peer, messages: readonly ChatMessage[]) => void) {
     this.#faces = faces;
     this.#loaded = loaded;
   }
 
   /** The thread of a conversation; an empty one is made at first. */
-  of(cid: IMUserID): Signal<Thread> {
+  of(cid: Peer): Signal<Thread> {
     const key = keyOf(cid);
     let thread = this.#all.get(key);
     if (!thread) {
@@ -93,7 +93,7 @@ export class Threads {
   }
 
   /** Makes sure that the newest messages are there. */
-  open(cid: IMUserID): Promise<void> {
+  open(cid: Peer): Promise<void> {
     const key = keyOf(cid);
     const thread = this.of(cid);
     const underWay = this.#opening.get(key);
@@ -106,7 +106,7 @@ export class Threads {
     return opening;
   }
 
-  async #open(cid: IMUserID, thread: Signal<Thread>): Promise<void> {
+  async #open(cid: Peer, thread: Signal<Thread>): Promise<void> {
     const key = keyOf(cid);
     const before = this.#stale.get(key);
     this.#stale.delete(key);
@@ -138,7 +138,7 @@ export class Threads {
   }
 
   /** Loads the page beyond one end. */
-  async load(cid: IMUserID, end: "older" | "newer"): Promise<void> {
+  async load(cid: Peer, end: "older" | "newer"): Promise<void> {
     const thread = this.of(cid);
     const { status, messages } = thread.value;
     const from = end === "older" ? messages[0] : messages.at(-1);
@@ -161,11 +161,11 @@ export class Threads {
   }
 
   /** Loads a message and what stands around it, unless it is loaded; fails as the host does. */
-  async loadAround(cid: IMUserID, msgid: string): Promise<void> {
+  async loadAround(cid: Peer, msgid: string): Promise<void> {
     await this.open(cid);
     const thread = this.of(cid);
     if (thread.value.messages.some((message) => message.msgid === msgid)) return;
-    const { msgs } = await this.#client.singlemsg.SearchMsgByID({ cid, msgid });
+    const { msgs } = await this.#faces.chat(cid).SearchMsgByID({ ...named(cid), msgid });
     const target = msgs[0];
     if (!target) throw new Error("there is no such message any more");
     const [before, after] = await Promise.all([
@@ -183,7 +183,7 @@ export class Threads {
   }
 
   /** Goes back to the newest messages after a jump into the past. */
-  async toNewest(cid: IMUserID): Promise<void> {
+  async toNewest(cid: Peer): Promise<void> {
     const thread = this.of(cid);
     if (thread.value.newer === "none") return;
     this.#change(thread, { newer: "loading" });
@@ -196,7 +196,7 @@ export class Threads {
   }
 
   /** Adds messages that came or were sent just now; they follow what is loaded. */
-  add(messages: readonly IMMessage[]): void {
+  add(messages: readonly ChatMessage[]): void {
     for (const message of messages) {
       const key = keyOf(message.cid);
       const thread = this.#all.get(key);
@@ -214,7 +214,7 @@ export class Threads {
   }
 
   /** Takes messages out, or with "all" every one of the conversation. */
-  remove(cid: IMUserID, msgids: ReadonlySet<string> | "all"): void {
+  remove(cid: Peer, msgids: ReadonlySet<string> | "all"): void {
     const thread = this.#all.get(keyOf(cid));
     if (!thread) return;
     const messages =
@@ -224,13 +224,13 @@ export class Threads {
   }
 
   /** Takes in what became of a sent message; gives what that changes in it. */
-  setStatus({ msgid, code, svrtime, result }: SendOutcome): Partial<IMMessage> {
+  setStatus({ msgid, code, svrtime, result }: SendOutcome): Partial<ChatMessage> {
     const failed = code !== 0;
     const failures = new Map(this.failures.value);
     if (failed) failures.set(msgid, result);
     else failures.delete(msgid);
     this.failures.value = failures;
-    const change: Partial<IMMessage> = failed
+    const change: Partial<ChatMessage> = failed
       ? { msgstatus: IMMsgStatus.kMsgFailed }
       : { msgstatus: IMMsgStatus.kMsgSent, svrtime };
     this.patch(msgid, change);
@@ -238,7 +238,7 @@ export class Threads {
   }
 
   /** Changes fields of one message, wherever it is loaded. */
-  patch(msgid: string, change: Partial<IMMessage>): IMMessage | undefined {
+  patch(msgid: string, change: Partial<ChatMessage>): ChatMessage | undefined {
     for (const thread of this.#all.values()) {
       const at = thread.value.messages.findLastIndex((message) => message.msgid === msgid);
       if (at < 0) continue;
@@ -251,14 +251,23 @@ export class Threads {
     return undefined;
   }
 
+  /** The account has read the mention of it in a message. */
+  markMentionRead(msgid: string): void {
+    for (const thread of this.#all.values()) {
+      const message = thread.value.messages.find((one) => one.msgid === msgid);
+      if (!message?.tribeat || message.tribeat.msgreaded === 1) continue;
+      this.patch(msgid, { tribeat: { ...message.tribeat, msgreaded: 1 } });
+    }
+  }
+
   /** Changes many messages of one conversation at once, if it is loaded. */
-  patchAll(cid: IMUserID, change: (message: IMMessage) => IMMessage): void {
+  patchAll(cid: Peer, change: (message: ChatMessage) => ChatMessage): void {
     const thread = this.#all.get(keyOf(cid));
     if (thread) this.#change(thread, { messages: thread.value.messages.map(change) });
   }
 
-  #page(cid: IMUserID, { msgtime, msgid }: Position, gohistory: number): Promise<IMMessagePage> {
-    const request = { cid, msgtime, msgid, count: pageSize, gohistory, autoroam: 1 };
+  #page(cid: Peer, { msgtime, msgid }: Position, gohistory: number): Promise<Page> {
+    const request = { ...named(cid), msgtime, msgid, count: pageSize, gohistory, autoroam: 1 };
     return this.#faces.of(cid).GetLocalHisMsg(request);
   }
 
@@ -267,6 +276,6 @@ export class Threads {
   }
 }
 
-function edge(page: IMMessagePage): Edge {
+function edge(page: Page): Edge {
   return page.outofcache !== 0 || page.msgs.length === 0 ? "none" : "more";
 }

@@ -1,7 +1,8 @@
-import type { BridgeClient, IMMessage } from "@imsdkbridge/client";
+import type { BridgeClient } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
 import { plainText } from "../text/body.ts";
 import { textOf } from "../text/reasons.ts";
+import type { ChatMessage } from "./peers.ts";
 
 /** What became of the wish to translate a message. */
 export type Translated =
@@ -51,7 +52,7 @@ export class Translations {
   }
 
   /** Translates a message; the outcome stands under its text. */
-  async translate(message: IMMessage): Promise<void> {
+  async translate(message: ChatMessage): Promise<void> {
     const { msgid } = message;
     if (!this.enabled.value) return this.#set(msgid, { state: "off" });
     this.#set(msgid, { state: "loading" });

@@ -1,6 +1,6 @@
 import { IMMsgType, type BridgeClient, type IMUserID } from "@imsdkbridge/client";
 import { signal } from "@preact/signals";
-import { keyOf } from "./users.ts";
+import { keyOf, type Peer } from "./peers.ts";
 
 /** Milliseconds: how often typing is told, after which rest it ended, and how long a peer's lasts. */
 const defaults = { repeat: 4_000, rest: 5_000, expiry: 8_000 };
@@ -42,11 +42,11 @@ export class Typing {
   }
 
   /** A message of this peer is there: it types no longer. */
-  arrived(cid: IMUserID): void {
+  arrived(cid: Peer): void {
     this.#peer(cid, false);
   }
 
-  #peer(cid: IMUserID, typing: boolean): void {
+  #peer(cid: Peer, typing: boolean): void {
     const key = keyOf(cid);
     clearTimeout(this.#expiries.get(key));
     this.#expiries.delete(key);

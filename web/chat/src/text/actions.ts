@@ -1,4 +1,5 @@
-import { IMMsgStatus, IMMsgType, readBody, type IMMessage } from "@imsdkbridge/client";
+import { IMMsgStatus, IMMsgType, readBody } from "@imsdkbridge/client";
+import type { ChatMessage } from "../store/peers.ts";
 
 /** What can be done with a message, by name. */
 export type Action =
@@ -8,7 +9,7 @@ export type Action =
 export const withdrawTime = 2 * 60_000;
 
 /** Whether somebody wrote the message, and did not take it back; else a notice stands for it. */
-function isWritten({ msgstatus, msgtype, extinfo }: IMMessage): boolean {
+function isWritten({ msgstatus, msgtype, extinfo }: ChatMessage): boolean {
   return (
     msgstatus !== IMMsgStatus.kMsgWithdrawn &&
     msgtype !== IMMsgType.kMsgShake &&
@@ -17,13 +18,13 @@ function isWritten({ msgstatus, msgtype, extinfo }: IMMessage): boolean {
 }
 
 /** Whether a message can be sent on: a notice has nothing to send, nor has what never went out. */
-export function canForward(message: IMMessage, mine: boolean): boolean {
+export function canForward(message: ChatMessage, mine: boolean): boolean {
   return isWritten(message) && (!mine || message.msgstatus === IMMsgStatus.kMsgSent);
 }
 
 /** What a person can do with a message now, in the order of the menu. */
 export function actionsFor(
-  message: IMMessage,
+  message: ChatMessage,
   { mine, readOnly, now }: { mine: boolean; readOnly: boolean; now: number },
 ): Action[] {
   const written = isWritten(message);

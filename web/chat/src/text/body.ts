@@ -1,4 +1,5 @@
-import { IMMsgStatus, IMMsgType, readBody, type IMMessage } from "@imsdkbridge/client";
+import { IMMsgStatus, IMMsgType, readBody } from "@imsdkbridge/client";
+import type { ChatMessage } from "../store/peers.ts";
 
 /** What stands for a part of a message where only text can, and whether it is the message's own. */
 export interface Words {
@@ -8,7 +9,7 @@ export interface Words {
 
 /** The words of a message: what is no text is named in brackets, an emotion as the caller likes. */
 export function wordsOf(
-  { msgtype, msgbody }: Pick<IMMessage, "msgtype" | "msgbody">,
+  { msgtype, msgbody }: Pick<ChatMessage, "msgtype" | "msgbody">,
   emotion = (shortcut: string) => shortcut || "[Emotion]",
 ): Words[] {
   const words: Words[] = [];
@@ -40,14 +41,14 @@ export function wordsOf(
 }
 
 /** A message as plain text, for copying. */
-export function plainText(message: Pick<IMMessage, "msgtype" | "msgbody">): string {
+export function plainText(message: Pick<ChatMessage, "msgtype" | "msgbody">): string {
   return wordsOf(message)
     .map(({ text }) => text)
     .join("");
 }
 
 /** One line that stands for a message in lists; long texts are cut. */
-export function preview(message: Pick<IMMessage, "msgtype" | "msgbody" | "msgstatus">): string {
+export function preview(message: Pick<ChatMessage, "msgtype" | "msgbody" | "msgstatus">): string {
   if (message.msgstatus === IMMsgStatus.kMsgWithdrawn) return "Message withdrawn";
   if (message.msgtype === IMMsgType.kMsgShake) return "[Window shake]";
   return cut(plainText(message).slice(0, 2000).replace(/\s+/g, " ").trim(), 160);

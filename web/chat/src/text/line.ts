@@ -1,7 +1,8 @@
-import { IMMsgStatus, readBody, type BodyPart, type IMMessage } from "@imsdkbridge/client";
+import { IMMsgStatus, readBody, type BodyPart } from "@imsdkbridge/client";
 import { cut, wordsOf } from "./body.ts";
 import { excerpt, highlighted, type Stretch } from "./highlight.ts";
 import { noteOf } from "./note.ts";
+import { type ChatMessage, isTribe } from "../store/peers.ts";
 
 type EmotionPart = Extract<BodyPart, { kind: "emotion" }>;
 
@@ -18,17 +19,25 @@ const placeholder = "\ufffc";
 /** Code units of a line. */
 const longest = 160;
 
-/** A message in a list: the words of its bubble, and what is to be known of it before them. */
-export function lineOf(message: IMMessage, mine: boolean): Line {
-  const note = noteOf(message, mine);
+/** A message in a list: the words of its bubble, after who says them and what is to be known of it. */
+export function lineOf(message: ChatMessage, mine: boolean, sender = message.fromid.nick): Line {
+  const note = noteOf(message, mine, sender);
   if (note !== undefined) return { stretches: [plain(note)], emotions: [] };
   const { stretches, emotions } = whole(message, []);
   const text = stretches.map(({ text }) => text).join("");
-  return { stretches: [plain(beforeWords(message, mine) + cut(text.trim(), longest))], emotions };
+  return {
+    stretches: [plain(beforeWords(message, mine, sender) + cut(text.trim(), longest))],
+    emotions,
+  };
 }
 
 /** A message that was found: from shortly before its first hit on, which is marked. */
-export function hitLine(message: IMMessage, mine: boolean, keywords: readonly string[]): Line {
+export function hitLine(
+  message: ChatMessage,
+  mine: boolean,
+  keywords: readonly string[],
+  sender = message.fromid.nick,
+): Line {
   const { stretches, emotions } = whole(message, keywords);
   const rest = excerpt(stretches);
   const shown = emotions.slice(
@@ -41,7 +50,7 @@ export function hitLine(message: IMMessage, mine: boolean, keywords: readonly st
     return { text: part, hit };
   });
   return {
-    stretches: [plain(beforeWords(message, mine)), ...short].filter(({ text }) => text),
+    stretches: [plain(beforeWords(message, mine, sender)), ...short].filter(({ text }) => text),
     emotions: shown,
   };
 }
@@ -66,14 +75,19 @@ function plain(text: string): Stretch {
   return { text, hit: false };
 }
 
-function beforeWords({ msgstatus, extinfo }: IMMessage, mine: boolean): string {
+function beforeWords(
+  { cid, msgstatus, extinfo }: ChatMessage,
+  mine: boolean,
+  sender: string,
+): string {
   if (msgstatus === IMMsgStatus.kMsgFailed) return "Not sent: ";
   if (extinfo.autochatmsg) return "Automatic reply: ";
-  return mine ? "You: " : "";
+  if (mine) return "You: ";
+  return isTribe(cid) ? `${sender}: ` : "";
 }
 
 /** A message in one line, with the keywords marked in its own words. */
-function whole({ msgtype, msgbody }: IMMessage, keywords: readonly string[]): Line {
+function whole({ msgtype, msgbody }: ChatMessage, keywords: readonly string[]): Line {
   // What is typed is no placeholder.
   const message = { msgtype, msgbody: msgbody.replaceAll(placeholder, "\ufffd") };
   const stretches = wordsOf(message, () => placeholder).flatMap(({ text, own }) => {

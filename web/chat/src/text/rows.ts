@@ -1,9 +1,8 @@
-import type { IMMessage } from "@imsdkbridge/client";
-import { sameUser } from "../store/users.ts";
+import { samePeer, type ChatMessage } from "../store/peers.ts";
 
 /** How a message stands among its neighbours. */
 export interface Row {
-  message: IMMessage;
+  message: ChatMessage;
   /** Whether a new day begins with it. */
   newDay: boolean;
   /** Whether it begins and ends a group of one sender's messages. */
@@ -15,7 +14,7 @@ export interface Row {
 const groupGap = 5 * 60_000;
 
 /** The row of one message; only its neighbours are looked at, so that long lists stay cheap. */
-export function rowAt(messages: readonly IMMessage[], index: number): Row {
+export function rowAt(messages: readonly ChatMessage[], index: number): Row {
   const message = messages[index]!;
   const before = messages[index - 1];
   const after = messages[index + 1];
@@ -28,14 +27,14 @@ export function rowAt(messages: readonly IMMessage[], index: number): Row {
 }
 
 /** When a message was written. */
-export function timeOf(message: Pick<IMMessage, "msgtime">): Date {
+export function timeOf(message: Pick<ChatMessage, "msgtime">): Date {
   return new Date(Number(message.msgtime));
 }
 
-function together(a: IMMessage, b: IMMessage): boolean {
+function together(a: ChatMessage, b: ChatMessage): boolean {
   const [from, to] = [timeOf(a), timeOf(b)];
   return (
-    sameUser(a.fromid, b.fromid) &&
+    samePeer(a.fromid, b.fromid) &&
     to.getTime() - from.getTime() < groupGap &&
     from.toDateString() === to.toDateString()
   );

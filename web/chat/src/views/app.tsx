@@ -10,6 +10,7 @@ import { PictureViewer } from "./picture_viewer.tsx";
 import { Sidebar } from "./sidebar.tsx";
 import { SignIn } from "./sign_in.tsx";
 import { ToastStack } from "./toasts.tsx";
+import { TribePane } from "./tribes/tribe_pane.tsx";
 import { useLeaveQuestion } from "./use_leave_question.ts";
 
 /** Milliseconds that a shaken window is marked. */
@@ -41,15 +42,24 @@ function Screen(): JSX.Element {
 function Chat(): JSX.Element {
   const store = useStore();
   const cid = store.active.value;
+  const tribe = store.tribes.open.value;
   const shaking = useShaking(store);
   useShortcuts(store);
   useLeaveQuestion(store.attachments.all.value.length > 0);
-  const classes = ["chat", cid && "has-conversation", shaking && "shaking"];
+  const classes = ["chat", (cid || tribe) && "has-conversation", shaking && "shaking"];
   return (
     <div class={classes.filter(Boolean).join(" ")}>
       <ConnectionBanner />
       <Sidebar />
-      <main class="pane">{cid ? <ConversationPane cid={cid} /> : <NothingOpen />}</main>
+      <main class="pane">
+        {tribe ? (
+          <TribePane key={tribe.tribeid} tribe={tribe} />
+        ) : cid ? (
+          <ConversationPane cid={cid} />
+        ) : (
+          <NothingOpen />
+        )}
+      </main>
       <Dialogs />
       <PictureViewer />
     </div>
@@ -89,14 +99,14 @@ function useShortcuts(store: ChatStore<File>): void {
 
 function Starting(): JSX.Element {
   const store = useStore();
-  const waiting = store.connection.value.state === "reconnecting";
+  const { state, reason } = store.connection.value;
   return (
     <div class="centered">
-      {waiting ? (
+      {state === "reconnecting" ? (
         <Notice
           icon="warning"
-          title="The host cannot be reached"
-          text="It may not be running. This page keeps trying."
+          title={reason ? "The host does not take this page" : "The host cannot be reached"}
+          text={`${reason ? `It said: ${reason}.` : "It may not be running."} This page keeps trying.`}
           action={{ label: "Try now", run: () => store.reconnect() }}
         />
       ) : (
@@ -113,7 +123,7 @@ function Refused({ reason }: { reason: string }): JSX.Element {
       <Notice
         icon="warning"
         title="The host refused this page"
-        text={`It said: ${reason}. Open the address that the host printed when it started.`}
+        text={`${reason && `It said: ${reason}. `}Open the address that the host printed when it started.`}
         action={{ label: "Try again", run: () => store.reconnect() }}
       />
     </div>
@@ -123,7 +133,11 @@ function Refused({ reason }: { reason: string }): JSX.Element {
 function NothingOpen(): JSX.Element {
   return (
     <div class="centered">
-      <Notice icon="chat" title="No conversation open" text="Choose one, or start a new chat." />
+      <Notice
+        icon="chat"
+        title="No conversation open"
+        text="Choose a chat or a tribe, or start a new one."
+      />
     </div>
   );
 }

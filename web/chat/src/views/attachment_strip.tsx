@@ -1,14 +1,13 @@
-import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useEffect, useState } from "preact/hooks";
 import { isPicture, type Attachment } from "../store/attachments.ts";
-import { keyOf } from "../store/users.ts";
+import { keyOf, type Peer } from "../store/peers.ts";
 import { sizeText } from "../text/fold.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 
 /** The files that are to be sent, or on their way, above the field to write in. */
-export function AttachmentStrip({ cid }: { cid: IMUserID }): JSX.Element | null {
+export function AttachmentStrip({ cid }: { cid: Peer }): JSX.Element | null {
   const { attachments } = useStore();
   const refusals = attachments.refusals.value.get(keyOf(cid)) ?? [];
   const all = attachments.of(cid);

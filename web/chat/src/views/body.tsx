@@ -1,25 +1,32 @@
-import { IMMsgType, readBody, type BodyPart, type IMMessage } from "@imsdkbridge/client";
-import type { JSX } from "preact";
+import { IMMsgType, readBody, type BodyPart } from "@imsdkbridge/client";
+import { Fragment, type JSX } from "preact";
 import { useMemo, useState } from "preact/hooks";
-import { emotionUrl, fileUrl, saveFile } from "../files.ts";
+import { emotionUrl, fileUrl } from "../files.ts";
+import { calledIn } from "../text/called.ts";
 import { folded, sizeOf } from "../text/fold.ts";
-import { highlighted } from "../text/highlight.ts";
 import { linked } from "../text/links.ts";
-import { textOf } from "../text/reasons.ts";
-import { useStore } from "./context.ts";
-import { Icon } from "./icons.tsx";
+import { FileLink, nameIn, type FileLinkProps } from "./file_link.tsx";
+import { marked } from "./marked.tsx";
 import { useFolding } from "./use_folding.ts";
+import type { ChatMessage } from "../store/peers.ts";
 
 interface BodyProps {
-  message: Pick<IMMessage, "msgtype" | "msgbody">;
+  message: Pick<ChatMessage, "msgtype" | "msgbody">;
   /** Words to highlight. */
   keywords?: readonly string[];
+  /** Words that call for members, and whether for the person at the page. */
+  calls?: ReadonlyMap<string, boolean>;
   /** Opens one of the message's pictures, counted from 0; without it they are only shown. */
   openPicture?: (path: string, index: number) => void;
 }
 
 /** What a message says. Text is only ever shown as text. */
-export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.Element {
+export function Body({
+  message,
+  keywords = [],
+  calls = noCalls,
+  openPicture,
+}: BodyProps): JSX.Element {
   const { msgtype, msgbody } = message;
   const parts = useMemo(() => readBody(msgbody), [msgbody]);
   const lonely = parts.length > 0 && parts.length <= 3 && parts.every(isEmotion);
@@ -29,7 +36,7 @@ export function Body({ message, keywords = [], openPicture }: BodyProps): JSX.El
       {parts.map((part, index) => {
         switch (part.kind) {
           case "text":
-            return <Text key={index} text={part.text} keywords={keywords} />;
+            return <Text key={index} text={part.text} keywords={keywords} calls={calls} />;
           case "picture": {
             const open = openPicture && (() => openPicture(part.path, pictures.indexOf(part)));
             return <IMMsgPicture key={index} path={part.path} open={open} />;
@@ -52,7 +59,15 @@ function isEmotion(part: BodyPart): boolean {
   return part.kind === "emotion" || (part.kind === "text" && !part.text.trim());
 }
 
-function Text({ text, keywords }: { text: string; keywords: readonly string[] }): JSX.Element {
+const noCalls: ReadonlyMap<string, boolean> = new Map();
+
+interface TextProps {
+  text: string;
+  keywords: readonly string[];
+  calls: ReadonlyMap<string, boolean>;
+}
+
+function Text({ text, keywords, calls }: TextProps): JSX.Element {
   const shown = useMemo(() => folded(text), [text]);
   const [open, setOpen] = useFolding(text, shown.length, keywords);
   const long = shown.length < text.length;
@@ -65,7 +80,15 @@ function Text({ text, keywords }: { text: string; keywords: readonly string[] })
               {marked(text, keywords)}
             </a>
           ) : (
-            marked(text, keywords)
+            calledIn(text, calls).map(({ text, call }, place) =>
+              call === "nobody" ? (
+                <Fragment key={place}>{marked(text, keywords)}</Fragment>
+              ) : (
+                <span key={place} class={call === "me" ? "mention me" : "mention"}>
+                  {marked(text, keywords)}
+                </span>
+              ),
+            )
           ),
         )}
         {long && !open && "…"}
@@ -76,13 +99,6 @@ function Text({ text, keywords }: { text: string; keywords: readonly string[] })
         </button>
       )}
     </>
-  );
-}
-
-function marked(text: string, keywords: readonly string[]): (string | JSX.Element)[] | string {
-  if (keywords.length === 0) return text;
-  return highlighted(text, keywords).map((stretch, index) =>
-    stretch.hit ? <mark key={index}>{stretch.text}</mark> : stretch.text,
   );
 }
 
@@ -139,37 +155,5 @@ function Voice({ path, name, keywords }: Omit<FileLinkProps, "icon">): JSX.Eleme
       src={fileUrl(path)}
       onError={() => setBroken(true)}
     />
-  );
-}
-
-interface FileLinkProps {
-  path: string;
-  name: string;
-  icon: "file" | "voice";
-  keywords?: readonly string[] | undefined;
-}
-
-/** The name of a path's file. */
-function nameIn(path: string): string {
-  return /[^\\/]*$/.exec(path)![0] || path;
-}
-
-function FileLink({ path, name, icon, keywords = [] }: FileLinkProps): JSX.Element {
-  const { toasts } = useStore();
-  const save = (event: MouseEvent) => {
-    event.preventDefault();
-    saveFile(path, name).catch((error: unknown) =>
-      toasts.problem(`${name} could not be saved: ${textOf(error)}.`),
-    );
-  };
-  return (
-    <a class="file" href={fileUrl(path)} title="Save" rel="noreferrer" onClick={save}>
-      <Icon name={icon} />
-      <span>
-        {icon === "voice" && "Voice message ("}
-        {marked(name, keywords)}
-        {icon === "voice" && ")"}
-      </span>
-    </a>
   );
 }

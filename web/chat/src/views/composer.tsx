@@ -1,18 +1,21 @@
-import type { IMUserID } from "@imsdkbridge/client";
 import type { ComponentProps, JSX } from "preact";
-import { useEffect, useRef, useState } from "preact/hooks";
-import { keyOf } from "../store/users.ts";
+import { useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
+import { keyOf, type Peer, isTribe } from "../store/peers.ts";
 import { AttachmentStrip } from "./attachment_strip.tsx";
 import { useStore } from "./context.ts";
 import { EmotionPicker } from "./emotion_picker.tsx";
 import { Icon } from "./icons.tsx";
+import { MentionPicker, type PickerKeys } from "./mention_picker.tsx";
 
 /** Where messages are written. Enter sends, Shift+Enter breaks the line. */
-export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
+export function Composer({ cid }: { cid: Peer }): JSX.Element {
   const store = useStore();
   const field = useRef<HTMLTextAreaElement>(null);
   const chooser = useRef<HTMLInputElement>(null);
   const [picking, setPicking] = useState(false);
+  const [calling, setCalling] = useState<{ from: number; query: string } | undefined>(undefined);
+  const picker = useRef<PickerKeys>(null);
+  const wantedCaret = useRef<number | undefined>(undefined);
   const draft = store.outbox.drafts.value[keyOf(cid)] ?? "";
   const notice = store.outbox.notices.value[keyOf(cid)];
   const files = store.attachments.of(cid);
@@ -29,8 +32,18 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
     known.current = Math.max(known.current, newest);
   }, [newest]);
 
+  // In one step with the text, or what is typed next would land elsewhere.
+  useLayoutEffect(() => {
+    const caret = wantedCaret.current;
+    if (caret === undefined) return;
+    wantedCaret.current = undefined;
+    field.current?.focus();
+    field.current?.setSelectionRange(caret, caret);
+  }, [draft]);
+
   const write = (text: string) => {
     store.outbox.setDraft(cid, text);
+    if (isTribe(cid)) return;
     if (text) store.typing.typed(cid);
     else store.typing.stopped();
   };
@@ -40,6 +53,7 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
     field.current?.focus();
   };
   const onKeyDown = (event: KeyboardEvent) => {
+    if (picker.current?.onKey(event)) return;
     // Enter that ends the composition of a character must not send.
     if (event.key === "Enter" && !event.shiftKey && !event.isComposing) submit(event);
   };
@@ -50,15 +64,24 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
     event.preventDefault();
     store.attachments.add(cid, files);
   };
+  const place = (text: string, caret: number) => {
+    wantedCaret.current = caret;
+    write(text);
+  };
   const insert = (shortcut: string) => {
     const { selectionStart, selectionEnd } = field.current!;
-    write(draft.slice(0, selectionStart) + shortcut + draft.slice(selectionEnd));
     setPicking(false);
-    const caret = selectionStart + shortcut.length;
-    requestAnimationFrame(() => {
-      field.current?.focus();
-      field.current?.setSelectionRange(caret, caret);
-    });
+    const text = draft.slice(0, selectionStart) + shortcut + draft.slice(selectionEnd);
+    place(text, selectionStart + shortcut.length);
+  };
+  const mention = (words: string) => {
+    if (!calling) return;
+    const end = field.current!.selectionEnd;
+    setCalling(undefined);
+    place(
+      draft.slice(0, calling.from) + `${words} ` + draft.slice(end),
+      calling.from + words.length + 1,
+    );
   };
   const closePicker = () => {
     setPicking(false);
@@ -77,12 +100,14 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
         <div class="composer-tools">
           <Tool icon="smile" label="Emotions" expanded={picking} run={() => setPicking(!picking)} />
           <Tool icon="clip" label="Send files" run={() => chooser.current?.click()} />
-          <Tool
-            icon="shake"
-            label="Shake the window"
-            off={!store.shaking.ready.value}
-            run={() => void store.shaking.shake(cid)}
-          />
+          {!isTribe(cid) && (
+            <Tool
+              icon="shake"
+              label="Shake the window"
+              off={!store.shaking.ready.value}
+              run={() => void store.shaking.shake(cid)}
+            />
+          )}
         </div>
         <input
           ref={chooser}
@@ -99,10 +124,14 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
           ref={field}
           rows={1}
           dir="auto"
-          aria-label={`Message to ${cid.nick}`}
+          aria-label={`Message to ${store.names.of(cid)}`}
           placeholder="Write a message"
           value={draft}
-          onInput={(event) => write(event.currentTarget.value)}
+          onInput={({ currentTarget: { value, selectionEnd } }) => {
+            write(value);
+            setCalling(isTribe(cid) ? calledFor(value.slice(0, selectionEnd)) : undefined);
+          }}
+          onBlur={() => setCalling(undefined)}
           onKeyDown={onKeyDown}
           onPaste={onPaste}
         />
@@ -116,9 +145,24 @@ export function Composer({ cid }: { cid: IMUserID }): JSX.Element {
           <Icon name="send" />
         </button>
       </div>
+      {calling && isTribe(cid) && (
+        <MentionPicker
+          cid={cid}
+          query={calling.query}
+          keys={picker}
+          choose={mention}
+          close={() => setCalling(undefined)}
+        />
+      )}
       {picking && <EmotionPicker choose={insert} close={closePicker} />}
     </form>
   );
+}
+
+/** The mention that is being typed at the end of a text. */
+function calledFor(text: string): { from: number; query: string } | undefined {
+  const found = /(?:^|\s)@([^\s@]{0,40})$/.exec(text);
+  return found ? { from: text.length - found[1]!.length - 1, query: found[1]! } : undefined;
 }
 
 interface ToolProps {

@@ -1,8 +1,7 @@
-import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useRef } from "preact/hooks";
 import type { Conversation } from "../store/conversations.ts";
-import { keyOf, sameUser } from "../store/users.ts";
+import { keyOf, samePeer, type Peer, isTribe } from "../store/peers.ts";
 import { cut } from "../text/body.ts";
 import { lineOf } from "../text/line.ts";
 import { timeOf } from "../text/rows.ts";
@@ -11,6 +10,7 @@ import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 import { LineText } from "./line_text.tsx";
 import { Notice } from "./notice.tsx";
+import { UnreadBadge } from "./unread_badge.tsx";
 
 /** The conversations, newest first. Arrow keys move, Enter opens. */
 export function ConversationList(): JSX.Element {
@@ -42,7 +42,7 @@ function Rows({ all }: { all: Conversation[] }): JSX.Element {
   const active = store.active.value;
   const current = Math.max(
     0,
-    all.findIndex(({ cid }) => sameUser(cid, active)),
+    all.findIndex(({ cid }) => samePeer(cid, active)),
   );
 
   const onKeyDown = (event: KeyboardEvent) => {
@@ -72,7 +72,7 @@ function Rows({ all }: { all: Conversation[] }): JSX.Element {
         <Row
           key={keyOf(conversation.cid)}
           conversation={conversation}
-          selected={sameUser(conversation.cid, active)}
+          selected={samePeer(conversation.cid, active)}
           reachable={index === current}
           open={(cid) => store.open(cid)}
         />
@@ -86,12 +86,13 @@ interface RowProps {
   selected: boolean;
   /** Whether Tab stops here; the arrow keys go on from there. */
   reachable: boolean;
-  open: (cid: IMUserID) => void;
+  open: (cid: Peer) => void;
 }
 
 function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element {
   const { cid, unread, last } = conversation;
   const store = useStore();
+  const name = store.names.of(cid);
   const typing = store.typing.peers.value.has(keyOf(cid));
   const draft = selected ? "" : cut((store.outbox.drafts.value[keyOf(cid)] ?? "").trim(), 160);
   const onKeyDown = (event: KeyboardEvent) => {
@@ -105,15 +106,16 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
       role="option"
       aria-selected={selected}
       tabIndex={reachable ? 0 : -1}
-      data-nick={cid.nick}
+      data-nick={name}
       onClick={() => open(cid)}
       onKeyDown={onKeyDown}
     >
-      <Avatar nick={cid.nick} />
+      <Avatar nick={name} />
       <span class="conversation-lines">
         <span class="conversation-line">
-          <span class="conversation-name">{cid.nick}</span>
+          <span class="conversation-name">{name}</span>
           {store.faces.isVirtual(cid) && <span class="tag">Service</span>}
+          {isTribe(cid) && <span class="tag">Tribe</span>}
           {last && (
             <time class="conversation-time" title={fullTime(timeOf(last))}>
               {listTime(timeOf(last), new Date())}
@@ -124,11 +126,7 @@ function Row({ conversation, selected, reachable, open }: RowProps): JSX.Element
           <span class="conversation-preview" dir="auto">
             {typing ? <i>typing…</i> : draft ? <Draft text={draft} /> : <Preview last={last} />}
           </span>
-          {unread > 0 && (
-            <span class="badge" aria-label={`${unread} unread`}>
-              {unread > 99 ? "99+" : unread}
-            </span>
-          )}
+          <UnreadBadge cid={cid} unread={unread} />
         </span>
       </span>
     </li>
@@ -144,7 +142,8 @@ function Draft({ text }: { text: string }): JSX.Element {
 }
 
 function Preview({ last }: Pick<Conversation, "last">): JSX.Element {
-  const { session } = useStore();
+  const { names, session } = useStore();
   if (!last) return <>No messages yet</>;
-  return <LineText line={lineOf(last, sameUser(last.fromid, session.me.value))} />;
+  const mine = samePeer(last.fromid, session.me.value);
+  return <LineText line={lineOf(last, mine, names.ofSender(last))} />;
 }

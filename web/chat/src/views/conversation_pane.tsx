@@ -1,7 +1,7 @@
 import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
-import { keyOf } from "../store/users.ts";
+import { keyOf, type Peer, isTribe } from "../store/peers.ts";
 import { Avatar } from "./avatar.tsx";
 import { Composer } from "./composer.tsx";
 import { useStore } from "./context.ts";
@@ -14,12 +14,13 @@ import { SearchBar } from "./search_bar.tsx";
 import { SelectionBar } from "./selection_bar.tsx";
 
 /** The right side: one conversation with its messages and the field to write in. */
-export function ConversationPane({ cid }: { cid: IMUserID }): JSX.Element {
+export function ConversationPane({ cid }: { cid: Peer }): JSX.Element {
   const store = useStore();
   const key = keyOf(cid);
   const readOnly = store.faces.isVirtual(cid);
+  const barred = store.names.whyBarred(cid);
   return (
-    <DropZone take={(files) => !readOnly && store.attachments.add(cid, files)}>
+    <DropZone take={(files) => !readOnly && !barred && store.attachments.add(cid, files)}>
       <Header cid={cid} readOnly={readOnly} />
       {store.search.cid.value && <SearchBar key={`search ${key}`} />}
       <Messages key={`messages ${key}`} cid={cid} />
@@ -27,6 +28,8 @@ export function ConversationPane({ cid }: { cid: IMUserID }): JSX.Element {
         <SelectionBar cid={cid} />
       ) : readOnly ? (
         <p class="read-only">These messages come from the service. They cannot be answered.</p>
+      ) : barred ? (
+        <p class="read-only">{barred}</p>
       ) : (
         <Composer key={`composer ${key}`} cid={cid} />
       )}
@@ -34,23 +37,24 @@ export function ConversationPane({ cid }: { cid: IMUserID }): JSX.Element {
   );
 }
 
-function Header({ cid, readOnly }: { cid: IMUserID; readOnly: boolean }): JSX.Element {
+function Header({ cid, readOnly }: { cid: Peer; readOnly: boolean }): JSX.Element {
   const store = useStore();
   const [menu, setMenu] = useState<{ x: number; y: number } | undefined>(undefined);
+  const name = store.names.of(cid);
   const typing = store.typing.peers.value.has(keyOf(cid));
   const ignored = store.autoReplies.ignored.value.has(keyOf(cid));
-  const replies: MenuItem = {
+  const replies = (user: IMUserID): MenuItem => ({
     label: ignored ? "Announce automatic replies" : "Ignore automatic replies",
     icon: ignored ? "bell" : "bell-off",
-    run: () => void store.autoReplies.setIgnored(cid, !ignored),
-  };
+    run: () => void store.autoReplies.setIgnored(user, !ignored),
+  });
   const remove: MenuItem = {
     label: "Delete the conversation…",
     icon: "trash",
     danger: true,
     run: () => void (store.dialog.value = { kind: "delete", cid, msgids: "all" }),
   };
-  const items = readOnly ? [remove] : [replies, remove];
+  const items = readOnly || isTribe(cid) ? [remove] : [replies(cid), remove];
   return (
     <header class="bar">
       <button
@@ -61,14 +65,26 @@ function Header({ cid, readOnly }: { cid: IMUserID; readOnly: boolean }): JSX.El
       >
         <Icon name="back" />
       </button>
-      <Avatar nick={cid.nick} />
+      <Avatar nick={name} />
       <div class="bar-lines">
-        <h2 class="bar-title">{cid.nick}</h2>
+        <h2 class="bar-title">{name}</h2>
         <span class="bar-line" role="status">
-          {typing && `${cid.nick} is typing…`}
+          {typing && `${name} is typing…`}
           {readOnly && "Service messages"}
+          {isTribe(cid) && `Tribe No. ${cid.tribeid}`}
         </span>
       </div>
+      {isTribe(cid) && (
+        <button
+          type="button"
+          class="icon-button"
+          title="Members and settings"
+          aria-label="Members and settings"
+          onClick={() => store.tribes.show(cid.tribeid)}
+        >
+          <Icon name="people" />
+        </button>
+      )}
       {!readOnly && (
         <button
           type="button"
@@ -100,7 +116,7 @@ function Header({ cid, readOnly }: { cid: IMUserID; readOnly: boolean }): JSX.El
   );
 }
 
-function Messages({ cid }: { cid: IMUserID }): JSX.Element {
+function Messages({ cid }: { cid: Peer }): JSX.Element {
   const store = useStore();
   const thread = store.threads.of(cid).value;
   const waiting = store.outbox.outgoing.value.some((entry) => keyOf(entry.cid) === keyOf(cid));
@@ -121,7 +137,13 @@ function Messages({ cid }: { cid: IMUserID }): JSX.Element {
           />
         );
       case "ready":
-        return <Notice icon="chat" title="No messages yet" text={`Say hello to ${cid.nick}.`} />;
+        return (
+          <Notice
+            icon="chat"
+            title="No messages yet"
+            text={`Say hello to ${store.names.of(cid)}.`}
+          />
+        );
     }
   }
 }

@@ -1,21 +1,23 @@
-import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useState } from "preact/hooks";
-import { sameUser } from "../store/users.ts";
+import { samePeer, type Peer, type ChatMessage, isTribe } from "../store/peers.ts";
 import { lineOf } from "../text/line.ts";
 import { useStore } from "./context.ts";
 import { Dialog } from "./dialog.tsx";
+import { Actions } from "./dialog_actions.tsx";
 import { LineText } from "./line_text.tsx";
 import { PeoplePicker } from "./people_picker.tsx";
 import { SearchDialog } from "./search_dialog.tsx";
 import { SettingsDialog } from "./settings_dialog.tsx";
+import { TribeDialogs } from "./tribes/tribe_dialogs.tsx";
 
 /** The dialog that is in front of the page, if there is one. */
 export function Dialogs(): JSX.Element | null {
   const store = useStore();
   const dialog = store.dialog.value;
   const close = () => void (store.dialog.value = undefined);
-  switch (dialog?.kind) {
+  if (!dialog) return null;
+  switch (dialog.kind) {
     case "forward":
       return <ForwardDialog messages={dialog.messages} close={close} />;
     case "broadcast":
@@ -26,23 +28,25 @@ export function Dialogs(): JSX.Element | null {
       return <SettingsDialog close={close} />;
     case "search":
       return <SearchDialog close={close} />;
-    case undefined:
-      return null;
+    default:
+      return <TribeDialogs dialog={dialog} close={close} />;
   }
 }
 
 interface ForwardProps {
-  messages: readonly IMMessage[];
+  messages: readonly ChatMessage[];
   close: () => void;
 }
 
 function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
   const store = useStore();
-  const [people, setPeople] = useState<readonly IMUserID[]>([]);
+  const [people, setPeople] = useState<readonly Peer[]>([]);
   const [busy, setBusy] = useState(false);
   const [problem, setProblem] = useState("");
   const first = messages[0];
-  const quote = first && lineOf(first, sameUser(first.fromid, store.session.me.value));
+  const quote =
+    first &&
+    lineOf(first, samePeer(first.fromid, store.session.me.value), store.names.ofSender(first));
   const forward = async (event: Event) => {
     event.preventDefault();
     setBusy(true);
@@ -69,7 +73,7 @@ function ForwardDialog({ messages, close }: ForwardProps): JSX.Element {
 
 function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
   const store = useStore();
-  const [people, setPeople] = useState<readonly IMUserID[]>([]);
+  const [people, setPeople] = useState<readonly Peer[]>([]);
   const [text, setText] = useState("");
   const [busy, setBusy] = useState(false);
   const [problem, setProblem] = useState("");
@@ -106,7 +110,7 @@ function BroadcastDialog({ close }: { close: () => void }): JSX.Element {
 }
 
 interface DeleteProps {
-  cid: IMUserID;
+  cid: Peer;
   msgids: readonly string[] | "all";
   close: () => void;
 }
@@ -116,7 +120,7 @@ function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
   const [busy, setBusy] = useState(false);
   const all = msgids === "all";
   const what = all
-    ? `The whole conversation with ${cid.nick}`
+    ? `The whole conversation with ${store.names.of(cid)}`
     : msgids.length === 1
       ? "This message"
       : `${msgids.length} messages`;
@@ -133,7 +137,12 @@ function DeleteDialog({ cid, msgids, close }: DeleteProps): JSX.Element {
   return (
     <Dialog title={all ? "Delete the conversation?" : "Delete?"} close={close}>
       <form class="dialog-form" onSubmit={(event) => void remove(event)}>
-        <p>{what} will be gone from this device for good. The other side keeps its own copy.</p>
+        <p>
+          {what} will be gone from this device for good.{" "}
+          {isTribe(cid)
+            ? "The others keep their own copies."
+            : "The other side keeps its own copy."}
+        </p>
         <Actions close={close} label="Delete" off={busy} danger />
       </form>
     </Dialog>
@@ -149,26 +158,6 @@ function Refusal({ reason }: { reason: string }): JSX.Element {
   );
 }
 
-function sendLabel(verb: string, people: readonly IMUserID[]): string {
+function sendLabel(verb: string, people: readonly Peer[]): string {
   return people.length > 1 ? `${verb} to ${people.length}` : verb;
-}
-
-interface ActionsProps {
-  close: () => void;
-  label: string;
-  off: boolean;
-  danger?: boolean;
-}
-
-function Actions({ close, label, off, danger }: ActionsProps): JSX.Element {
-  return (
-    <footer class="dialog-actions">
-      <button type="button" class="button" onClick={close}>
-        Cancel
-      </button>
-      <button type="submit" class={danger ? "button danger" : "button primary"} disabled={off}>
-        {label}
-      </button>
-    </footer>
-  );
 }

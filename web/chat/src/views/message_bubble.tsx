@@ -1,4 +1,4 @@
-import { IMMsgStatus, type IMMessage } from "@imsdkbridge/client";
+import { IMMsgStatus } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import type { Outgoing } from "../store/outbox.ts";
 import { timeOf } from "../text/rows.ts";
@@ -7,10 +7,12 @@ import { Body } from "./body.tsx";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 import { openPicture } from "./picture_link.ts";
+import { ReadBy } from "./read_by.tsx";
 import { TranslationLine } from "./translation_line.tsx";
+import type { ChatMessage } from "../store/peers.ts";
 
 interface MessageBubbleProps {
-  message: IMMessage;
+  message: ChatMessage;
   mine: boolean;
   openMenu: (x: number, y: number) => void;
 }
@@ -31,6 +33,7 @@ export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): 
           <Body
             message={message}
             keywords={keywords}
+            calls={store.names.callsIn(message, store.session.me.value)}
             openPicture={(path, index) => openPicture(store, message, path, index)}
           />
           <TranslationLine message={message} />
@@ -52,13 +55,14 @@ export function MessageBubble({ message, mine, openMenu }: MessageBubbleProps): 
           <Icon name="more" />
         </button>
       </div>
+      {mine && <ReadBy message={message} />}
       {mine && failed && <Failure message={message} />}
     </>
   );
 }
 
 /** The words to mark: those of the search, or of the one that led to this message. */
-function useKeywords({ msgid }: IMMessage): readonly string[] {
+function useKeywords({ msgid }: ChatMessage): readonly string[] {
   const { search: finder, target } = useStore();
   if (finder.cid.value) return finder.search.keywords;
   return target.value?.msgid === msgid ? target.value.keywords : [];
@@ -84,7 +88,7 @@ function stateOf(status: number, read: boolean) {
   return read ? (["checks", "Read"] as const) : (["check", "Sent"] as const);
 }
 
-function Failure({ message }: { message: IMMessage }): JSX.Element {
+function Failure({ message }: { message: ChatMessage }): JSX.Element {
   const store = useStore();
   const reason = store.threads.failures.value.get(message.msgid);
   return (

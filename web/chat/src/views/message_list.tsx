@@ -1,7 +1,7 @@
 import type { JSX } from "preact";
 import { useRef, useState } from "preact/hooks";
 import type { Edge, Thread } from "../store/threads.ts";
-import { sameUser } from "../store/users.ts";
+import { isTribe, samePeer, tribeOf } from "../store/peers.ts";
 import { rowAt } from "../text/rows.ts";
 import { copiedText } from "./copied_text.ts";
 import { useStore } from "./context.ts";
@@ -15,7 +15,7 @@ import { useMessageScroll } from "./use_message_scroll.ts";
 export function MessageList({ thread }: { thread: Thread }): JSX.Element {
   const store = useStore();
   const { cid, messages, older, newer } = thread;
-  const outgoing = store.outbox.outgoing.value.filter((entry) => sameUser(entry.cid, cid));
+  const outgoing = store.outbox.outgoing.value.filter((entry) => samePeer(entry.cid, cid));
   const [menu, setMenu] = useState<MenuWish | undefined>(undefined);
   const scroll = useMessageScroll(thread, outgoing);
   const { box, list, focused, marked } = scroll;
@@ -27,7 +27,7 @@ export function MessageList({ thread }: { thread: Thread }): JSX.Element {
         class="messages"
         role="log"
         aria-live="off"
-        aria-label={`Messages with ${cid.nick}`}
+        aria-label={`Messages with ${store.names.of(cid)}`}
         tabIndex={0}
         ref={box}
         onKeyDown={scroll.onKeyDown}
@@ -72,8 +72,26 @@ export function MessageList({ thread }: { thread: Thread }): JSX.Element {
           {below > 0 && <span class="badge">{below > 99 ? "99+" : below}</span>}
         </button>
       )}
+      {isTribe(cid) && <MentionChip tribeid={cid.tribeid} />}
       {menu && <MessageMenu wish={menu} close={() => setMenu(undefined)} />}
     </div>
+  );
+}
+
+/** Leads to the unread messages that mention the person, from the oldest on. */
+function MentionChip({ tribeid }: { tribeid: string }): JSX.Element | null {
+  const store = useStore();
+  const unread = store.mentions.unread.value.get(tribeid) ?? [];
+  const oldest = unread[0];
+  if (!oldest) return null;
+  return (
+    <button
+      type="button"
+      class="mention-chip"
+      onClick={() => void store.jumpTo(tribeOf(tribeid), oldest)}
+    >
+      {unread.length > 1 ? `You were mentioned (${unread.length})` : "You were mentioned"}
+    </button>
   );
 }
 

@@ -1,4 +1,4 @@
-import { readBody, type IMMessage } from "@imsdkbridge/client";
+import { readBody } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { actionsFor, type Action } from "../text/actions.ts";
 import { plainText } from "../text/body.ts";
@@ -6,10 +6,11 @@ import type { ChatStore } from "../store/chat_store.ts";
 import { useStore } from "./context.ts";
 import { Menu, type MenuItem } from "./menu.tsx";
 import { openPicture } from "./picture_link.ts";
+import type { ChatMessage } from "../store/peers.ts";
 
 /** A message whose menu is wanted, and where. */
 export interface MenuWish {
-  message: IMMessage;
+  message: ChatMessage;
   mine: boolean;
   x: number;
   y: number;
@@ -27,7 +28,7 @@ export function MessageMenu({ wish, close }: { wish: MenuWish; close: () => void
   return <Menu label="Message" items={items} x={x} y={y} close={close} />;
 }
 
-function menuItem(action: Action, message: IMMessage, store: ChatStore<File>): MenuItem {
+function menuItem(action: Action, message: ChatMessage, store: ChatStore<File>): MenuItem {
   const { cid, msgid } = message;
   switch (action) {
     case "open": {
@@ -61,7 +62,7 @@ function menuItem(action: Action, message: IMMessage, store: ChatStore<File>): M
   }
 }
 
-async function copy(message: IMMessage, { toasts }: ChatStore<File>): Promise<void> {
+async function copy(message: ChatMessage, { toasts }: ChatStore<File>): Promise<void> {
   try {
     await navigator.clipboard.writeText(plainText(message));
     toasts.show("Copied");

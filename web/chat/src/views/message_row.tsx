@@ -1,10 +1,10 @@
-import type { IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useLayoutEffect, useRef } from "preact/hooks";
-import { sameUser } from "../store/users.ts";
+import { samePeer, type ChatMessage, isTribe } from "../store/peers.ts";
 import { noteOf } from "../text/note.ts";
 import { timeOf, type Row } from "../text/rows.ts";
 import { clockTime, dayName, fullTime } from "../text/time.ts";
+import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 import { MessageBubble } from "./message_bubble.tsx";
 import type { MenuWish } from "./message_menu.tsx";
@@ -24,8 +24,9 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
   const { message, newDay, first, last } = row;
   const store = useStore();
   const element = useRef<HTMLElement>(null);
-  const mine = sameUser(message.fromid, store.session.me.value);
-  const note = noteOf(message, mine);
+  const mine = samePeer(message.fromid, store.session.me.value);
+  const sender = store.names.ofSender(message);
+  const note = noteOf(message, mine, sender);
   const open = (x: number, y: number) => openMenu({ message, mine, x, y, from: element.current });
   const gestures = useMenuGestures(open);
   const selecting = store.selection.active.value;
@@ -36,6 +37,9 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
     if (focused) element.current?.focus({ preventScroll: true });
   }, [focused]);
 
+  // In a tribe it is not clear who speaks.
+  const portrayed = isTribe(message.cid) && !mine && note === undefined;
+
   const classes = [
     note === undefined ? "message" : "note-message",
     mine ? "mine" : "theirs",
@@ -43,6 +47,7 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
     last && "last",
     marked && "marked",
     selecting && "selecting",
+    portrayed && "portrayed",
   ];
   return (
     <>
@@ -54,7 +59,7 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
       <article
         class={classes.filter(Boolean).join(" ")}
         data-msgid={message.msgid}
-        aria-label={labelOf(message, mine)}
+        aria-label={labelOf(message, mine, sender)}
         tabIndex={-1}
         ref={element}
         {...gestures}
@@ -63,6 +68,12 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
           <label class="choice">
             <input type="checkbox" aria-label="Select" checked={chosen} onChange={toggle} />
           </label>
+        )}
+        {portrayed && first && (
+          <>
+            <Avatar nick={sender} />
+            <span class="sender">{sender}</span>
+          </>
         )}
         {note === undefined ? (
           <MessageBubble message={message} mine={mine} openMenu={open} />
@@ -76,7 +87,7 @@ export function MessageRow({ row, marked, focused, openMenu }: MessageRowProps):
   );
 }
 
-function labelOf(message: IMMessage, mine: boolean): string {
+function labelOf(message: ChatMessage, mine: boolean, sender: string): string {
   const kind = message.extinfo.autochatmsg ? ", automatic reply" : "";
-  return `${mine ? "You" : message.fromid.nick}${kind}, ${clockTime(timeOf(message))}`;
+  return `${mine ? "You" : sender}${kind}, ${clockTime(timeOf(message))}`;
 }

@@ -1,8 +1,10 @@
 import type { JSX } from "preact";
 import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { fileUrl } from "../files.ts";
+import { keyOf } from "../store/peers.ts";
 import { fullTime } from "../text/time.ts";
 import { useStore } from "./context.ts";
+import { FileLink, nameIn } from "./file_link.tsx";
 import { Icon } from "./icons.tsx";
 import { useReturnFocus } from "./use_return_focus.ts";
 
@@ -12,7 +14,7 @@ const zooms = [1, 1.5, 2, 3, 4, 6];
 export function PictureViewer(): JSX.Element | null {
   const { viewer } = useStore();
   const viewed = viewer.viewed.value;
-  return viewed ? <Viewer key={viewed.cid.nick} /> : null;
+  return viewed ? <Viewer key={keyOf(viewed.cid)} /> : null;
 }
 
 function Viewer(): JSX.Element | null {
@@ -83,9 +85,13 @@ function Viewer(): JSX.Element | null {
         onClick={(event) => event.target === event.currentTarget && viewer.close()}
       >
         {broken === picture.pictureid ? (
-          <p class="viewer-broken">This picture could not be fetched.</p>
+          <div class="viewer-broken" role="status">
+            <p>This picture cannot be shown here.</p>
+            <FileLink path={picture.url} name={nameIn(picture.url)} icon="file" />
+          </div>
         ) : (
           <img
+            key={picture.pictureid}
             src={fileUrl(picture.url)}
             alt={words}
             style={zoom > 0 ? { width: `${zooms[zoom]! * 100}%` } : undefined}

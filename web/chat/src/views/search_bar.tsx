@@ -1,5 +1,6 @@
 import type { JSX } from "preact";
 import { useRef } from "preact/hooks";
+import { isTribe, type Peer } from "../store/peers.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 import { useReturnFocus } from "./use_return_focus.ts";
@@ -33,6 +34,7 @@ export function SearchBar(): JSX.Element {
       <Icon name={icon} />
     </button>
   );
+  const cid = finder.cid.value;
   return (
     <div class="search-bar" role="search">
       <Icon name="search" />
@@ -45,6 +47,7 @@ export function SearchBar(): JSX.Element {
         onInput={(event) => finder.setQuery(event.currentTarget.value)}
         onKeyDown={onKeyDown}
       />
+      {cid && isTribe(cid) && <TribeFilters cid={cid} onKeyDown={onKeyDown} />}
       <span class="search-count" role="status">
         {words()}
       </span>
@@ -79,4 +82,43 @@ export function SearchBar(): JSX.Element {
         return total > 0 ? `${Math.max(at.value + 1, 1)} of ${total}` : "No hits";
     }
   }
+}
+
+interface TribeFiltersProps {
+  cid: Peer;
+  onKeyDown: (event: KeyboardEvent) => void;
+}
+
+/** Whose messages of a tribe are searched, and whether only those that mention the account. */
+function TribeFilters({ cid, onKeyDown }: TribeFiltersProps): JSX.Element {
+  const { search: finder, threads } = useStore();
+  const senders = new Set(threads.of(cid).value.messages.map(({ fromid }) => fromid.nick));
+  return (
+    <>
+      <input
+        class="field search-from"
+        list="search-senders"
+        aria-label="From"
+        placeholder="From anybody"
+        autoCapitalize="none"
+        spellcheck={false}
+        value={finder.from.value}
+        onInput={(event) => finder.narrow(event.currentTarget.value, finder.mentions.value)}
+        onKeyDown={onKeyDown}
+      />
+      <datalist id="search-senders">
+        {[...senders].map((nick) => (
+          <option key={nick} value={nick} />
+        ))}
+      </datalist>
+      <button
+        type="button"
+        class="chip small"
+        aria-pressed={finder.mentions.value}
+        onClick={() => finder.narrow(finder.from.value, !finder.mentions.value)}
+      >
+        Mentions me
+      </button>
+    </>
+  );
 }

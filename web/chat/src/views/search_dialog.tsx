@@ -1,7 +1,6 @@
-import type { IMMessage, IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useEffect, useRef, useState } from "preact/hooks";
-import { keyOf, sameUser } from "../store/users.ts";
+import { keyOf, samePeer, type Peer, type ChatMessage } from "../store/peers.ts";
 import { hitLine } from "../text/line.ts";
 import { timeOf } from "../text/rows.ts";
 import { fullTime, listTime } from "../text/time.ts";
@@ -22,7 +21,7 @@ export function SearchDialog({ close }: { close: () => void }): JSX.Element {
   const query = search.query.value.trim().toLowerCase();
   const people = store.conversations.sorted.value
     .map(({ cid }) => cid)
-    .filter(({ nick }) => query && nick.toLowerCase().includes(query));
+    .filter((cid) => query && store.names.of(cid).toLowerCase().includes(query));
 
   // Enter may come before the hits.
   const [waiting, setWaiting] = useState(false);
@@ -72,8 +71,8 @@ export function SearchDialog({ close }: { close: () => void }): JSX.Element {
               class="result"
               onClick={() => (close(), store.open(cid))}
             >
-              <Avatar nick={cid.nick} />
-              <span class="result-name">{cid.nick}</span>
+              <Avatar nick={store.names.of(cid)} />
+              <span class="result-name">{store.names.of(cid)}</span>
             </button>
           ))}
           {search.hits.value.map((message) => (
@@ -92,18 +91,18 @@ export function SearchDialog({ close }: { close: () => void }): JSX.Element {
 
 /** The conversations with hits; choosing one narrows the list to it. */
 function Narrowing(): JSX.Element | null {
-  const { globalSearch } = useStore();
+  const { globalSearch, names } = useStore();
   const only = globalSearch.only.value;
   if (globalSearch.cids.value.length < 2) return null;
-  const chip = (cid: IMUserID | undefined) => (
+  const chip = (cid: Peer | undefined) => (
     <button
       key={cid ? keyOf(cid) : "all"}
       type="button"
       class="chip small"
-      aria-pressed={cid ? sameUser(cid, only) : !only}
+      aria-pressed={cid ? samePeer(cid, only) : !only}
       onClick={() => globalSearch.narrow(cid)}
     >
-      {cid?.nick ?? "Everywhere"}
+      {cid ? names.of(cid) : "Everywhere"}
     </button>
   );
   return (
@@ -113,22 +112,22 @@ function Narrowing(): JSX.Element | null {
   );
 }
 
-function Hit({ message, open }: { message: IMMessage; open: () => void }): JSX.Element {
-  const { globalSearch, session } = useStore();
+function Hit({ message, open }: { message: ChatMessage; open: () => void }): JSX.Element {
+  const { globalSearch, names, session } = useStore();
   const { keywords } = globalSearch.search;
-  const mine = sameUser(message.fromid, session.me.value);
+  const mine = samePeer(message.fromid, session.me.value);
   return (
     <button type="button" class="result" onClick={open}>
-      <Avatar nick={message.cid.nick} />
+      <Avatar nick={names.of(message.cid)} />
       <span class="result-lines">
         <span class="result-line">
-          <span class="result-name">{message.cid.nick}</span>
+          <span class="result-name">{names.of(message.cid)}</span>
           <time class="soft" title={fullTime(timeOf(message))}>
             {listTime(timeOf(message), new Date())}
           </time>
         </span>
         <span class="result-text" dir="auto">
-          <LineText line={hitLine(message, mine, keywords)} />
+          <LineText line={hitLine(message, mine, keywords, names.ofSender(message))} />
         </span>
       </span>
     </button>

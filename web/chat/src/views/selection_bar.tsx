@@ -1,18 +1,17 @@
-import type { IMUserID } from "@imsdkbridge/client";
 import type { JSX } from "preact";
-import { sameUser } from "../store/users.ts";
+import { samePeer, type Peer } from "../store/peers.ts";
 import { canForward } from "../text/actions.ts";
 import { useStore } from "./context.ts";
 import { Icon } from "./icons.tsx";
 
 /** What can be done with the chosen messages; stands where the composer is. */
-export function SelectionBar({ cid }: { cid: IMUserID }): JSX.Element {
+export function SelectionBar({ cid }: { cid: Peer }): JSX.Element {
   const store = useStore();
   const { selection, session } = store;
   const count = selection.chosen.value.size;
   const messages = selection
     .inOrder()
-    .filter((message) => canForward(message, sameUser(message.fromid, session.me.value)));
+    .filter((message) => canForward(message, samePeer(message.fromid, session.me.value)));
   const part = messages.length > 0 && messages.length < count;
   const forward = () => {
     store.dialog.value = { kind: "forward", messages };

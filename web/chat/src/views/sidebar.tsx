@@ -5,10 +5,11 @@ import { Avatar } from "./avatar.tsx";
 import { useStore } from "./context.ts";
 import { ConversationList } from "./conversation_list.tsx";
 import { Icon } from "./icons.tsx";
+import { TribeSidebar } from "./tribes/tribe_sidebar.tsx";
 
 /** The left column: who is signed in, a field for a new chat, and the conversations. */
 export function Sidebar(): JSX.Element {
-  const { session, dialog } = useStore();
+  const { session, dialog, section } = useStore();
   const nick = session.me.value?.nick ?? "";
   return (
     <aside class="sidebar">
@@ -31,9 +32,51 @@ export function Sidebar(): JSX.Element {
         <Tool icon="gear" label="Settings" run={() => void (dialog.value = { kind: "settings" })} />
         <Tool icon="leave" label="Sign out" run={() => void session.signOut()} />
       </header>
-      <NewChat />
-      <ConversationList />
+      <Sections />
+      {section.value === "chats" ? (
+        <>
+          <NewChat />
+          <ConversationList />
+        </>
+      ) : (
+        <TribeSidebar />
+      )}
     </aside>
+  );
+}
+
+/** Chats or tribes. Arrow keys change. */
+function Sections(): JSX.Element {
+  const { section, conversations, tribes } = useStore();
+  const counts = { chats: conversations.totalUnread.value, tribes: tribes.requests.waiting.value };
+  const tab = (name: "chats" | "tribes", label: string, what: string) => (
+    <button
+      type="button"
+      role="tab"
+      class="section"
+      aria-selected={section.value === name}
+      tabIndex={section.value === name ? 0 : -1}
+      onClick={() => void (section.value = name)}
+    >
+      {label}
+      {counts[name] > 0 && (
+        <span class="badge" aria-label={`${counts[name]} ${what}`}>
+          {counts[name] > 99 ? "99+" : counts[name]}
+        </span>
+      )}
+    </button>
+  );
+  const onKeyDown = (event: KeyboardEvent) => {
+    if (event.key !== "ArrowLeft" && event.key !== "ArrowRight") return;
+    section.value = section.value === "chats" ? "tribes" : "chats";
+    const other = (event.target as HTMLElement).parentElement!.querySelectorAll("button");
+    other[section.value === "chats" ? 0 : 1]!.focus();
+  };
+  return (
+    <div class="sections" role="tablist" aria-label="What to show" onKeyDown={onKeyDown}>
+      {tab("chats", "Chats", "unread")}
+      {tab("tribes", "Tribes", "waiting")}
+    </div>
   );
 }
 

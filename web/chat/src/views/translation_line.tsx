@@ -1,9 +1,9 @@
-import type { IMMessage } from "@imsdkbridge/client";
 import type { JSX } from "preact";
 import { useStore } from "./context.ts";
+import type { ChatMessage } from "../store/peers.ts";
 
 /** The translation of a message under its text, or why there is none; nothing when none is wanted. */
-export function TranslationLine({ message }: { message: IMMessage }): JSX.Element | null {
+export function TranslationLine({ message }: { message: ChatMessage }): JSX.Element | null {
   const { translations } = useStore();
   const { msgid } = message;
   const translated = translations.all.value.get(msgid);

@@ -2,6 +2,7 @@ import { defaultRangeExtractor } from "@tanstack/virtual-core";
 import type { RefObject } from "preact";
 import { useCallback, useEffect, useLayoutEffect, useRef, useState } from "preact/hooks";
 import type { Outgoing } from "../store/outbox.ts";
+import { isTribe } from "../store/peers.ts";
 import type { Thread } from "../store/threads.ts";
 import { useStore } from "./context.ts";
 import { useVirtualList, type VirtualList } from "./use_virtual_list.ts";
@@ -14,6 +15,8 @@ const nearEdge = 12;
 const markTime = 2_000;
 /** Milliseconds in which a jump comes to rest. */
 const settleTime = 500;
+/** Milliseconds that messages stand in sight before they count as seen. */
+const restTime = 200;
 /** Height of a row that was never shown, in pixels, and of the mark above the first one. */
 const estimate = 46;
 const beginningHeight = 48;
@@ -111,8 +114,14 @@ export function useMessageScroll(thread: Thread, outgoing: readonly Outgoing[]):
 
   const attentive = store.window.attentive.value;
   useEffect(() => {
-    const readable = attentive && !store.faces.isVirtual(cid);
-    if (readable) store.receipts.seen(cid, messages.slice(first, last + 1));
+    if (!attentive || store.faces.isVirtual(cid)) return undefined;
+    // What a list that comes to its place only passes, nobody sees.
+    const timer = setTimeout(() => {
+      const seen = messages.slice(first, last + 1);
+      if (isTribe(cid)) store.mentions.seen(cid.tribeid, seen);
+      else store.receipts.seen(cid, seen);
+    }, restTime);
+    return () => clearTimeout(timer);
   }, [first, last, messages, attentive]);
 
   const marked = useJumps(thread, list, box);

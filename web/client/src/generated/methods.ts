@@ -4,6 +4,9 @@ import type {
   ChatWindowState,
   DynamicMsgAnswer,
   EmotionText,
+  IMAtMember,
+  IMAtReaders,
+  IMAtUnread,
   IMCount,
   IMEnableTribeNum,
   IMLoginGrant,
@@ -13,6 +16,7 @@ import type {
   IMReadFlags,
   IMRoamStatus,
   IMRoamed,
+  IMTribeAt,
   IMTribeClasses,
   IMTribeDisplayNicks,
   IMTribeMembers,
@@ -34,6 +38,10 @@ import type {
   TribeBaseInfo,
   TribeBlackItems,
   TribeVerifyMsgs,
+  TribemsgIMMessagePage,
+  TribemsgIMUnreads,
+  TribemsgSearchAnswer,
+  TribemsgSearchCidAnswer,
 } from "./records.ts";
 import type {
   BroadcastMsgRequest,
@@ -41,6 +49,8 @@ import type {
   EditPicRequest,
   EmotionTextRequest,
   ForwardMsgRequest,
+  IMAtContextRequest,
+  IMAtMemberRequest,
   IMConversations,
   IMDeleteRequest,
   IMMaxCacheRequest,
@@ -50,6 +60,7 @@ import type {
   IMPageRequest,
   IMPasswordLogin,
   IMPictureRequest,
+  IMResendRequest,
   IMRoamRequest,
   IMSearchRequest,
   IMSetRoamRequest,
@@ -70,8 +81,24 @@ import type {
   InConversation,
   SearchCidRequest,
   SendMsgRequest,
+  SentMsgRequest,
   TranslateMsgRequest,
   TribemgrIMTribeRequest,
+  TribemsgEditPicRequest,
+  TribemsgForwardMsgRequest,
+  TribemsgIMConversations,
+  TribemsgIMDeleteRequest,
+  TribemsgIMMsgRequest,
+  TribemsgIMMsgsRequest,
+  TribemsgIMPageRequest,
+  TribemsgIMPictureRequest,
+  TribemsgIMResendRequest,
+  TribemsgIMRoamRequest,
+  TribemsgIMSearchRequest,
+  TribemsgIMWithdrawRequest,
+  TribemsgInConversation,
+  TribemsgSearchCidRequest,
+  TribemsgSendMsgRequest,
 } from "./requests.ts";
 
 /** Routing paths by the name of the client's module face. */
@@ -176,12 +203,12 @@ export interface Methods {
     };
     /** Sends a message that failed again, and tries a lost link at once. */
     FastReSendChatMsg: {
-      request: IMMsgRequest;
+      request: IMResendRequest;
       answer: ResultCode;
     };
     /** Sends a message that failed again. */
     ReSendChatMsg: {
-      request: IMMsgRequest;
+      request: IMResendRequest;
       answer: ResultCode;
     };
     /** Sends a message on to several conversations; the stored one when the body is empty. */
@@ -557,7 +584,193 @@ export interface Methods {
       answer: { code: number; subcode: number; result: IMEnableTribeNum };
     };
   };
-  "im.tribemsg": Empty;
+  "im.tribemsg": {
+    /** The new messages; they count as read when the conversation's window can be seen. */
+    GetNewMsg: {
+      request: TribemsgIMPageRequest;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** The new messages of the time logged out; marks them read if no others are unread. */
+    GetOfflineMsg: {
+      request: TribemsgInConversation;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** The new messages; marks nothing read. */
+    PeekNewMsg: {
+      request: TribemsgIMPageRequest;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** The new messages that came while nobody was logged in; marks nothing read. */
+    PeekOfflineMsg: {
+      request: TribemsgInConversation;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** A page of the server's history. */
+    GetRemoteHisMsg: {
+      request: TribemsgIMPageRequest;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** A page of the history on this machine. */
+    GetLocalHisMsg: {
+      request: TribemsgIMPageRequest;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** Removes messages from this machine for good; answers their number. */
+    DeleteLocalMsg: {
+      request: TribemsgIMDeleteRequest;
+      answer: ResultCode & IMCount;
+    };
+    /** The number of unread messages of a conversation. */
+    GetUnreadCount: {
+      request: TribemsgInConversation;
+      answer: ResultCode & IMCount;
+    };
+    /** The unread counts of several conversations; of all that have messages if none is named. */
+    GetUnreadCountInBulk: {
+      request: TribemsgIMConversations;
+      answer: ResultCode & TribemsgIMUnreads;
+    };
+    /** Marks every message received so far as read; nobody else is told. */
+    SetMsgRead: {
+      request: TribemsgInConversation;
+      answer: ResultCode;
+    };
+    /** The newest received message up to which everything is read; 0 when there is none. */
+    GetReadedBoundary: {
+      request: TribemsgInConversation;
+      answer: ResultCode & IMMsgPosition;
+    };
+    /** Sends a message; how it went on comes as onSendMsgStatus. */
+    SendNormalTribeMsg: {
+      request: TribemsgSendMsgRequest;
+      answer: ResultCode;
+    };
+    /** Sends a message that failed again. */
+    ReSendChatMsg: {
+      request: TribemsgIMResendRequest;
+      answer: ResultCode;
+    };
+    /** Sends a message that failed again, and tries a lost link at once. */
+    FastReSendChatMsg: {
+      request: TribemsgIMResendRequest;
+      answer: ResultCode;
+    };
+    /** Sends a message on to several conversations; the stored one when the body is empty. */
+    ForwardChatMsg: {
+      request: TribemsgForwardMsgRequest;
+      answer: ResultCode;
+    };
+    /** Fetches messages from the server to this machine. */
+    RoamMsg: {
+      request: TribemsgIMRoamRequest;
+      answer: ResultCode & IMRoamed;
+    };
+    /** Forgets how far the history on this machine is complete, so that it is fetched anew. */
+    ClearRoamedTime: {
+      request: TribemsgInConversation;
+      answer: ResultCode;
+    };
+    /** Whether the server hands out history. */
+    GetRoamStatus: {
+      request: Empty;
+      answer: ResultCode & IMRoamStatus;
+    };
+    /** Switches the server's history on or off. */
+    SetRoamStatus: {
+      request: IMSetRoamRequest;
+      answer: ResultCode;
+    };
+    /** Takes an own message back. */
+    DoChatMsgWithdraw: {
+      request: TribemsgIMWithdrawRequest;
+      answer: ResultCode;
+    };
+    /** Lets the user edit a picture and sends the result to several conversations. */
+    EditPic2SendMsg: {
+      request: TribemsgEditPicRequest;
+      answer: ResultCode;
+    };
+    /** Makes the body of a typed text: shortcuts of emotions become tokens, the rest stays text. */
+    ConvertMsgText2Emotion: {
+      request: EmotionTextRequest;
+      answer: ResultCode & EmotionText;
+    };
+    /** The message with this identifier. */
+    SearchMsgByID: {
+      request: TribemsgIMMsgRequest;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** Searches the messages of a conversation. */
+    SearchDBMsg: {
+      request: TribemsgIMSearchRequest;
+      answer: ResultCode & TribemsgSearchAnswer;
+    };
+    /** Searches the messages of a conversation, or of all when none is named. */
+    SearchDBMsg2: {
+      request: TribemsgIMSearchRequest;
+      answer: ResultCode & TribemsgSearchAnswer;
+    };
+    /** The conversations with at least one message that fits. */
+    SearchDBMsgCid: {
+      request: TribemsgSearchCidRequest;
+      answer: ResultCode & TribemsgSearchCidAnswer;
+    };
+    /** Searches the messages of the members whom the account pays attention to. */
+    SearchAttentionMsg: {
+      request: TribemsgIMSearchRequest;
+      answer: ResultCode & TribemsgSearchAnswer;
+    };
+    /** Pictures of a conversation. */
+    GetMsgPicture: {
+      request: TribemsgIMPictureRequest;
+      answer: ResultCode & IMPictures;
+    };
+    /** A page of the server's messages that mention the account. */
+    RoamTribeAtMsgs: {
+      request: TribemsgIMPageRequest;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** Whom a message mentions; an own one unless its sender is named. */
+    GetSendMsgTribeAtInfo: {
+      request: SentMsgRequest;
+      answer: ResultCode & IMTribeAt;
+    };
+    /** The messages around a mention, from the server. */
+    RoamTribeAtMsgContext: {
+      request: IMAtContextRequest;
+      answer: ResultCode & TribemsgIMMessagePage;
+    };
+    /** Marks mentions of the account as read; all unread ones when none are named. */
+    SetTribeAtMsgsReaded: {
+      request: TribemsgIMMsgsRequest;
+      answer: ResultCode;
+    };
+    /** The number of unread mentions, and how far the own messages named were read. */
+    GetTribeAtMsgUnreadCount: {
+      request: TribemsgIMMsgsRequest;
+      answer: ResultCode & IMAtUnread;
+    };
+    /** Who has read an own message that mentions, and who has not. */
+    GetTribeAtMsgUnreadUsers: {
+      request: TribemsgIMMsgRequest;
+      answer: ResultCode & IMAtReaders;
+    };
+    /** Bounds the number of new messages kept in memory; 0 sets the engine's own bound. */
+    SetNewMsgMaxCache: {
+      request: IMMaxCacheRequest;
+      answer: ResultCode;
+    };
+    /** Whether a member, or all, can be mentioned, and the name to write. */
+    AtTribeMember: {
+      request: IMAtMemberRequest;
+      answer: ResultCode & IMAtMember;
+    };
+    /** The present content of a message that only names it. */
+    GetDynamicMsg: {
+      request: DynamicMsgRequest;
+      answer: ResultCode & DynamicMsgAnswer;
+    };
+  };
   "im.virtualmsg": {
     /** The new messages; they count as read when the conversation's window can be seen. */
     GetNewMsg: {

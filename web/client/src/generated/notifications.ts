@@ -7,12 +7,14 @@ import type {
   IMUserID,
   IMUserRequest,
   MsgsNotify,
+  OfflineMsgsNotify,
   PeerInputNotify,
   ResultCode,
   SendMsgStatusNotify,
   TranslateMsg,
   TranslateSetting,
   TribeActor,
+  TribeAtReadedNotify,
   TribeChange,
   TribeCount,
   TribeJoin,
@@ -20,6 +22,8 @@ import type {
   TribeMemberDisplay,
   TribeMemberStatus,
   TribeNtfImage,
+  TribemsgMsgsNotify,
+  TribemsgWithdrawNotify,
   WithdrawNotify,
 } from "./records.ts";
 
@@ -39,13 +43,13 @@ export interface Notifications {
   /** The account lost its link, and the first try to renew it failed. */
   onNetReConnectFailed: [payload: ResultCode, path: "im.login"];
   /** New messages came. */
-  onReceiveNewMsg: [payload: MsgsNotify, path: "im.singlemsg"];
+  onReceiveNewMsg: [payload: MsgsNotify, path: "im.singlemsg"] | [payload: TribemsgMsgsNotify, path: "im.tribemsg"];
   /** Messages came that were sent while nobody was logged in. */
-  onReceiveOfflineMsg: [payload: MsgsNotify, path: "im.singlemsg"];
+  onReceiveOfflineMsg: [payload: MsgsNotify, path: "im.singlemsg"] | [payload: OfflineMsgsNotify, path: "im.tribemsg"];
   /** Messages are being sent from this account, also on another device. */
-  onSendNewMsg: [payload: MsgsNotify, path: "im.singlemsg"];
+  onSendNewMsg: [payload: MsgsNotify, path: "im.singlemsg"] | [payload: TribemsgMsgsNotify, path: "im.tribemsg"];
   /** A message was sent, or failed. */
-  onSendMsgStatus: [payload: SendMsgStatusNotify, path: "im.singlemsg"];
+  onSendMsgStatus: [payload: SendMsgStatusNotify, path: "im.singlemsg" | "im.tribemsg"];
   /** The peer began or stopped typing. */
   onPeerInputNotify: [payload: PeerInputNotify, path: "im.singlemsg"];
   /** The peer sent a window shake. */
@@ -56,8 +60,8 @@ export interface Notifications {
   onTranslateSettingNotify: [payload: TranslateSetting, path: "im.singlemsg"];
   /** The peer has read own messages. */
   onFlagMyMsgReaded: [payload: IMReadFlags, path: "im.singlemsg"];
-  /** A message was taken back, by the peer or by this account. */
-  onMsgWithdrawNty: [payload: WithdrawNotify, path: "im.singlemsg"];
+  /** A message was taken back, by its sender or by this account. */
+  onMsgWithdrawNty: [payload: WithdrawNotify, path: "im.singlemsg"] | [payload: TribemsgWithdrawNotify, path: "im.tribemsg"];
   /** The tribe's visitors were cleared. */
   onClearTribeVisitor: [payload: TribeActor, path: "im.tribemgr"];
   /** The tribe was closed. */
@@ -94,6 +98,8 @@ export interface Notifications {
   onTribeShallowLogin: [payload: Empty, path: "im.tribemgr"];
   /** A member has another name to show. */
   onTribeMemberBaseInfoChange: [payload: TribeMemberDisplay, path: "im.tribemgr"];
+  /** Mentions were read: by others in own messages, or by the account on some device. */
+  onTribeAtMsgReaded: [payload: TribeAtReadedNotify, path: "im.tribemsg"];
   /** Subscription messages came. */
   onReceiveSubscribeMsg: [payload: MsgsNotify, path: "subscribemsg"];
   /** System messages came. */

@@ -1,11 +1,14 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
+  IMCIDType,
   IMMsgStatus,
   IMMsgType,
   IMReadFlag,
   IMRoaming,
   IMTribeType,
   InputStatus,
+  TribeAtMsgType,
+  TribeAtRelation,
   TribeMemberBasicStatus,
   TribeMemberLevel,
   TribeModifyKey,
@@ -64,6 +67,36 @@ export interface EnableNumChange {
   tribeid: string;
   /** onTribeClose: Nobody. */
   recipient?: IMUserID;
+}
+
+export interface IMAtMember {
+  /** The member to mention; empty for all members. */
+  userid: IMUserID;
+  /** The name to show in the tribe; empty for all. */
+  display: string;
+}
+
+export interface IMAtReadCounts {
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** How many of those it mentions have read it. */
+  readedcount: number;
+  /** How many of them have not. */
+  unreadcount: number;
+}
+
+export interface IMAtReaders {
+  /** Who has not read the mention. */
+  unreadusers: IMUserID[];
+  /** Who has read it. */
+  readedusers: IMUserID[];
+}
+
+export interface IMAtUnread {
+  /** The number of unread mentions of the account. */
+  count: number;
+  /** How far own messages that mention were read. */
+  counts: IMAtReadCounts[];
 }
 
 export interface IMConversationID {
@@ -211,6 +244,17 @@ export interface IMRoamed {
   affectcount: number;
 }
 
+export interface IMTribeAt {
+  /** Whether the account has read the mention of it. */
+  msgreaded: IMReadFlag;
+  /** Whom the message mentions. */
+  atmsgtype: TribeAtMsgType;
+  /** How it relates to the account. */
+  relation2me: TribeAtRelation;
+  /** The members it mentions; empty unless they are named. */
+  atmembers: IMUserID[];
+}
+
 export interface IMTribeClass {
   /** Number of the class. */
   index: number;
@@ -317,6 +361,13 @@ export interface MsgsNotify {
   msgs: IMMessage[];
 }
 
+export interface OfflineMsgsNotify {
+  /** "success". */
+  result: string;
+  /** The messages, oldest first. */
+  msgs: TribemsgIMMessage[];
+}
+
 export interface PeerInputNotify {
   /** The typing state; over after some seconds. */
   value: InputStatus;
@@ -417,6 +468,15 @@ export interface TribeActor {
   tribeid: string;
   /** Whom it was done to; may be the actor. */
   recipient: IMUserID;
+}
+
+export interface TribeAtReadedNotify {
+  /** The tribe. */
+  tribeid: string;
+  /** Who has read: other members, or the account itself. */
+  readers: IMUserID[];
+  /** The messages, with how far they were read; 0 and 0 for those of others. */
+  counts: IMAtReadCounts[];
 }
 
 export interface TribeBaseInfo {
@@ -570,6 +630,112 @@ export interface TribeVerifyMsg {
 export interface TribeVerifyMsgs {
   /** The messages, oldest first. */
   msgs: TribeVerifyMsg[];
+}
+
+export interface TribemsgIMConversationID {
+  /** The tribe. */
+  tribeid: string;
+  /** What the conversation is held with. */
+  type: IMCIDType;
+}
+
+export interface TribemsgIMMessage {
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime: string;
+  /** The conversation. */
+  cid: TribemsgIMConversationID;
+  /** The sender. */
+  fromid: IMUserID;
+  /** Kind of the message. */
+  msgtype: IMMsgType;
+  /** Whom it mentions. */
+  tribeat: IMTribeAt;
+  /** State of the message. */
+  msgstatus: IMMsgStatus;
+  /** Text, with pictures, files and emotions as tokens. */
+  msgbody: string;
+  /** Time of the message by the server's clock, 0 if not known. */
+  svrtime: string;
+  /** Extra information. */
+  extinfo: IMMessageExt;
+}
+
+export interface TribemsgIMMessagePage {
+  /** 1: nothing further there, or messages were dropped. */
+  outofcache: number;
+  /** The messages, oldest first. */
+  msgs: TribemsgIMMessage[];
+}
+
+export interface TribemsgIMMsgWithdraw {
+  /** The conversation. */
+  cid: TribemsgIMConversationID;
+  /** The sender. */
+  fromid: IMUserID;
+  /** Identifier of the message, unique for its sender. */
+  msgid: string;
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime: string;
+  /** Time of the message by the server's clock, 0 if not known. */
+  svrtime: string;
+}
+
+export interface TribemsgIMUnreadCount {
+  /** The conversation. */
+  cid: TribemsgIMConversationID;
+  /** The number of its unread messages. */
+  count: number;
+}
+
+export interface TribemsgIMUnreads {
+  /** Unread counts by conversation. */
+  unreads: TribemsgIMUnreadCount[];
+}
+
+export interface TribemsgMsgsNotify {
+  /** The messages, oldest first. */
+  msgs: TribemsgIMMessage[];
+}
+
+export interface TribemsgSearchAnswer {
+  /** The conversation. */
+  cid: TribemsgIMConversationID;
+  /** The senders of messages that fit; all when empty. */
+  fromids: IMUserID[];
+  /** A message fits when it contains every one of these. */
+  keywords: string[];
+  /** Kinds of message that fit; all when empty. */
+  msgtypes: IMMsgType[];
+  /** How messages that fit relate to the account; all when empty. */
+  atrelations: TribeAtRelation[];
+  /** Number of this page; 0 by position. */
+  currentpage: number;
+  /** Number of pages; 0 by position. */
+  totalpage: number;
+  /** Number of messages that fit; 0 by position. */
+  totalcount: number;
+  /** The messages, oldest first. */
+  msgs: TribemsgIMMessage[];
+}
+
+export interface TribemsgSearchCidAnswer {
+  /** Kinds of message that fit; all when empty. */
+  msgtypes: IMMsgType[];
+  /** The conversations. */
+  cids: TribemsgIMConversationID[];
+}
+
+export interface TribemsgWithdrawNotify {
+  /** 0 or more for success, a negative code for a failure. */
+  code: number;
+  /** A code that tells more of a failure. */
+  subcode: number;
+  /** "success", "failed", or a text for the page's developer. */
+  result: string;
+  /** The messages taken back. */
+  withdraws: TribemsgIMMsgWithdraw[];
 }
 
 export interface WithdrawNotify {

@@ -3,10 +3,13 @@ import type {
   IMConversationID,
   IMTribeRequest,
   IMUserID,
+  TribemsgIMConversationID,
 } from "./records.ts";
 import type {
   IMMsgType,
   IMRoaming,
+  TribeAtMsgType,
+  TribeAtRelation,
   TribeMemberLevel,
 } from "./values.ts";
 
@@ -64,6 +67,24 @@ export interface ForwardMsgRequest {
   msgtype?: IMMsgType;
   /** The forwarded message. */
   msgid?: string;
+}
+
+export interface IMAtContextRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** The message in the middle. */
+  msgid?: string;
+  /** Its sender, as two may have the same identifier; may be empty. */
+  fromid?: IMUserID;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+}
+
+export interface IMAtMemberRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** The member to mention; empty for all members. */
+  userid?: IMUserID;
 }
 
 export interface IMConversations {
@@ -147,6 +168,13 @@ export interface IMPictureRequest {
   gohistory?: number;
   /** At most this many; 0 lets the engine choose. */
   count?: number;
+}
+
+export interface IMResendRequest {
+  /** The conversation, named by the user it is held with. */
+  cid?: IMConversationID;
+  /** The own message to send again. */
+  msgid?: string;
 }
 
 export interface IMRoamRequest {
@@ -335,6 +363,17 @@ export interface SendMsgRequest {
   msgbody?: BodyItem[];
 }
 
+export interface SentMsgRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** Identifier of the message, unique for its sender. */
+  msgid?: string;
+  /** Its sender, as two may have the same identifier; may be empty. */
+  fromid?: IMUserID;
+  /** Its body as it was handed over; only traced. */
+  msgbody?: BodyItem[];
+}
+
 export interface TranslateMsgRequest {
   /** The message. */
   msgid?: string;
@@ -342,7 +381,193 @@ export interface TranslateMsgRequest {
   msgcontent?: string;
 }
 
+export interface TribeAtRequest {
+  /** Whom the message mentions. */
+  atmsgtype?: TribeAtMsgType;
+  /** The members it mentions, when they are named. */
+  atmembers?: IMUserID[];
+}
+
 export interface TribemgrIMTribeRequest {
   /** The tribe. */
   tribeid?: string;
+}
+
+export interface TribemsgEditPicRequest {
+  /** The conversations. */
+  cids?: TribemsgIMConversationID[];
+  /** The digest that the page knows the picture by. */
+  fileMD5?: string;
+  /** The path of the picture. */
+  filepath?: string;
+}
+
+export interface TribemsgForwardMsgRequest {
+  /** The conversations. */
+  cids?: TribemsgIMConversationID[];
+  /** What to send, in the order in which it is shown. */
+  msgbody?: BodyItem[];
+  /** Kind of the forwarded message. */
+  msgtype?: IMMsgType;
+  /** The forwarded message. */
+  msgid?: string;
+}
+
+export interface TribemsgIMConversations {
+  /** The conversations. */
+  cids?: TribemsgIMConversationID[];
+}
+
+export interface TribemsgIMDeleteRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** Identifiers of messages. */
+  msgids?: string[];
+  /** 1: all messages of the conversation. */
+  all?: number;
+}
+
+export interface TribemsgIMMsgRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** Identifier of the message, unique for its sender. */
+  msgid?: string;
+  /** Its sender, as two may have the same identifier; may be empty. */
+  fromid?: IMUserID;
+}
+
+export interface TribemsgIMMsgsRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** Identifiers of messages. */
+  msgids?: string[];
+}
+
+export interface TribemsgIMPageRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** Position where the page starts: time; empty for the newest. */
+  msgtime?: string;
+  /** Position where the page starts: message; empty for the newest. */
+  msgid?: string;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+  /** 1: towards older messages. */
+  gohistory?: number;
+  /** 1: goes on behind the point from which on the store is complete. */
+  ignoreboundary?: number;
+  /** 1: fetches from the server what the store lacks. */
+  autoroam?: number;
+}
+
+export interface TribemsgIMPictureRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+  /** Position where the page starts: time; empty for the newest. */
+  msgtime?: string;
+  /** Position where the page starts: picture. */
+  pictureid?: string;
+  /** 1: goes on behind the point from which on the store is complete. */
+  ignoreboundary?: number;
+  /** 1: towards older messages. */
+  gohistory?: number;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+}
+
+export interface TribemsgIMResendRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** The own message to send again. */
+  msgid?: string;
+}
+
+export interface TribemsgIMRoamRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+  /** 1: goes on until the range is fetched, whatever "count". */
+  autoroam?: number;
+}
+
+export interface TribemsgIMSearchRequest {
+  /** The conversation. */
+  cid?: TribemsgIMConversationID;
+  /** The senders of messages that fit; all when empty. */
+  fromids?: IMUserID[];
+  /** How messages that fit relate to the account; all when empty. */
+  atrelations?: TribeAtRelation[];
+  /** A message fits when it contains every one of these. */
+  keywords?: string[];
+  /** Kinds of message that fit; all when empty. */
+  msgtypes?: IMMsgType[];
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+  /** Position where the page starts: time; empty for the newest. */
+  msgtime?: string;
+  /** Position where the page starts: message; empty for the newest. */
+  msgid?: string;
+  /** 1: towards older messages. */
+  gohistory?: number;
+  /** 1: goes on behind the point from which on the store is complete. */
+  ignoreboundary?: number;
+  /** At most this many; 0 lets the engine choose. */
+  count?: number;
+  /** 1: by page number, with totals, not by position. */
+  needpage?: number;
+  /** Number of the page from 1, the newest messages on the first. */
+  page?: number;
+}
+
+export interface TribemsgIMWithdrawRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** Identifier of the message, unique for its sender. */
+  msgid?: string;
+  /** Time of the message by its sender's clock, milliseconds. */
+  msgtime?: string;
+  /** Time of the message by the server's clock, 0 if not known. */
+  svrtime?: string;
+}
+
+export interface TribemsgInConversation {
+  /** The tribe. */
+  tribeid?: string;
+}
+
+export interface TribemsgSearchCidRequest {
+  /** The senders of messages that fit; all when empty. */
+  fromids?: IMUserID[];
+  /** How messages that fit relate to the account; all when empty. */
+  atrelations?: TribeAtRelation[];
+  /** A message fits when it contains every one of these. */
+  keywords?: string[];
+  /** Kinds of message that fit; all when empty. */
+  msgtypes?: IMMsgType[];
+  /** From this time on, milliseconds; empty: from the beginning. */
+  btime?: string;
+  /** Up to and with this time, milliseconds; empty: to the end. */
+  etime?: string;
+}
+
+export interface TribemsgSendMsgRequest {
+  /** The tribe. */
+  tribeid?: string;
+  /** 1: sent by the client, not typed by its user. */
+  autosend?: number;
+  /** What to send, in the order in which it is shown. */
+  msgbody?: BodyItem[];
+  /** Whom to mention; nobody without it. */
+  tribeat?: TribeAtRequest;
 }

@@ -46,6 +46,12 @@ export const EngineCode = {
 } as const;
 export type EngineCode = (typeof EngineCode)[keyof typeof EngineCode];
 
+export const IMCIDType = {
+  /** A tribe. */
+  kCIDTribe: 3,
+} as const;
+export type IMCIDType = (typeof IMCIDType)[keyof typeof IMCIDType];
+
 export const IMMsgStatus = {
   /** On its way. */
   kMsgSending: 0,
@@ -109,6 +115,28 @@ export const InputStatus = {
   kInputTyping: 1,
 } as const;
 export type InputStatus = (typeof InputStatus)[keyof typeof InputStatus];
+
+export const TribeAtMsgType = {
+  /** The message mentions nobody. */
+  kAtNobody: 0,
+  /** It mentions the members named. */
+  kAtMembers: 1,
+  /** It mentions all members. */
+  kAtAll: 2,
+} as const;
+export type TribeAtMsgType = (typeof TribeAtMsgType)[keyof typeof TribeAtMsgType];
+
+export const TribeAtRelation = {
+  /** It mentions nobody, or others only. */
+  kAtRelationNone: 0,
+  /** It mentions the account by name. */
+  kAtRelationMember: 1,
+  /** It mentions all members. */
+  kAtRelationAll: 2,
+  /** An own message that mentions somebody. */
+  kAtRelationSender: 3,
+} as const;
+export type TribeAtRelation = (typeof TribeAtRelation)[keyof typeof TribeAtRelation];
 
 export const TribeMemberBasicStatus = {
   /** Not logged in. */

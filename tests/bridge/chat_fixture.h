@@ -1,9 +1,10 @@
-// A page of `kHarbor` that listens to everything, and its chat with `kLighthouse`.
+// A page of `kHarbor` that listens to everything, and one conversation of it.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "imsdk/client/chat_window.h"
 #include "tests/support/memory_engine.h"
@@ -38,21 +39,38 @@ inline std::wstring WithCid(const std::wstring& keys) {
   return LR"({"cid":{"appkey":"cnbazaro","nick":"lighthouse"},)" + keys + L"}";
 }
 
-class SingleMsg : public ::testing::Test {
+// An answer that is a success, with the keys behind the envelope.
+inline std::wstring Answer(const std::wstring& keys) {
+  return LR"({"code":0,"subcode":0,"result":"success",)" + keys + L"}";
+}
+
+// The conversation `cid`, which the module of `path` serves.
+class ChatPage : public ::testing::Test {
  protected:
-  SingleMsg() : chat(engine.Chats().Chat(kLighthouse)) { Bind(); }
+  ChatPage(std::wstring path, const biz::IMConversationID& cid)
+      : chat(engine.Account().Chat(cid)), path_(std::move(path)) {
+    Bind();
+  }
 
   void Bind() {
     host.Bind(kHarbor);
     host.Invoke(L"workbench.im.event_register", L"r", L"register_all");
   }
   std::wstring Payload(const std::wstring& method, const std::wstring& json) {
-    return host.Call(kPath, method, json).payload;
+    return host.Call(path_, method, json).payload;
   }
 
   MemoryEngine engine;
   TestHost host;
   MemoryConversation& chat;
+
+ private:
+  const std::wstring path_;
+};
+
+class SingleMsg : public ChatPage {
+ protected:
+  SingleMsg() : ChatPage(kPath, kChat) {}
 };
 
 }  // namespace imsdk::test
