@@ -39,6 +39,15 @@ std::optional<Attempts::Attempt> Attempts::Take(Clock::time_point now) {
   return attempt;
 }
 
+std::vector<Attempts::Attempt> Attempts::TakeAll() {
+  std::vector<Attempt> all;
+  for (auto& [account, entry] : accounts_) {
+    for (Attempt& attempt : entry.waiting) all.push_back(std::move(attempt));
+    entry.waiting.clear();
+  }
+  return all;
+}
+
 std::optional<Attempts::Clock::time_point> Attempts::Next() const {
   std::optional<Clock::time_point> next;
   for (const auto& [account, entry] : accounts_) {

@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "link/server_link.h"
 
@@ -31,6 +32,8 @@ class Attempts {
   bool Add(Attempt attempt);
   // The one whose turn it is; nothing when all that wait have to wait longer.
   std::optional<Attempt> Take(Clock::time_point now);
+  // Whoever waits, in no order.
+  std::vector<Attempt> TakeAll();
   // When somebody who waits may go; nothing when nobody waits.
   std::optional<Clock::time_point> Next() const;
   void Note(std::int64_t account, bool good, Clock::time_point now);

@@ -81,6 +81,7 @@ Server::~Server() {
   gate_->Stop();
   files_.Stop();
   OnStore([this] {
+    gate_->RefuseAll();
     room_->CloseAll();
     commit_.Flush();
   });

@@ -61,34 +61,44 @@ void Gate::Verify(const link::LoginRequest& request, const StoredAccount& accoun
 }
 
 void Gate::CheckNext() {
-  if (hashes_) return;
+  if (under_way_) return;
+  if (stops_) {
+    for (const Attempts::Attempt& attempt : attempts_.TakeAll()) attempt.done(ServerStops(), {});
+    return;
+  }
   const auto now = Attempts::Clock::now();
-  const auto attempt = attempts_.Take(now);
-  if (!attempt) {
+  under_way_ = attempts_.Take(now);
+  if (!under_way_) {
     const auto next = attempts_.Next();
     if (!next) return;
     here_->PostDelayedTask(FROM_HERE, base::BindWeak(weak_from_this(), &Gate::CheckNext),
                            std::chrono::ceil<std::chrono::milliseconds>(*next - now));
     return;
   }
-  auto checked = base::BindWeak(weak_from_this(),
-                                [attempt](Gate& gate, bool good) { gate.Checked(*attempt, good); });
-  hashes_ = hashing_.task_runner()->PostTask(
-      FROM_HERE, [here = here_, attempt, checked = std::move(checked)] {
-        const bool good = VerifyPassword(attempt->hash, base::WideToUTF8(attempt->password));
+  auto checked = base::BindWeak(weak_from_this(), &Gate::Checked);
+  hashing_.task_runner()->PostTask(
+      FROM_HERE, [here = here_, hash = under_way_->hash, password = under_way_->password,
+                  checked = std::move(checked)] {
+        const bool good = VerifyPassword(hash, base::WideToUTF8(password));
         here->PostTask(FROM_HERE, [checked, good] { checked(good); });
       });
-  if (!hashes_) attempt->done(ServerStops(), {});
 }
 
-void Gate::Checked(const Attempts::Attempt& attempt, bool good) {
-  hashes_ = false;
+void Gate::Checked(bool good) {
+  const Attempts::Attempt attempt = *std::exchange(under_way_, std::nullopt);
   attempts_.Note(attempt.account, good, Attempts::Clock::now());
   if (good) {
     Give(attempt.user, attempt.account, attempt.done);
   } else {
     attempt.done(Failure(biz::kEngineWrongPassword, L"the password is wrong"), {});
   }
+  CheckNext();
+}
+
+void Gate::RefuseAll() {
+  stops_ = true;
+  // It came too late to be begun.
+  if (under_way_) std::exchange(under_way_, std::nullopt)->done(ServerStops(), {});
   CheckNext();
 }
 

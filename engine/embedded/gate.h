@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "embedded/attempts.h"
@@ -29,12 +30,14 @@ class Gate : public std::enable_shared_from_this<Gate> {
 
   // Finishes the hash that is under way; the others are not begun. Any thread but the store's.
   void Stop() { hashing_.Stop(); }
+  // After it: whoever waits, and whoever comes, is told that the server stops.
+  void RefuseAll();
 
  private:
   void Verify(const link::LoginRequest& request, const StoredAccount& account,
               const link::LoginCallback& done);
   void CheckNext();
-  void Checked(const Attempts::Attempt& attempt, bool good);
+  void Checked(bool good);
   void Give(const biz::IMUserID& user, std::int64_t account, const link::LoginCallback& done);
   // The account that the token stands for, or a failure.
   biz::ResultCode CheckToken(const biz::IMUserID& user, const std::wstring& token,
@@ -52,7 +55,8 @@ class Gate : public std::enable_shared_from_this<Gate> {
   const std::int64_t token_life_ms_;
   base::Thread hashing_;
   Attempts attempts_;
-  bool hashes_ = false;
+  std::optional<Attempts::Attempt> under_way_;
+  bool stops_ = false;
 };
 
 }  // namespace imsdk::embedded
