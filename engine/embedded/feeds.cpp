@@ -11,7 +11,7 @@ namespace imsdk::embedded {
 
 namespace {
 
-constexpr std::size_t kEntriesInBatch = 100;
+constexpr std::size_t kEntriesInBatch = 500;
 // A client that does not acknowledge gets no more than this many batches ahead.
 constexpr std::size_t kOpenBatches = 4;
 

@@ -56,16 +56,16 @@ void ChatMgr<Interface>::GetUnreadCounts(const biz::IMConversations& request,
 template <class Interface>
 void ChatMgr<Interface>::SearchMsg(const biz::IMSearchRequest& request,
                                    biz::IMCallback<biz::IMSearchPage> done) {
-  Query<biz::IMSearchPage>(account_.state, request, std::move(done),
-                           [kinds = kinds_](AccountState& here, const auto& kept) {
-                             return here.store.search().SearchAll(kinds, kept);
-                           });
+  Search<biz::IMSearchPage>(account_.state, request, std::move(done),
+                            [kinds = kinds_](AccountState& here, const auto& kept) {
+                              return here.store.search().SearchAll(kinds, kept);
+                            });
 }
 
 template <class Interface>
 void ChatMgr<Interface>::SearchConversations(const biz::IMSearchRequest& request,
                                              biz::IMCallback<biz::IMConversations> done) {
-  Query<biz::IMConversations>(
+  Search<biz::IMConversations>(
       account_.state, request, std::move(done),
       [kinds = kinds_](AccountState& here, const auto& kept) {
         return biz::IMConversations{here.store.search().Conversations(kinds, kept)};
