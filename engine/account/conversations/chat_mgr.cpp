@@ -5,6 +5,7 @@
 
 #include "account/conversations/conversation.h"
 #include "account/session/on_worker.h"
+#include "kexbase/distinct.h"
 #include "kexbase/strings.h"
 
 namespace imsdk::account {
@@ -46,7 +47,7 @@ void ChatMgr<Interface>::GetUnreadCounts(const biz::IMConversations& request,
   const ChatState& chat = account_.state->chat;
   if (request.cids.empty()) return done({}, {chat.Conversations(kinds_)});
   biz::IMUnreads unreads;
-  for (const auto& cid : request.cids) {
+  for (const auto& cid : base::Distinct(request.cids)) {
     const auto known = Known(chat, kinds_, cid);
     unreads.unreads.push_back({cid, known ? chat.Unread(*known) : 0});
   }
