@@ -11,7 +11,7 @@ namespace imsdk::embedded {
 
 namespace {
 
-constexpr std::size_t kEntriesInBatch = 100;
+constexpr std::size_t kEntriesInBatch = 500;
 // A client that does not acknowledge gets no more than this many batches ahead.
 constexpr std::size_t kOpenBatches = 4;
 
@@ -49,8 +49,8 @@ Feeds::Feeds(ServerStore& store, std::function<void()> schedule)
 void Feeds::Open(std::int64_t session, const Caller& caller, const Start& start,
                  std::weak_ptr<link::SessionListener> listener) {
   const Position after = start.after;
-  Client client{session, caller,         std::move(listener), store_.mail().newest(),
-                after,   start.placeless};
+  noted_ = store_.mail().newest();
+  Client client{session, caller, std::move(listener), noted_, after, start.placeless};
   See(client, {{Stream::Kind::kAccount, caller.account}}, after);
   if (start.restore) {
     See(client, {{Stream::Kind::kSent, caller.account}, 0, client.began}, after);
@@ -113,6 +113,7 @@ void Feeds::End(std::int64_t session, const biz::ResultCode& why) {
 }
 
 void Feeds::Note(const Effects& effects) {
+  noted_ = std::max(noted_, effects.upto);
   // Who joins hears of it in the tribe, and so does who leaves.
   const auto note_stays = [&](bool joining) {
     for (const StayChange& change : effects.stays) {
@@ -228,13 +229,14 @@ bool Feeds::Fill(Client& client, Round& round, Filling& filling) {
   while (!client.news.empty() && client.news.begin()->first <= end && !filling.full()) {
     const auto [from, view] = *client.news.begin();
     const auto second = std::next(client.news.begin());
-    const Position stop = second == client.news.end() ? end : std::min(end, second->first);
+    Position stop = std::min(end, noted_);
+    if (second != client.news.end()) stop = std::min(stop, second->first);
     Position next = 0;
     const biz::ResultCode read = sqlite::Guarded(
         [&, from = from, &view = view] { next = Take(client, view, from, stop, round, filling); });
     if (!read.ok()) return false;
     client.news.erase(client.news.begin());
-    if (next != 0) {
+    if (next != 0 && next <= noted_) {
       client.news.emplace(next, view);
     } else if (view.until == kNever) {
       watches_[view.stream][client.session].noted = false;

@@ -106,6 +106,9 @@ class Feeds {
   std::map<Stream, std::map<std::int64_t, Watch>> watches_;     // by session
   std::set<std::int64_t> push_soon_;                            // sessions
   std::map<Stream, Position> fresh_;                            // since the last push
+  // Up to here the store's news were noted. A commit may hold more, of operations whose turn to be
+  // noted comes: whoever was sent those too soon would be sent them again, or others before them.
+  Position noted_ = 0;
 };
 
 }  // namespace imsdk::embedded

@@ -59,6 +59,7 @@ class MailRoom : public std::enable_shared_from_this<MailRoom> {
     commit_.Add(
         [this, caller, request, outcome](sqlite::Database&) {
           *outcome = desks_.Answer(caller, *request);
+          outcome->effects.upto = store_.mail().newest();
         },
         [this, session, caller, outcome, done = std::move(done)](const biz::ResultCode& stored) {
           if (!stored.ok()) *outcome = Answered(stored);

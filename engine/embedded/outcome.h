@@ -54,6 +54,7 @@ struct Effects {
   std::vector<News> news;
   std::optional<Typing> typing;
   std::optional<WatchChange> watch;
+  std::int64_t upto = 0;  // the newest position when the work was done
   // The answer waits until its session was sent all that is new, so that a message comes as new
   // before it comes as history.
   bool after_news = false;

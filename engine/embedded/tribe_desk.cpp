@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::int64_t kTribesInPart = 200;
 constexpr std::int32_t kMostClasses = 1000;
+constexpr std::int64_t kMostOwned = 1000;
 
 biz::ResultCode Unusable() { return Failure(biz::kEngineRefused, L"the value is not usable"); }
 
@@ -29,7 +30,9 @@ biz::ResultCode CheckValue(biz::TribeModifyKey key, const std::wstring& value) {
   std::int32_t most = 0;
   switch (key) {
     case biz::kTribeKeyName:
-      if (value.empty()) return Failure(biz::kEngineEmpty, L"a tribe has a name");
+      if (value.find_first_not_of(L" \t\r\n\u00A0\u3000") == value.npos) {
+        return Failure(biz::kEngineEmpty, L"a tribe has a name");
+      }
       return CheckText("name", value, biz::kMaxTribeLetters);
     case biz::kTribeKeyDescription:
       return CheckText("description", value, biz::kMaxTribeDescriptionLetters);
@@ -151,6 +154,9 @@ Outcome<biz::IMTribeRequest> TribeDesk::Answer(const Caller& caller,
   }
   const auto accounts = AccountsOf(store_, caller.user, wanted.members);
   if (!accounts) return UnknownUser();
+  if (store_.tribes().OwnedBy(caller.account, kMostOwned) >= kMostOwned) {
+    return Failure(biz::kEngineRefused, L"the account has founded as many tribes as it may");
+  }
   tribe.id = store_.tribes().Free();
   Outcome<biz::IMTribeRequest> outcome(biz::IMTribeRequest{tribe.id});
   Make(store_, outcome.effects, tribe, wanted.name, *accounts, Announce::kToAll);

@@ -143,6 +143,14 @@ std::vector<ListedTribe> TribeTable::QuittedBy(std::int64_t account, std::int64_
   return listed;
 }
 
+std::int64_t TribeTable::OwnedBy(std::int64_t account, std::int64_t most) {
+  auto row = database_.Prepare(
+      "SELECT count(*) FROM (SELECT 1 FROM members INDEXED BY managed_by "
+      "WHERE account=? AND level>1 AND level=3 LIMIT ?)",
+      account, most);
+  return row.Step() ? row.Int64(0) : 0;
+}
+
 biz::IMTribeID TribeTable::Free() {
   auto row = database_.Prepare("SELECT max(id) FROM tribes");
   return {std::max(row.Step() ? row.Int64(0) : 0, kTribesFrom) + 1};

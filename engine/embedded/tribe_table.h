@@ -56,6 +56,8 @@ class TribeTable {
   // Those that it was a member of, the newest first; `place` is 0 for the first ones.
   std::vector<ListedTribe> QuittedBy(std::int64_t account, std::int64_t place, std::int64_t count);
 
+  // How many the account owns, counted up to `most`.
+  std::int64_t OwnedBy(std::int64_t account, std::int64_t most);
   // An identifier that no tribe has.
   biz::IMTribeID Free();
   void Add(const StoredTribe& tribe, const std::wstring& name);

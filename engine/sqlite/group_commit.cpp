@@ -64,6 +64,7 @@ biz::ResultCode GroupCommit::Commit(const std::vector<Entry>& entries, std::size
       entries[i].write(database);
       if (std::chrono::steady_clock::now() > end) *to = i + 1;
     }
+    last_();
     transaction.Commit();
   });
   if (result.ok()) return result;

@@ -18,12 +18,18 @@ class GroupCommit {
   // Runs after the commit with success, or with `kEngineStorage`; may ask for further writes.
   using After = std::function<void(const biz::ResultCode&)>;
 
+  // Ends each transaction; may throw, and then none of it is done.
+  using Last = std::function<void()>;
+
   // `open` gives the connection, or throws. `schedule` has `Flush` called on the sequence soon.
   // What `refuse` answers instead of success is the outcome of writes that are not begun yet.
   GroupCommit(
       std::function<Database&()> open, std::function<void()> schedule,
-      std::function<biz::ResultCode()> refuse = [] { return biz::ResultCode{}; })
-      : open_(std::move(open)), schedule_(std::move(schedule)), refuse_(std::move(refuse)) {}
+      std::function<biz::ResultCode()> refuse = [] { return biz::ResultCode{}; }, Last last = [] {})
+      : open_(std::move(open)),
+        schedule_(std::move(schedule)),
+        refuse_(std::move(refuse)),
+        last_(std::move(last)) {}
 
   // Queues a write. Followers run in the order of the writes.
   void Add(Write write, After after);
@@ -42,6 +48,7 @@ class GroupCommit {
   const std::function<Database&()> open_;
   const std::function<void()> schedule_;
   const std::function<biz::ResultCode()> refuse_;
+  const Last last_;
   std::vector<Entry> queue_;
   bool scheduled_ = false;
 };

@@ -5,6 +5,7 @@
 #include "imsdk/client/emotion_list.h"
 #include "imsdk/client/picture_editor.h"
 #include "kexbase/base64.h"
+#include "kexbase/distinct.h"
 #include "kexcore/kexcom.h"
 #include "source/bridge/bridgeconversation.h"
 #include "source/bridge/emotiontext.h"
@@ -44,9 +45,11 @@ class Sends {
   std::vector<biz::ResultCode> statuses_;
 };
 
-// Sends one message to each of `cids`. One refusal does not keep the message from the others.
-void SendToEach(biz::IIMChatMgr& mgr, const std::vector<biz::IMConversationID>& cids,
+// Sends one message to each of `receivers`, however often it is named. One refusal does not keep the
+// message from the others.
+void SendToEach(biz::IIMChatMgr& mgr, const std::vector<biz::IMConversationID>& receivers,
                 const biz::IMSendRequest& message, Call<> call) {
+  const std::vector<biz::IMConversationID> cids = base::Distinct(receivers);
   if (cids.empty()) return call.FinishSend({E_INVALIDARG, 0, L"nobody to send to"});
   const auto sends = std::make_shared<Sends>(cids.size(), std::move(call));
   for (std::size_t i = 0; i < cids.size(); ++i) {

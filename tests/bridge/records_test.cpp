@@ -109,7 +109,7 @@ TEST(JsonText, LongListsAndTextsStayWhole) {
 }
 
 TEST(SecretFree, MasksWhatWasReadAndNothingElse) {
-  const std::wstring gone = L" characters that are no JSON";
+  const std::wstring gone = L" characters that are no JSON object";
   const struct {
     std::wstring json;
     std::wstring shown;  // empty: as it is
@@ -136,6 +136,9 @@ TEST(SecretFree, MasksWhatWasReadAndNothingElse) {
       {L"{oops", L""},
       {L"{oops", L"5" + gone, {true, {}}},
       {LR"({"password":"unclosed)", L"21" + gone},
+      {LR"(["p"])", L"5" + gone, {true, {"str"}}},
+      {LR"("p")", L"3" + gone, {true, {"str"}}},
+      {LR"(["p"])", L""},
       {LR"({"p\u0061ssword":"unclosed)", L"26" + gone},
   };
   for (const auto& c : cases) {

@@ -14,10 +14,11 @@ TEST_F(SingleMsg, BroadcastReachesEveryoneAndReportsTheFirstRefusal) {
   auto& mariner = engine.Chats().Chat(biz::IMUserID{L"cnbazaro", L"mariner"});
   const std::wstring request =
       LR"({"cids":[{"appkey":"cnbazaro","nick":"lighthouse"},{"nick":"nobody"},)"
-      LR"({"appkey":"cnbazaro","nick":"mariner"}],"msgbody":[{"type":0,"value":"all"}]})";
+      LR"({"appkey":"cnbazaro","nick":"mariner"},{"appkey":"cnbazaro","nick":"lighthouse"}],)"
+      LR"("msgbody":[{"type":0,"value":"all"}]})";
   EXPECT_EQ(host.Call(kPath, L"SendBroadcastMsg", request).payload,
             LR"({"code":-2147418113,"subcode":0,"result":"failed"})");
-  EXPECT_EQ(chat.sent.size(), 1u);
+  EXPECT_EQ(chat.sent.size(), 1u) << "named twice";
   EXPECT_EQ(mariner.sent.size(), 1u);
   EXPECT_FALSE(
       host.Call(kPath, L"SendBroadcastMsg", LR"({"cids":[{"appkey":"cnbazaro","nick":"mariner"}]})")

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 const biz::IMUserID kHarbor = User(L"harbor");
 const biz::IMUserID kMariner = User(L"mariner");
 const biz::IMUserID kPilot = User(L"pilot");  // whom harbor wrote to, and who never answered
-constexpr int kRounds = 40;
+constexpr int kRounds = 30;
 constexpr std::size_t kMessages = 2 * kRounds;  // between harbor and mariner
 
 std::string Content(const fs::path& file) {

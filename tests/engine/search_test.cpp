@@ -112,25 +112,81 @@ TEST(SearchIndex, OfAnOlderStoreIsMadeAnew) {
   request.ignoreboundary = true;
   request.keywords = {L"soon"};
   const auto found = [&](account::MessageStore& store) {
+    store.index().AddSlice();
     return Ids(store.search().Search(kChat, request).msgs);
   };
   const std::wstring body = L"pic:imemotion|ID?filepath=a&shortcut=b\x200Bsoon";
   {
     account::MessageStore store(file, kSelf, stores);
     store.AddIncoming(Received(kPeer, 1, 1, body));
+    store.index().AddSlice();
     store.database().Execute(
         "INSERT INTO search(search) VALUES('delete-all'); DROP TABLE tribes;"
         "DROP INDEX messages_at_unread; DROP INDEX messages_at_untold;"
         "ALTER TABLE session DROP COLUMN tribes_known; ALTER TABLE messages DROP COLUMN at_type;"
         "ALTER TABLE messages DROP COLUMN relation; ALTER TABLE messages DROP COLUMN at_read;"
-        "ALTER TABLE messages DROP COLUMN at_members; PRAGMA user_version=1");
-    EXPECT_EQ(found(store), Found{});
+        "ALTER TABLE messages DROP COLUMN at_members; DROP TABLE unindexed;"
+        "PRAGMA user_version=1");
     store.Close();
   }
   account::MessageStore store(file, kSelf, stores);
   EXPECT_EQ(found(store), Found{1});
   EXPECT_EQ(store.Find(kChat, 1)->msgbody, body);
   EXPECT_EQ(store.Find(kChat, 1)->tribeat, biz::IMTribeAt{});
+}
+
+// As a kill between any two commits would leave it.
+TEST(SearchIndex, CatchesUpWithWhatIsStoredChangedAndDeleted) {
+  TempFolder folder;
+  const auto file = folder.path() / "messages.db";
+  std::optional<account::MessageStore> store;
+  const auto reopen = [&] { store.emplace(file, kSelf, std::make_shared<account::OpenStores>()); };
+  const auto found = [&](const wchar_t* word) {
+    biz::IMSearchRequest request{.keywords = {word}};
+    request.ignoreboundary = true;
+    request.count = 1000;
+    return Ids(store->search().Search(kChat, request).msgs);
+  };
+  reopen();
+  store->AddIncoming(Received(kPeer, 1, 1, L"early text"));
+  store->index().AddLittle();
+  EXPECT_FALSE(store->index().IsBehind()) << "a few are not put off";
+  {
+    sqlite::Transaction transaction(store->database());
+    for (std::int64_t id = 2; id <= 600; ++id) {
+      store->AddIncoming(Received(kPeer, id, id, L"late text " + std::to_wstring(id)));
+    }
+    store->index().AddLittle();
+    transaction.Commit();
+  }
+  EXPECT_EQ(found(L"text"), Found{1}) << "many are";
+  store->Withdraw(kChat, kPeer, 1);
+  store->Withdraw(kChat, kPeer, 2);
+  store->Delete(kChat, {3, 599});
+  reopen();
+  store->index().AddSlice();
+  EXPECT_TRUE(store->index().IsBehind());
+  store->Delete(kChat, {4, 598});
+  store->Withdraw(kChat, kPeer, 5);
+  store->Withdraw(kChat, kPeer, 597);
+  reopen();
+  store->index().AddSlice();
+  EXPECT_FALSE(store->index().IsBehind());
+  Found left;
+  for (std::int64_t id = 6; id <= 600; ++id) {
+    if (id < 597 || id == 600) left.push_back(id);
+  }
+  EXPECT_EQ(found(L"text"), left);
+  store->database().Execute("INSERT INTO search(search) VALUES('integrity-check')");
+
+  // One text may be a slice.
+  store->AddIncoming(Received(kPeer, 700, 700, std::wstring(200'000, L'x')));
+  store->AddIncoming(Received(kPeer, 701, 701, L"behind"));
+  store->index().AddLittle();
+  store->index().AddSlice();
+  EXPECT_EQ(found(L"behind"), Found{});
+  store->index().AddSlice();
+  EXPECT_EQ(found(L"behind"), Found{701});
 }
 
 TEST_F(SearchTest, PagesByPositionAndByNumber) {
@@ -201,7 +257,7 @@ TEST_F(SearchTest, PagesByPositionAndByNumber) {
     one.ask(request);
     for (const auto& keywords : {std::vector<std::wstring>{}, {L"text"}}) {
       request.keywords = keywords;
-      const auto page = store_.search().Search(kChat, request);
+      const auto page = Indexed().Search(kChat, request);
       EXPECT_EQ(Ids(page.msgs), one.ids);
       EXPECT_EQ(page.totalpage, one.pages);
       EXPECT_EQ(page.totalcount, one.total);
@@ -211,16 +267,16 @@ TEST_F(SearchTest, PagesByPositionAndByNumber) {
   all.keywords = {L"text"};
   all.needpage = true;
   all.count = 100;
-  EXPECT_EQ(store_.search().SearchAll({biz::kCIDUser}, all).totalcount, 18);
-  EXPECT_EQ(store_.search().SearchAll({biz::kCIDTribe}, all).totalcount, 9);
-  EXPECT_EQ(store_.search().SearchAll({biz::kCIDSystem, biz::kCIDSubscribe}, all).totalcount, 9);
-  EXPECT_EQ(store_.search().Search(system, all).totalcount, 9);
-  EXPECT_TRUE(store_.search().Search(With(User(L"unknown")), all).msgs.empty());
+  EXPECT_EQ(Indexed().SearchAll({biz::kCIDUser}, all).totalcount, 18);
+  EXPECT_EQ(Indexed().SearchAll({biz::kCIDTribe}, all).totalcount, 9);
+  EXPECT_EQ(Indexed().SearchAll({biz::kCIDSystem, biz::kCIDSubscribe}, all).totalcount, 9);
+  EXPECT_EQ(Indexed().Search(system, all).totalcount, 9);
+  EXPECT_TRUE(Indexed().Search(With(User(L"unknown")), all).msgs.empty());
   store_.AddIncoming(Received(kPeer, 400, 10, L"text of a lantern"));
-  EXPECT_EQ(store_.search().Conversations({biz::kCIDUser}, all), (std::vector{kChat, With(other)}));
+  EXPECT_EQ(Indexed().Conversations({biz::kCIDUser}, all), (std::vector{kChat, With(other)}));
   all.btime = 400;
   all.keywords = {L"lant"};
-  EXPECT_EQ(store_.search().Conversations({biz::kCIDUser, biz::kCIDTribe}, all),
+  EXPECT_EQ(Indexed().Conversations({biz::kCIDUser, biz::kCIDTribe}, all),
             std::vector{kChat});
 }
 
@@ -239,7 +295,7 @@ TEST_F(SearchTest, ThePicturesOfAConversation) {
   store_.AddIncoming(Received(User(L"other"), 200, 4, token(L"g")));
   const auto pictures = [this](const biz::IMPictureRequest& request) {
     std::wstring ids;
-    for (const auto& picture : store_.search().Pictures(kChat, request)) {
+    for (const auto& picture : Indexed().Pictures(kChat, request)) {
       ids += picture.pictureid + L' ';
     }
     return ids;
@@ -273,7 +329,7 @@ TEST_F(SearchTest, ThePicturesOfAConversation) {
   request.btime = 150;
   request.count = 1;
   EXPECT_EQ(pictures(request), L"4_1 ");
-  const auto last = store_.search().Pictures(kChat, request).at(0);
+  const auto last = Indexed().Pictures(kChat, request).at(0);
   EXPECT_EQ(last.url, L"files%2Ff.png");
   EXPECT_EQ(last.fromid, kPeer);
   EXPECT_EQ(last.mgstime, 200);

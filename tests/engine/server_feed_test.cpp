@@ -100,7 +100,7 @@ TEST_F(ServerFeed, ADeviceWithoutAPositionStandsWhereTheMostAdvancedOneDoes) {
 
 TEST_F(ServerFeed, BatchesAreBoundedAndWaitForAcknowledgements) {
   const auto harbor = Connect(L"harbor");
-  constexpr std::int64_t kMessages = 650;
+  constexpr std::int64_t kMessages = 3250;
   for (std::int64_t msgid = 1; msgid <= kMessages; ++msgid) harbor->Say(With(L"mariner"), msgid);
   const auto mariner = Connect(L"mariner", "desk", {}, false);
   mariner->Until([](const Device& told) { return told.batches.size() == 4; });
@@ -114,7 +114,7 @@ TEST_F(ServerFeed, BatchesAreBoundedAndWaitForAcknowledgements) {
   ASSERT_EQ(mariner->batches.size(), 8U);
   for (std::size_t i = 0; i < mariner->batches.size(); ++i) {
     const auto& batch = mariner->batches[i];
-    EXPECT_EQ(batch.entries.size(), i < 6 ? 100U : i == 6 ? 50U : 1U);
+    EXPECT_EQ(batch.entries.size(), i < 6 ? 500U : i == 6 ? 250U : 1U);
     EXPECT_EQ(batch.offline, i < 7);
     EXPECT_EQ(batch.more, i < 6);
   }
@@ -147,11 +147,11 @@ TEST_F(ServerFeed, StreamsAreMergedByTheOrderOfTheServer) {
   const auto online = Connect(L"mariner", "online");
   std::vector<std::int64_t> sent;
   // Long runs in one conversation, and quick changes.
-  for (std::size_t i = 0; i < 700; ++i) {
-    const std::size_t which = i < 250 ? 3 : i < 500 ? i * i % cids.size() : i % 2;
+  for (std::size_t i = 0; i < 3500; ++i) {
+    const std::size_t which = i < 1250 ? 3 : i < 2500 ? i * i % cids.size() : i % 2;
     sent.push_back(static_cast<std::int64_t>(i) + 1);
     ASSERT_TRUE(harbor->Say(cids[which], sent.back()).result.ok());
-    if (i % 50 == 0) harbor->Ask(link::Withdraw{cids[which], sent.back()});
+    if (i % 250 == 0) harbor->Ask(link::Withdraw{cids[which], sent.back()});
   }
   online->Settle();
   EXPECT_EQ(online->Msgids(), sent);

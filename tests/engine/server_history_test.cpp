@@ -136,7 +136,7 @@ TEST_F(ServerHistory, RoamingIsSwitchedAndOpensAtATime) {
 
 TEST_F(ServerHistory, WhatIsNewComesAsNewBeforeItComesAsHistory) {
   const auto harbor = Connect(L"harbor");
-  for (std::int64_t msgid = 1; msgid <= 500; ++msgid) harbor->Say(With(L"mariner"), msgid);
+  for (std::int64_t msgid = 1; msgid <= 2500; ++msgid) harbor->Say(With(L"mariner"), msgid);
   const auto mariner = Connect(L"mariner", "desk", {}, false);
   mariner->Until([](const Device& told) { return told.batches.size() == 4; });
   std::thread later([&] {
@@ -146,7 +146,7 @@ TEST_F(ServerHistory, WhatIsNewComesAsNewBeforeItComesAsHistory) {
   const auto page = mariner->Ask(link::GetHistory{.cid = With(L"harbor"), .count = 9});
   later.join();
   EXPECT_EQ(page.reply.msgs.size(), 9U);
-  EXPECT_EQ(mariner->Msgids().size(), 500U);
+  EXPECT_EQ(mariner->Msgids().size(), 2500U);
 }
 
 }  // namespace

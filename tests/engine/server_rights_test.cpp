@@ -250,6 +250,19 @@ TEST_F(ServerRights, InAMultiChatEverybodyRenamesAndInvites) {
   EXPECT_EQ(lists[1].members, 3);
 }
 
+TEST_F(ServerRights, FoundingHasItsBounds) {
+  biz::IMNewTribe fresh;
+  for (const wchar_t* blank : {L"", L"  ", L"\u3000\t"}) {
+    fresh.name = blank;
+    EXPECT_EQ(harbor_->Ask(link::CreateTribe{fresh}).result.code, biz::kEngineEmpty);
+  }
+  fresh.name = L"one of many";
+  std::int32_t founded = 0;
+  while (founded < 1100 && harbor_->Ask(link::CreateTribe{fresh}).result.ok()) ++founded;
+  EXPECT_EQ(founded, 999) << "and the one that was there";
+  EXPECT_TRUE(Connect(L"mariner")->Ask(link::CreateTribe{fresh}).result.ok());
+}
+
 TEST_F(ServerRights, StoresOfTheVersionBeforeOpen) {
   server_.reset();
   {

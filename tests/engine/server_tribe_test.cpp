@@ -14,6 +14,14 @@ class ServerTribe : public ServerTest {
  protected:
   void SetUp() override { CreateAccounts({L"harbor", L"mariner", L"lighthouse", L"navigator"}); }
 
+  // The store does nothing until the promise is kept, and then all that it was asked in one commit.
+  std::promise<void> HoldStore() {
+    std::promise<void> go_on;
+    // The answer of a login comes on the store's thread.
+    link_->Login({Person(L"nobody"), link::Token{}},
+                 [held = go_on.get_future().share()](const auto&, const auto&) { held.wait(); });
+    return go_on;
+  }
   Answered<link::History> Page(Device& device, std::int32_t count = 100) {
     return device.Ask(link::GetHistory{.cid = kTribe, .count = count});
   }
@@ -168,6 +176,30 @@ TEST_F(ServerTribe, WithdrawalsAndReportsConcernTheSenderOfTheMessage) {
 }
 
 // What comes while the server is busy shares one commit and one push.
+TEST_F(ServerTribe, WhoeverIsAnsweredHearsNothingOfTheNextOperationYet) {
+  Tribe({L"harbor", L"mariner"});
+  const auto desk = Connect(L"harbor", "desk");
+  const auto phone = Connect(L"harbor", "phone");
+  const auto mariner = Connect(L"mariner");
+  for (const auto& device : {desk, phone, mariner}) device->Settle();
+  std::promise<void> go_on = HoldStore();
+  const auto kick = link::RemoveMember{{77}, Person(L"mariner")};
+  // The answer to a change comes behind what is new; here the next change is in the store by then.
+  const auto done = [](const biz::ResultCode& result, const auto&) { EXPECT_TRUE(result.ok()); };
+  desk->AskOnly(link::ChangeTribe{{77}, biz::kTribeKeyName, L"Quay"}, done);
+  phone->AskOnly(link::ChangeTribe{{77}, biz::kTribeKeyName, L"Pier"}, done);
+  mariner->AskOnly(link::SetTribeNickname{{77}, Person(L"mariner"), L"M"}, done);
+  phone->AskOnly(kick, done);
+  go_on.set_value();
+  for (const auto& device : {desk, phone, mariner}) {
+    device->Settle();
+    EXPECT_EQ(device->All<link::TribeHappening>().size(), 4U);
+    std::vector<std::int64_t> places;
+    for (const auto& batch : device->batches) places.push_back(std::stoll(batch.position));
+    EXPECT_TRUE(std::is_sorted(places.begin(), places.end())) << "no position goes back";
+  }
+}
+
 TEST_F(ServerTribe, HappeningsOfOneCommitAreSeenAsIfTheyCameOneByOne) {
   Tribe({L"harbor", L"mariner"});
   const auto harbor = Connect(L"harbor", "desk");
@@ -175,10 +207,7 @@ TEST_F(ServerTribe, HappeningsOfOneCommitAreSeenAsIfTheyCameOneByOne) {
   const auto mariner = Connect(L"mariner");
   for (const auto& device : {harbor, phone, mariner}) device->Settle();
 
-  // The answer of a login comes on the thread of the server's store.
-  std::promise<void> go_on;
-  link_->Login({Person(L"nobody"), link::Token{}},
-               [held = go_on.get_future().share()](const auto&, const auto&) { held.wait(); });
+  std::promise<void> go_on = HoldStore();
   const auto say = [](Device& device, std::int64_t msgid) {
     link::Deliver deliver;
     deliver.message.cid = kTribe;

@@ -45,7 +45,11 @@ class StoreTest : public testing::Test {
     request.keywords = keywords;
     request.ignoreboundary = true;
     request.count = 1000;
-    return Ids(store_.search().Search(cid, request).msgs);
+    return Ids(Indexed().Search(cid, request).msgs);
+  }
+  account::MessageSearch& Indexed() {
+    while (store_.index().IsBehind()) store_.index().AddSlice();
+    return store_.search();
   }
 
   // Adds what a fetch from the newest end brought, as it is on the server.

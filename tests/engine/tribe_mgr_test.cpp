@@ -366,6 +366,30 @@ TEST_P(TribeMgrTest, TheRemindTypeIsTheAccountsOnEveryDevice) {
   }
 }
 
+// Otherwise a small request could have an answer of any size.
+TEST_P(TribeMgrTest, WhatIsNamedOftenIsAnsweredOnce) {
+  const Mgr mgr = Open(kHarbor);
+  const std::vector<biz::IMTribeRequest> tribes(5000, {kId});
+  EXPECT_EQ(Answer<biz::IMTribes>([&](auto done) {
+              mgr->GetListedTribes({tribes}, done);
+            }).second.tribes.size(),
+            1U);
+  std::vector<biz::IMUserID> users(5000, kMariner);
+  users.push_back(User(L"nobody"));
+  for (const bool deep : {false, true}) {
+    if (deep) DeepLogin(mgr);
+    EXPECT_EQ(Names(Answer<biz::IMTribeMembers>([&](auto done) {
+                      mgr->GetTribeMemberbyID({kId, users}, done);
+                    }).second.memberlist),
+              "1mariner ");
+    const auto nicks = Answer<biz::IMTribeDisplayNicks>([&](auto done) {
+                         mgr->GetListDNick({kId, users}, done);
+                       }).second;
+    EXPECT_EQ(nicks.nicklist.size(), 1U);
+    EXPECT_EQ(nicks.left, std::vector{User(L"nobody")});
+  }
+}
+
 TEST_P(TribeMgrTest, EachTextHasABoundOfItsOwn) {
   const Mgr mgr = Open(kHarbor);
   const auto nickname = static_cast<biz::TribeModifyKey>(0);

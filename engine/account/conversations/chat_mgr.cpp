@@ -5,6 +5,7 @@
 
 #include "account/conversations/conversation.h"
 #include "account/session/on_worker.h"
+#include "kexbase/distinct.h"
 #include "kexbase/strings.h"
 
 namespace imsdk::account {
@@ -46,7 +47,7 @@ void ChatMgr<Interface>::GetUnreadCounts(const biz::IMConversations& request,
   const ChatState& chat = account_.state->chat;
   if (request.cids.empty()) return done({}, {chat.Conversations(kinds_)});
   biz::IMUnreads unreads;
-  for (const auto& cid : request.cids) {
+  for (const auto& cid : base::Distinct(request.cids)) {
     const auto known = Known(chat, kinds_, cid);
     unreads.unreads.push_back({cid, known ? chat.Unread(*known) : 0});
   }
@@ -56,16 +57,16 @@ void ChatMgr<Interface>::GetUnreadCounts(const biz::IMConversations& request,
 template <class Interface>
 void ChatMgr<Interface>::SearchMsg(const biz::IMSearchRequest& request,
                                    biz::IMCallback<biz::IMSearchPage> done) {
-  Query<biz::IMSearchPage>(account_.state, request, std::move(done),
-                           [kinds = kinds_](AccountState& here, const auto& kept) {
-                             return here.store.search().SearchAll(kinds, kept);
-                           });
+  Search<biz::IMSearchPage>(account_.state, request, std::move(done),
+                            [kinds = kinds_](AccountState& here, const auto& kept) {
+                              return here.store.search().SearchAll(kinds, kept);
+                            });
 }
 
 template <class Interface>
 void ChatMgr<Interface>::SearchConversations(const biz::IMSearchRequest& request,
                                              biz::IMCallback<biz::IMConversations> done) {
-  Query<biz::IMConversations>(
+  Search<biz::IMConversations>(
       account_.state, request, std::move(done),
       [kinds = kinds_](AccountState& here, const auto& kept) {
         return biz::IMConversations{here.store.search().Conversations(kinds, kept)};

@@ -96,18 +96,18 @@ void Conversation::SearchMsgByID(const biz::IMMsgRequest& request,
 
 void Conversation::SearchMsg(const biz::IMSearchRequest& request,
                              biz::IMCallback<biz::IMSearchPage> done) {
-  Query<biz::IMSearchPage>(state(), request, std::move(done),
-                           [cid = cid_](AccountState& here, const auto& kept) {
-                             return here.store.search().Search(cid, kept);
-                           });
+  Search<biz::IMSearchPage>(state(), request, std::move(done),
+                            [cid = cid_](AccountState& here, const auto& kept) {
+                              return here.store.search().Search(cid, kept);
+                            });
 }
 
 void Conversation::GetMsgPicture(const biz::IMPictureRequest& request,
                                  biz::IMCallback<biz::IMPictures> done) {
-  Query<biz::IMPictures>(state(), request, std::move(done),
-                         [cid = cid_](AccountState& here, const auto& kept) {
-                           return biz::IMPictures{here.store.search().Pictures(cid, kept)};
-                         });
+  Search<biz::IMPictures>(state(), request, std::move(done),
+                          [cid = cid_](AccountState& here, const auto& kept) {
+                            return biz::IMPictures{here.store.search().Pictures(cid, kept)};
+                          });
 }
 
 void Conversation::DeleteLocalMsg(const biz::IMDeleteRequest& request,

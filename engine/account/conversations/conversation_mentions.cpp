@@ -126,11 +126,11 @@ void Conversation::SearchAttentionMsg(const biz::IMSearchRequest& request,
                     const biz::ResultCode& result, const biz::IMTribeMembers& attention) {
                   const auto senders = SendersAmong(attention, request.fromids);
                   if (!result.ok() || senders.empty()) return done(result, {});
-                  Query<biz::IMSearchPage>(state, request, done,
-                                           [cid, senders](AccountState& here, auto kept) {
-                                             kept.fromids = senders;
-                                             return here.store.search().Search(cid, kept);
-                                           });
+                  Search<biz::IMSearchPage>(state, request, done,
+                                            [cid, senders](AccountState& here, auto kept) {
+                                              kept.fromids = senders;
+                                              return here.store.search().Search(cid, kept);
+                                            });
                 }));
 }
 

@@ -108,6 +108,7 @@ biz::ResultCode AccountCore::OpenStore() {
     }
     outbox_->Load();
     tribes_->Load();
+    state_->IndexSoon();  // an earlier session may have left some
   });
 }
 

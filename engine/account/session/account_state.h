@@ -72,11 +72,22 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   biz::IMTribeEvents tribe_mgr_events;
   biz::IMVirtualChatEvents virtual_events;
 
+  // Has what the store's index lacks added when the account is quiet for a moment.
+  void IndexSoon();
+  // Has it added now, in slices between which others have their turn.
+  void Index(biz::IMCallback<> done);
+
   // Raise the event of the message's kind of conversation.
   void RaiseSent(const biz::IMMessage& message);
   void RaiseStatus(const biz::IMMessage& message, std::int64_t svrtime,
                    const biz::ResultCode& result);
   void RaiseWithdrawn(const biz::IMMsgWithdraw& what);
+
+ private:
+  void Flush();
+
+  std::uint64_t flushes_ = 0;
+  bool indexes_soon_ = false;
 };
 
 }  // namespace imsdk::account

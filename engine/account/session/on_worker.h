@@ -52,27 +52,48 @@ inline constexpr std::chrono::seconds kLongestQuery{10};
 // Answers with what `read(AccountState&, const Request&)`, which may throw, finds in the store. It
 // is given up when the account is logged out meanwhile.
 template <class Result, class Request, class Read>
+void Answer(AccountState& here, const Request& kept, const biz::IMCallback<Result>& done,
+            const Read& read) {
+  here.commit.Flush();  // what was done before is part of the answer
+  Result found{};
+  bool given_up = false;
+  biz::ResultCode result = sqlite::Guarded([&] {
+    const auto end = std::chrono::steady_clock::now() + kLongestQuery;
+    const sqlite::Interrupt unless(here.store.database(), [&] {
+      return given_up = here.closed || std::chrono::steady_clock::now() > end;
+    });
+    found = read(here, kept);
+  });
+  if (given_up) {
+    result = here.closed ? NotLoggedIn()
+                         : biz::ResultCode{biz::kEngineBusy, 0, L"this takes too long to find"};
+  }
+  done(result, result.ok() ? found : Result{});
+}
+
+// The same from any thread.
+template <class Result, class Request, class Read>
 void Query(const std::shared_ptr<AccountState>& state, const Request& request,
            biz::IMCallback<Result> done, Read read) {
   OnWorker(
       state, request,
       [read = std::move(read), done](AccountState& here, const auto& kept) {
-        here.commit.Flush();  // what was done before is part of the answer
-        Result found{};
-        bool given_up = false;
-        biz::ResultCode result = sqlite::Guarded([&] {
-          const auto end = std::chrono::steady_clock::now() + kLongestQuery;
-          const sqlite::Interrupt unless(here.store.database(), [&] {
-            return given_up = here.closed || std::chrono::steady_clock::now() > end;
-          });
-          found = read(here, *kept);
+        Answer(here, *kept, done, read);
+      },
+      [done](const biz::ResultCode& why) { done(why, {}); });
+}
+
+// The same for what goes by the store's full-text index, after that has all there is.
+template <class Result, class Request, class Read>
+void Search(const std::shared_ptr<AccountState>& state, const Request& request,
+            biz::IMCallback<Result> done, Read read) {
+  OnWorker(
+      state, request,
+      [read = std::move(read), done](AccountState& here, const auto& kept) {
+        here.commit.Flush();
+        here.Index([state = here.shared_from_this(), read, done, kept](const biz::ResultCode& why) {
+          why.ok() ? Answer(*state, *kept, done, read) : done(why, {});
         });
-        if (given_up) {
-          result = here.closed
-                       ? NotLoggedIn()
-                       : biz::ResultCode{biz::kEngineBusy, 0, L"this takes too long to find"};
-        }
-        done(result, result.ok() ? found : Result{});
       },
       [done](const biz::ResultCode& why) { done(why, {}); });
 }

@@ -18,9 +18,17 @@ namespace {
   "iif(instr(" row ".body, 'pic:impicture|'), ' p', '')"
 #define ADD_TO_INDEX \
   "INSERT INTO search(rowid, facets, body) VALUES(new.place, " FACETS("new") ", new.body);"
+#define ADD_MESSAGES_TO_INDEX                \
+  "INSERT INTO search(rowid, facets, body) " \
+  "SELECT place, " FACETS("messages") ", body FROM messages"
 #define TAKE_FROM_INDEX                              \
   "INSERT INTO search(search, rowid, facets, body) " \
   "VALUES('delete', old.place, " FACETS("old") ", old.body);"
+#define TAKE_IF_INDEXED \
+  "INSERT INTO search(search, rowid, facets, body) "                                       \
+  "SELECT 'delete', old.place, " FACETS("old") ", old.body "                               \
+  "WHERE NOT EXISTS(SELECT 1 FROM unindexed WHERE place=old.place);"                       \
+  "DELETE FROM unindexed WHERE place=old.place;"
 
 // One message a commit is the rule: with the usual 4, merging segments would take most of its time.
 // Beginnings of one or two letters fit so many words that they have an index of their own.
@@ -95,9 +103,7 @@ constexpr const char* kSchema[] = {R"sql(
                                    // content forgets only what it is told as it was.
                                    R"sql(
   INSERT INTO search(search) VALUES('delete-all');
-  INSERT INTO search(rowid, facets, body)
-    SELECT place, )sql" FACETS("messages") R"sql(, body FROM messages;
-)sql",
+  )sql" ADD_MESSAGES_TO_INDEX ";",
                                    // Relations are `TribeAtRelation`, 1 and 2 are mentions of the
                                    // account; `at_read` is a `MentionState`.
                                    R"sql(
@@ -119,6 +125,24 @@ constexpr const char* kSchema[] = {R"sql(
     open_history INTEGER NOT NULL, visitors INTEGER NOT NULL, enabled INTEGER NOT NULL,
     members INTEGER NOT NULL, my_level INTEGER NOT NULL, nickname TEXT NOT NULL,
     remind INTEGER NOT NULL);
+)sql",
+                                   // What is not in the index yet. An index without content must
+                                   // not be told to forget what it has never been told.
+                                   R"sql(
+  CREATE TABLE unindexed(place INTEGER PRIMARY KEY);
+  DROP TRIGGER search_add;
+  DROP TRIGGER search_remove;
+  DROP TRIGGER search_change;
+  CREATE TRIGGER search_add AFTER INSERT ON messages BEGIN
+    INSERT INTO unindexed VALUES(new.place);
+  END;
+  CREATE TRIGGER search_remove AFTER DELETE ON messages BEGIN
+    )sql" TAKE_IF_INDEXED R"sql(
+  END;
+  CREATE TRIGGER search_change AFTER UPDATE OF place, msgtype, body ON messages BEGIN
+    )sql" TAKE_IF_INDEXED R"sql(
+    INSERT INTO unindexed VALUES(new.place);
+  END;
 )sql"};
 
 void Tokenize(std::string_view text, bool query,
@@ -132,6 +156,14 @@ void Tokenize(std::string_view text, bool query,
 void PrepareMessageStore(sqlite::Database& database) {
   sqlite::RegisterTokenizer(database, "imsdk", Tokenize);
   sqlite::Migrate(database, kSchema);
+}
+
+void IndexMessages(sqlite::Database& database, std::int64_t upto) {
+  database
+      .Prepare(ADD_MESSAGES_TO_INDEX " WHERE place IN (SELECT place FROM unindexed WHERE place<=?)",
+               upto)
+      .Run();
+  database.Prepare("DELETE FROM unindexed WHERE place<=?", upto).Run();
 }
 
 biz::IMMessage ReadMessage(const sqlite::Statement& row, const biz::IMUserID& self) {

@@ -12,6 +12,9 @@ namespace imsdk::account {
 // Makes the tables of a fresh store. Throws `sqlite::Error`, also for a store of another version.
 void PrepareMessageStore(sqlite::Database& database);
 
+// Puts what is in `unindexed` up to a place into the full-text index, inside a transaction.
+void IndexMessages(sqlite::Database& database, std::int64_t upto);
+
 // The columns that `ReadMessage` expects, in front of the conditions of a query.
 #define MESSAGE_QUERY                                                                    \
   "SELECT m.msgid, m.msgtime, m.sender, u.appkey, u.nick, m.msgtype, m.msgstatus, "      \

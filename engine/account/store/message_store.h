@@ -17,6 +17,7 @@
 #include "account/store/open_stores.h"
 #include "account/store/parts.h"
 #include "account/store/positions.h"
+#include "account/store/search_index.h"
 #include "account/store/tribe_table.h"
 #include "imsdk/biz/message.h"
 
@@ -84,7 +85,9 @@ class MessageStore {
   ConversationTable& conversations() { return conversations_; }
   Parts& parts() { return parts_; }
   FileTable& files() { return files_; }
+  // Finds what is in the index.
   MessageSearch& search() { return search_; }
+  SearchIndex& index() { return index_; }
   MentionTable& mentions() { return mentions_; }
   TribeTable& tribes() { return tribes_; }
 
@@ -233,6 +236,7 @@ class MessageStore {
   TribeTable tribes_{lazy_};
   MessagePlaces places_{lazy_};
   MessageSearch search_{lazy_, conversations_, parts_, places_, self_};
+  SearchIndex index_{lazy_};
   std::int64_t last_arrival_ = 0;  // 0: not known yet
 };
 

@@ -3,6 +3,7 @@
 #include <unordered_map>
 
 #include "account/tribes/tribe_mgr.h"
+#include "kexbase/distinct.h"
 
 namespace imsdk::account {
 
@@ -49,25 +50,28 @@ void TribeMgr::GetTribeMemberList(const biz::IMTribeRequest& request,
 
 void TribeMgr::GetTribeMemberbyID(const biz::IMTribeMembersRequest& request,
                                   Done<biz::IMTribeMembers> done) {
-  WithTribes(request, done,
-             [state = state_, done](AccountState&, TribeBook& book, const auto& asked) {
-               const Roster* roster = book.RosterOf(asked.tribeid);
-               if (!roster) return Ask(state, std::make_shared<Question>(Question{asked, done}), 0);
-               biz::IMTribeMembers found;
-               for (const biz::IMUserID& user : asked.memberlist) {
-                 if (const biz::IMTribeMember* member = roster->Find(user)) {
-                   found.memberlist.push_back(*member);
-                 }
-               }
-               done({}, found);
-             });
+  WithTribes(
+      request, done, [state = state_, done](AccountState&, TribeBook& book, const auto& asked) {
+        const Roster* roster = book.RosterOf(asked.tribeid);
+        if (!roster) {
+          const biz::IMTribeMembersRequest each{asked.tribeid, base::Distinct(asked.memberlist)};
+          return Ask(state, std::make_shared<Question>(Question{each, done}), 0);
+        }
+        biz::IMTribeMembers found;
+        for (const biz::IMUserID& user : base::Distinct(asked.memberlist)) {
+          if (const biz::IMTribeMember* member = roster->Find(user)) {
+            found.memberlist.push_back(*member);
+          }
+        }
+        done({}, found);
+      });
 }
 
 void TribeMgr::GetListDNick(const biz::IMTribeNickRequest& request,
                             Done<biz::IMTribeDisplayNicks> done) {
   GetTribeMemberbyID({request.tribeid, request.listuid},
-                     [listuid = request.listuid, done](const biz::ResultCode& result,
-                                                       const biz::IMTribeMembers& members) {
+                     [listuid = base::Distinct(request.listuid), done](
+                         const biz::ResultCode& result, const biz::IMTribeMembers& members) {
                        if (!result.ok()) return done(result, {});
                        std::unordered_map<biz::IMUserID, const biz::IMTribeMember*> by_user;
                        for (const auto& member : members.memberlist)

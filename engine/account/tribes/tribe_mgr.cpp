@@ -1,5 +1,7 @@
 #include "account/tribes/tribe_mgr.h"
 
+#include "kexbase/distinct.h"
+
 namespace imsdk::account {
 
 void TribeMgr::ShallowLogin(const biz::IMNothing& request, Done<> done) {
@@ -34,8 +36,10 @@ void TribeMgr::GetTribes(const biz::IMNothing& request, Done<biz::IMTribes> done
 void TribeMgr::GetListedTribes(const biz::IMTribeList& request, Done<biz::IMTribes> done) {
   WithTribes(request, done, [done](AccountState&, TribeBook& book, const auto& asked) {
     biz::IMTribes listed;
-    for (const auto& one : asked.tribelist) {
-      if (const biz::IMTribeInfo* info = book.Find(one.tribeid)) listed.tribes.push_back(*info);
+    std::vector<biz::IMTribeID> tribes;
+    for (const auto& one : asked.tribelist) tribes.push_back(one.tribeid);
+    for (const biz::IMTribeID tribe : base::Distinct(tribes)) {
+      if (const biz::IMTribeInfo* info = book.Find(tribe)) listed.tribes.push_back(*info);
     }
     done({}, listed);
   });

@@ -90,9 +90,11 @@ bool IsSecretKey(std::string_view key) { return HasSecretWord(key); }
 std::wstring_view SecretFree::operator()(std::wstring* made) const {
   if (!secrets_.taken && !MayHoldSecrets(json_)) return json_;
   const std::optional<Value> read = base::JSONReader::Read(base::WideToUTF8(json_));
-  if (!read) {
+  // A secret is found by its key; what has no keys may be nothing but the secret.
+  const bool bare = secrets_.taken && read && !read->is_dict();
+  if (!read || bare) {
     *made = base::NumberToWide(static_cast<std::int64_t>(json_.size())) +
-            L" characters that are no JSON";
+            L" characters that are no JSON object";
     return *made;
   }
   bool any = false;

@@ -20,7 +20,8 @@ struct Secrets {
 // A JSON argument for `CTraceProxy::Brief`. Shown are the values that were read, those under secret
 // keys as "***" whatever they are, also inside texts that are JSON themselves. An argument without
 // a secret is shown as it was written. One that is no JSON may hold anything: its length is shown
-// when it goes to a module that takes secrets or has the name of one in it.
+// when it goes to a module that takes secrets or has the name of one in it. So may one that is no
+// object, for a module that takes secrets.
 //
 // Refers to `json`. Looks at it only when somebody wants the line, once.
 class SecretFree {

@@ -1,0 +1,20 @@
+// Lists without repetitions.
+#pragma once
+
+#include <set>
+#include <vector>
+
+namespace base {
+
+// Each item of `all` once, where it comes first. T has an order. Any thread.
+template <class T>
+std::vector<T> Distinct(const std::vector<T>& all) {
+  std::set<T> seen;
+  std::vector<T> distinct;
+  for (const T& item : all) {
+    if (seen.insert(item).second) distinct.push_back(item);
+  }
+  return distinct;
+}
+
+}  // namespace base
