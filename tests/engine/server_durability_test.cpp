@@ -136,6 +136,7 @@ TEST_F(ServerDurability, ATribeIsWholeAfterAKillInTheMiddleOfAChange) {
         other.Ask(link::SetTribeLevel{kTribe.tribe, Person(L"harbor"), biz::kTribeOwner});
       }
       mariner->Ask(link::RemoveMember{kTribe.tribe, Person(L"mariner")});
+      harbor->Ask(link::SetTribeBlack{kTribe.tribe, Person(L"mariner"), false});
       ChangeUntilKilled(*harbor, *mariner, ends[1]);
     }
     close(ends[1]);
