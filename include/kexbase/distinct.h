@@ -1,15 +1,15 @@
 // Lists without repetitions.
 #pragma once
 
-#include <set>
+#include <unordered_set>
 #include <vector>
 
 namespace base {
 
-// Each item of `all` once, where it comes first. T has an order. Any thread.
+// Each item of `all` once, where it comes first. T has a hash. Any thread.
 template <class T>
 std::vector<T> Distinct(const std::vector<T>& all) {
-  std::set<T> seen;
+  std::unordered_set<T> seen;
   std::vector<T> distinct;
   for (const T& item : all) {
     if (seen.insert(item).second) distinct.push_back(item);

@@ -45,8 +45,8 @@ class Sends {
   std::vector<biz::ResultCode> statuses_;
 };
 
-// Sends one message to each of `receivers`, however often it is named. One refusal does not keep the
-// message from the others.
+// Sends one message to each of `receivers`, however often it is named. One refusal does not keep
+// the message from the others.
 void SendToEach(biz::IIMChatMgr& mgr, const std::vector<biz::IMConversationID>& receivers,
                 const biz::IMSendRequest& message, Call<> call) {
   const std::vector<biz::IMConversationID> cids = base::Distinct(receivers);

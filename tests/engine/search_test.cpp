@@ -276,8 +276,7 @@ TEST_F(SearchTest, PagesByPositionAndByNumber) {
   EXPECT_EQ(Indexed().Conversations({biz::kCIDUser}, all), (std::vector{kChat, With(other)}));
   all.btime = 400;
   all.keywords = {L"lant"};
-  EXPECT_EQ(Indexed().Conversations({biz::kCIDUser, biz::kCIDTribe}, all),
-            std::vector{kChat});
+  EXPECT_EQ(Indexed().Conversations({biz::kCIDUser, biz::kCIDTribe}, all), std::vector{kChat});
 }
 
 TEST_F(SearchTest, ThePicturesOfAConversation) {

@@ -36,10 +36,10 @@ void TribeMgr::GetTribes(const biz::IMNothing& request, Done<biz::IMTribes> done
 void TribeMgr::GetListedTribes(const biz::IMTribeList& request, Done<biz::IMTribes> done) {
   WithTribes(request, done, [done](AccountState&, TribeBook& book, const auto& asked) {
     biz::IMTribes listed;
-    std::vector<biz::IMTribeID> tribes;
-    for (const auto& one : asked.tribelist) tribes.push_back(one.tribeid);
-    for (const biz::IMTribeID tribe : base::Distinct(tribes)) {
-      if (const biz::IMTribeInfo* info = book.Find(tribe)) listed.tribes.push_back(*info);
+    std::vector<std::int64_t> ids;
+    for (const auto& one : asked.tribelist) ids.push_back(one.tribeid.id);
+    for (const std::int64_t id : base::Distinct(ids)) {
+      if (const biz::IMTribeInfo* info = book.Find({id})) listed.tribes.push_back(*info);
     }
     done({}, listed);
   });
