@@ -64,7 +64,7 @@ TEST_P(ChatTest, BothSidesSeeTheSameMessage) {
 }
 
 TEST_P(ChatTest, OfflineMessagesWaitAndComeInOrder) {
-  constexpr int kCount = 250;  // more than one batch
+  constexpr int kCount = 600;  // more than one batch
   Witness harbor(kHarbor);
   for (int i = 0; i < kCount; ++i) Send(kHarbor, kMariner, std::to_wstring(i));
   ASSERT_TRUE(harbor.AwaitStatuses(kCount));

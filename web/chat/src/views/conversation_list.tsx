@@ -1,7 +1,7 @@
 import type { JSX } from "preact";
 import { useRef } from "preact/hooks";
 import type { Conversation } from "../store/conversations.ts";
-import { keyOf, samePeer, type Peer, isTribe } from "../store/peers.ts";
+import { keyOf, samePeer, type Peer, isTribe, tribeOf } from "../store/peers.ts";
 import { cut } from "../text/body.ts";
 import { lineOf } from "../text/line.ts";
 import { timeOf } from "../text/rows.ts";
@@ -39,7 +39,8 @@ export function ConversationList(): JSX.Element {
 function Rows({ all }: { all: Conversation[] }): JSX.Element {
   const store = useStore();
   const list = useRef<HTMLUListElement>(null);
-  const active = store.active.value;
+  const tribe = store.tribes.open.value;
+  const active = tribe ? tribeOf(tribe.tribeid) : store.active.value;
   const current = Math.max(
     0,
     all.findIndex(({ cid }) => samePeer(cid, active)),
