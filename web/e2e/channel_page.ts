@@ -45,7 +45,8 @@ export async function channelPage(
       socket.send(JSON.stringify({ kind: "invoke", method, args }));
       return answered;
     };
-    window.call = (path, method, json) => window.invoke(`workbench.${path}.invoke`, method, json);
+    window.call = (path, method, json) =>
+      window.invoke(`${path.startsWith("im.") ? "workbench." : ""}${path}.invoke`, method, json);
   }, account);
   return chat;
 }
