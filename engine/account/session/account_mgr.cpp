@@ -31,6 +31,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats_; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes_; }
+  RefPtr<biz::IIMFileTransfer> GetIMFileTransfer() override { return {}; }
 
  private:
   const std::shared_ptr<AccountCore> core_;
