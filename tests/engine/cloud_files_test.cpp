@@ -115,6 +115,7 @@ class CloudFilesTest : public PeersTest {
   std::string Here(const biz::CloudFileMeta& file) {
     const auto info =
         Answer<Info>([&](auto done) { Files(kMariner)->GetFileTransferInfo(file, done); }).second;
+    if (info.filePath.empty()) return {};
     std::ifstream in(folder_.path() / base::WideToUTF8(info.filePath), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
   }

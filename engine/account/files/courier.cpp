@@ -31,7 +31,11 @@ constexpr std::chrono::milliseconds kReportEvery{250};
 constexpr std::chrono::hours kLongestPart{7 * 24};
 constexpr std::size_t kPiece = 256 * 1024;  // bytes
 
-biz::ResultCode Stopped() { return {biz::kEngineRefused, 0, L"the transfer was cancelled"}; }
+constexpr std::int32_t kCancelled = 1;  // subcode
+
+biz::ResultCode Stopped() {
+  return {biz::kEngineRefused, kCancelled, L"the transfer was cancelled"};
+}
 
 // Whether the file has the content that its name promises.
 bool IsWhole(const std::filesystem::path& file, const std::string& name) {
@@ -96,6 +100,10 @@ void Courier::Cancel(const std::string& name, bool upload) {
   // Nothing is under way; what waited for the link has left a part.
   std::error_code failure;
   if (!upload) std::filesystem::remove(PartOf(name), failure);
+}
+
+bool Courier::WasCancelled(const biz::ResultCode& result) {
+  return result.code == biz::kEngineRefused && result.subcode == kCancelled;
 }
 
 void Courier::DropOldParts() {
@@ -188,7 +196,7 @@ void Courier::Arrived(const link::File& file, const biz::ResultCode& result,
   const auto way = ways_.extract(Way{file.name, false});
   const bool cancelled = !way.empty() && *way.mapped();
   wanted_.erase(file.name);
-  biz::ResultCode outcome = result;
+  biz::ResultCode outcome = cancelled && !result.ok() ? Stopped() : result;
   std::error_code failed;
   if (outcome.ok() && !IsWhole(aside, file.name)) {
     outcome = {biz::kEngineStorage, 0, L"the file that came is another one"};

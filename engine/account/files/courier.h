@@ -34,6 +34,8 @@ class Courier : public std::enable_shared_from_this<Courier> {
   void Fetch(const link::File& file, biz::IMCallback<> done);
   // Ends the file's way, for all who wait for it, and drops what came of it.
   void Cancel(const std::string& name, bool upload);
+  // Whether this is the outcome of what somebody cancelled.
+  static bool WasCancelled(const biz::ResultCode& result);
   // Whether the file is in the account's folder whole, as far as its size tells.
   bool HasWhole(const link::File& file) const { return IsHere(file.name, KnownFile{file}); }
 

@@ -136,20 +136,25 @@ void Transfers::Download(const link::CloudFile& file, const biz::IMCallback<>& t
 }
 
 void Transfers::Fetch(std::int64_t node) {
+  Moving& moving = moving_.at(node);
+  moving.attempt = ++attempts_;
   courier_->Fetch(
-      moving_.at(node).file.file,
-      base::BindWeak(weak_from_this(), [node](Transfers& here, const biz::ResultCode& result) {
-        here.Fetched(node, result);
+      moving.file.file,
+      base::BindWeak(weak_from_this(), [node, attempt = moving.attempt](
+                                           Transfers& here, const biz::ResultCode& result) {
+        here.Fetched(node, attempt, result);
       }));
 }
 
-void Transfers::Fetched(std::int64_t node, const biz::ResultCode& result) {
+void Transfers::Fetched(std::int64_t node, std::uint64_t attempt, const biz::ResultCode& result) {
   const auto entry = moving_.find(node);
-  if (entry == moving_.end()) return;
+  if (entry == moving_.end() || entry->second.attempt != attempt) return;
   Moving& moving = entry->second;
   // A broken link is no failure of the file: it goes on when the link is back.
   const bool broken = result.code == biz::kEngineNoLink || result.code == biz::kEngineTimeout;
   const bool cancelled = moving.info.status == biz::kTransferCancelled;
+  // Asked for again while what was cancelled still came to its end.
+  if (Courier::WasCancelled(result) && !cancelled) return Fetch(node);
   if (broken && !cancelled) return Set(node, moving, biz::kTransferWaiting);
   if (result.ok()) {
     moving.info.progress = 100;

@@ -49,6 +49,7 @@ class Transfers : public std::enable_shared_from_this<Transfers> {
   struct Moving {
     biz::FileTransferInfo info;
     biz::CloudFileMeta meta;
+    std::uint64_t attempt = 0;                       // the last one that fetches it
     link::CloudFile file;                            // of a download
     std::map<std::string, std::uint64_t> crossed{};  // of an upload, by name
     std::map<std::string, std::uint64_t> sizes{};
@@ -56,7 +57,7 @@ class Transfers : public std::enable_shared_from_this<Transfers> {
   };
   bool Waits(const Moving& moving) const;
   void Fetch(std::int64_t node);
-  void Fetched(std::int64_t node, const biz::ResultCode& result);
+  void Fetched(std::int64_t node, std::uint64_t attempt, const biz::ResultCode& result);
   void Crossed(const std::string& name, bool upload, std::uint64_t bytes, std::uint64_t size);
   void Set(std::int64_t id, Moving& moving, biz::IMTransferStatus status);
   std::wstring PathOf(const std::string& name) const;
@@ -64,6 +65,7 @@ class Transfers : public std::enable_shared_from_this<Transfers> {
   const std::shared_ptr<AccountState> state_;
   const std::shared_ptr<Courier> courier_;
   std::map<std::int64_t, Moving> moving_;
+  std::uint64_t attempts_ = 0;
 };
 
 }  // namespace imsdk::account
