@@ -9,9 +9,14 @@
 
 namespace imsdk::bridge {
 
+// The kinds of conversations that have cloud files.
+enum FileOwnerType : std::int32_t {
+  kFileOwnerUser = biz::kCIDUser,
+  kFileOwnerTribe = biz::kCIDTribe,
+};
 inline constexpr Values kFileOwnerType{
-    Value<biz::kCIDUser>("A one-to-one conversation, named by the user it is held with."),
-    Value<biz::kCIDTribe>("A tribe."),
+    Value<kFileOwnerUser>("A one-to-one conversation, named by the user it is held with."),
+    Value<kFileOwnerTribe>("A tribe."),
 };
 inline constexpr Values kNodeType{
     Value<biz::kNodeFile>("A file."),

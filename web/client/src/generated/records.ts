@@ -1,5 +1,6 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
+  FileOwnerType,
   IMCIDType,
   IMFileSearchMethod,
   IMMsgStatus,
@@ -117,7 +118,7 @@ export interface FileList {
 
 export interface FileRecord {
   /** Whose the file is. */
-  type: IMCIDType;
+  type: FileOwnerType;
   /** Of a one-to-one conversation: The application that the user belongs to. */
   appkey?: string;
   /** Of a one-to-one conversation: The user's name there. */
@@ -540,7 +541,7 @@ export interface TransferAnswer {
 
 export interface TransferUpdate {
   /** Whose the file is. */
-  type: IMCIDType;
+  type: FileOwnerType;
   /** Of a one-to-one conversation: The application that the user belongs to. */
   appkey?: string;
   /** Of a one-to-one conversation: The user's name there. */

@@ -8,7 +8,7 @@ import type {
   TribemsgIMConversationID,
 } from "./records.ts";
 import type {
-  IMCIDType,
+  FileOwnerType,
   IMMsgType,
   IMNodeType,
   IMRoaming,
@@ -85,7 +85,7 @@ export interface FileListRequest {
   /** Where the page begins; empty for the first one. */
   nextkey?: string;
   /** Whose the file is. */
-  type?: IMCIDType;
+  type?: FileOwnerType;
   /** Of a one-to-one conversation: The application that the user belongs to. */
   appkey?: string;
   /** Of a one-to-one conversation: The user's name there. */
@@ -96,7 +96,7 @@ export interface FileListRequest {
 
 export interface FileRecordRequest {
   /** Whose the file is. */
-  type?: IMCIDType;
+  type?: FileOwnerType;
   /** Of a one-to-one conversation: The application that the user belongs to. */
   appkey?: string;
   /** Of a one-to-one conversation: The user's name there. */
@@ -115,7 +115,7 @@ export interface FileSearchRequest {
   /** Where the page begins; empty for the first one. */
   nextkey?: string;
   /** Whose the file is. */
-  type?: IMCIDType;
+  type?: FileOwnerType;
   /** Of a one-to-one conversation: The application that the user belongs to. */
   appkey?: string;
   /** Of a one-to-one conversation: The user's name there. */

@@ -46,6 +46,14 @@ export const EngineCode = {
 } as const;
 export type EngineCode = (typeof EngineCode)[keyof typeof EngineCode];
 
+export const FileOwnerType = {
+  /** A one-to-one conversation, named by the user it is held with. */
+  kFileOwnerUser: 0,
+  /** A tribe. */
+  kFileOwnerTribe: 3,
+} as const;
+export type FileOwnerType = (typeof FileOwnerType)[keyof typeof FileOwnerType];
+
 export const IMCIDType = {
   /** A tribe. */
   kCIDTribe: 3,
