@@ -111,7 +111,8 @@ biz::ResultCode AccountCore::OpenStore() {
     }
     outbox_->Load();
     tribes_->Load();
-    state_->IndexSoon();  // an earlier session may have left some
+    // An earlier session may have left some.
+    if (state_->store.index().IsBehind()) state_->IndexSoon();
   });
 }
 
