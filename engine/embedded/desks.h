@@ -14,10 +14,11 @@
 namespace imsdk::embedded {
 
 struct Desks : PostDesk, HistoryDesk, FileDesk, TribeDesk, MemberDesk, MentionDesk, EntryDesk {
-  Desks(ServerStore& store, Presence& presence, std::chrono::milliseconds withdraw_limit)
+  Desks(ServerStore& store, Presence& presence, std::chrono::milliseconds withdraw_limit,
+        const FileLimits& files)
       : PostDesk(store, withdraw_limit),
         HistoryDesk(store),
-        FileDesk(store),
+        FileDesk(store, files),
         TribeDesk(store),
         MemberDesk(store, presence),
         MentionDesk(store),

@@ -64,7 +64,8 @@ Server::Server(const EmbeddedServerOptions& options, const HashCost& hash_cost)
       store_({folder_ / "server.db", folder_.parent_path() / "stores" / "server",
               AccountsKeptIn(folder_.parent_path())}),
       presence_(store_),
-      desks_(store_, presence_, std::chrono::milliseconds(options.withdraw_limit_ms)),
+      desks_(store_, presence_, std::chrono::milliseconds(options.withdraw_limit_ms),
+             {options.file_life_ms, options.largest_file, options.file_quota}),
       files_(folder_ / "files"),
       store_thread_("ImServerStore"),
       commit_([this]() -> sqlite::Database& { return store_.database(); },
@@ -168,7 +169,7 @@ bool Server::Seed(const Seeding& seeding,
       const auto from = seeding.files.find(file.name);
       if (from == seeding.files.end()) return false;
       std::promise<bool> kept;
-      files_.Receive({from->second, file, {}},
+      files_.Receive({from->second, file, {}}, 0,
                      [&](const biz::ResultCode& result) { kept.set_value(result.ok()); });
       if (!kept.get_future().get()) return false;
     }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "imsdk/biz/user_id.h"
@@ -21,17 +22,18 @@ class FileRoom {
  public:
   using Done = std::function<void(const biz::ResultCode&)>;
 
-  // Makes the folder, drops what an earlier run left half. Throws `std::runtime_error` or
-  // `std::filesystem::filesystem_error`.
+  // Makes the folder, drops what came long ago and was never finished. Throws
+  // `std::runtime_error` or `std::filesystem::filesystem_error`.
   explicit FileRoom(std::filesystem::path folder);
   // Ends the transfers that are open with `kEngineNoLink`.
   void Stop() { thread_.Stop(); }
 
   // Keeps the content of the local file `request.from`. Refuses one of another digest or size than
-  // `request.file` says. A content that is known is read, but not written again. `done` is called
-  // on the room's thread, like `request.progress`.
-  void Receive(const link::Upload& request, const Done& done);
-  // Copies a content that is kept to the local file `request.to`.
+  // `request.file` says. A content that is known is read, but not written again. What an earlier
+  // attempt of the account brought is kept over restarts and gone on from. `done` is called on the
+  // room's thread, like `request.progress`.
+  void Receive(const link::Upload& request, std::int64_t account, const Done& done);
+  // Adds to the local file `request.to` what it lacks of a content that is kept.
   void Send(const link::Download& request, const Done& done);
 
  private:
@@ -39,7 +41,7 @@ class FileRoom {
 
   const std::filesystem::path folder_;
   base::Thread thread_;
-  std::int64_t last_number_ = 0;  // of files that are coming; used on the thread
+  std::set<std::filesystem::path> coming_;  // what is written now; used on the thread
 };
 
 }  // namespace imsdk::embedded

@@ -17,12 +17,8 @@ namespace {
 
 std::int64_t Now() { return base::Time::Now().ToMilliseconds(); }
 
-// What the contract's defaults say, but for these.
-link::Capabilities Abilities() {
-  link::Capabilities abilities;
-  abilities.resumable_transfer = false;  // nothing breaks on the way within a process
-  return abilities;
-}
+// What the contract's defaults say.
+link::Capabilities Abilities() { return {}; }
 
 }  // namespace
 

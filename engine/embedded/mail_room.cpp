@@ -96,7 +96,7 @@ void MailRoom::Serve(std::int64_t session, link::Asked<Operation> asked) {
   }
 }
 
-// The content crosses first; then the desk knows whose it is.
+// The desk lets it come; the content crosses; then the desk knows whose it is.
 void MailRoom::Serve(std::int64_t session, link::Asked<link::Upload> asked) {
   const auto held = std::make_shared<link::Asked<link::Upload>>(std::move(asked));
   if (!sessions_.contains(session)) return DoneOf(held)(SessionOver(), {});
@@ -105,11 +105,19 @@ void MailRoom::Serve(std::int64_t session, link::Asked<link::Upload> asked) {
         if (!result.ok()) return DoneOf(held)(result, {});
         room.CarryFor(session, Inside(held), DoneOf(held));
       });
-  files_.Receive(held->operation, [here = here_, crossed, held](const biz::ResultCode& result) {
-    if (!here->PostTask(FROM_HERE, [crossed, result] { crossed(result); })) {
-      DoneOf(held)(ServerStops(), {});
-    }
-  });
+  const std::int64_t account = sessions_.at(session).account;
+  const auto start = std::make_shared<const UploadStart>(UploadStart{held->operation.file});
+  CarryFor(session, start,
+           [this, account, held, crossed](const biz::ResultCode& allowed, const link::Nothing&) {
+             if (!allowed.ok()) return DoneOf(held)(allowed, {});
+             files_.Receive(
+                 held->operation, account,
+                 [here = here_, crossed, held](const biz::ResultCode& result) {
+                   if (!here->PostTask(FROM_HERE, [crossed, result] { crossed(result); })) {
+                     DoneOf(held)(ServerStops(), {});
+                   }
+                 });
+           });
 }
 
 // The desk allows it first; then the content crosses.

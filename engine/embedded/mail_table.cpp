@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+#include "embedded/file_table.h"
+
 namespace imsdk::embedded {
 
 namespace {
@@ -64,6 +66,8 @@ Position MailTable::Add(const Sending& sending, const link::Message& message) {
             "INSERT INTO message_files(message, number, name, address, size) VALUES(?,?,?,?,?)",
             newest_, ++number, file.name, file.address, static_cast<std::int64_t>(file.size))
         .Run();
+    AddNode(database_, sending.conversation, NodeOf(newest_, number),
+            NameInBody(message.body, file.name));
   }
   return newest_;
 }
@@ -74,6 +78,10 @@ void MailTable::Withdraw(Position message) {
                message)
       .Run();
   database_.Prepare("DELETE FROM message_files WHERE message=?", message).Run();
+  database_
+      .Prepare("DELETE FROM cloud_files WHERE node BETWEEN ? AND ?", NodeOf(message, 0),
+               NodeOf(message + 1, 0) - 1)
+      .Run();
 }
 
 std::vector<std::int64_t> MailTable::SetRead(std::int64_t conversation, std::int64_t reader,

@@ -39,6 +39,8 @@ enum class EntryKind : std::int32_t {
   // In an account's stream.
   kMentionsRead = 13,   // `numbers` are the sender, then identifier and counts of each message
   kRemindChanged = 14,  // `numbers` is the type
+  // In a tribe's stream, or in that of both users.
+  kFileDeleted = 40,  // `numbers` is the node
 };
 
 // What is to be heard. What a kind does not need stays empty.

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "embedded/file_table.h"
+
 namespace imsdk::embedded {
 
 biz::IMConversationID ReadCid(const sqlite::Statement& row, std::int64_t viewer) {
@@ -29,11 +31,12 @@ link::Message ReadMessage(sqlite::Database& database, const sqlite::Statement& r
   message.from = {row.Wide(23), row.Wide(24)};
   if (row.Bool(20)) {
     auto file = database.Prepare(
-        "SELECT name, address, size FROM message_files WHERE message=? ORDER BY number",
+        "SELECT name, address, size, number FROM message_files WHERE message=? ORDER BY number",
         row.Int64(kPositionColumn));
     while (file.Step()) {
-      message.files.push_back(
-          {file.Text(0), file.Text(1), static_cast<std::uint64_t>(file.Int64(2))});
+      message.files.push_back({file.Text(0), file.Text(1),
+                               static_cast<std::uint64_t>(file.Int64(2)),
+                               NodeOf(row.Int64(kPositionColumn), file.Int64(3))});
     }
   }
   message.at.type = row.Int32(kMentionColumn);

@@ -51,6 +51,9 @@ Outcome<link::Delivered> PostDesk::Accept(const Sending& sending, std::int64_t r
   const Position place = store_.mail().Add(sending, message);
   Outcome<link::Delivered> outcome(
       link::Delivered{link::Step::kArchived, message.svrtime, std::to_string(place)});
+  for (std::size_t i = 0; i < message.files.size(); ++i) {
+    outcome.reply.nodes.push_back(NodeOf(place, static_cast<std::int64_t>(i) + 1));
+  }
   if (receiver == 0) {
     const Stream stream{Stream::Kind::kTribeMessages, sending.conversation};
     outcome.effects.news.push_back({stream, place, sending.device});

@@ -41,7 +41,7 @@ std::vector<link::Message> WritePast(ServerStore& store, TribeDesk& tribes, cons
     }
     for (link::File& file : message.files) {
       file.address = DigestOf(file);
-      store.files().AddUpload(sending.sender, file.address);
+      store.files().AddUpload(sending.sender, file.address, static_cast<std::int64_t>(file.size));
     }
     const Position position = store.mail().Add(sending, message);
     message.place = std::to_string(position);

@@ -9,6 +9,22 @@ namespace imsdk::embedded {
 
 namespace {
 
+// The files of conversations. `node` is made of the message's position and the file's number in it;
+// names of messages that were there before are filled in from their bodies.
+constexpr const char* kCloudFileStep = R"sql(
+  CREATE TABLE cloud_files(
+    node INTEGER PRIMARY KEY, conversation INTEGER NOT NULL, name TEXT, folded TEXT);
+  CREATE INDEX cloud_files_of ON cloud_files(conversation, node);
+  CREATE INDEX cloud_files_unnamed ON cloud_files(node) WHERE name IS NULL;
+  INSERT INTO cloud_files(node, conversation)
+    SELECT (h.message<<14)+h.number, m.conversation
+    FROM message_files h JOIN messages m ON m.position=h.message;
+  ALTER TABLE uploads ADD COLUMN size INTEGER NOT NULL DEFAULT 0;
+  CREATE INDEX uploads_of ON uploads(account);
+  UPDATE uploads SET size=coalesce(
+    (SELECT size FROM message_files h WHERE h.address=uploads.address LIMIT 1), 0);
+)sql";
+
 constexpr const char* kSchema[] = {R"sql(
   -- `kind` is that of a conversation with the account: 0 for a user, others are virtual.
   CREATE TABLE accounts(
@@ -142,12 +158,14 @@ constexpr const char* kSchema[] = {R"sql(
   CREATE UNIQUE INDEX mentioned_by ON mentioned(message, account);
   CREATE TABLE mention_reads(
     message INTEGER NOT NULL, account INTEGER NOT NULL, PRIMARY KEY(message, account)) WITHOUT ROWID;
-)sql"};
+)sql",
+                                   kCloudFileStep};
 
 void Prepare(sqlite::Database& database) {
   // What is taken back leaves no copy in a page that is free.
   database.Execute("PRAGMA secure_delete=ON");
   sqlite::Migrate(database, kSchema);
+  FileTable(database).NameFiles();
 }
 
 }  // namespace

@@ -51,6 +51,9 @@ link::Entry ReadEntry(sqlite::Database& database, const sqlite::Statement& row,
       numbers.resize(1);
       return link::RemindChanged{ReadCid(row, viewer).tribe,
                                  static_cast<biz::TribeMsgRemindType>(numbers[0])};
+    case EntryKind::kFileDeleted:
+      numbers.resize(1);
+      return link::FileDeleted{ReadCid(row, viewer), numbers[0]};
     case EntryKind::kMembership:
       numbers.resize(1);
       return link::Membership{ReadCid(row, viewer).tribe, numbers[0] != 0};

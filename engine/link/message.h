@@ -22,8 +22,13 @@ struct File {
   std::string name;        // its MD5 in lower-case hexadecimal digits, "." and its type when known
   std::string address;     // the server's choice: what to fetch it by
   std::uint64_t size = 0;  // in bytes
+  // What the server adds to the files of a message: the number of the cloud file, 0 without one.
+  std::int64_t node = 0;
 
-  friend bool operator==(const File&, const File&) = default;
+  // The same content by the same name, wherever it is.
+  friend bool operator==(const File& a, const File& b) {
+    return a.name == b.name && a.address == b.address && a.size == b.size;
+  }
 
   static constexpr auto Bounds() {
     return biz::Bounded(biz::Letters("name", &File::name, biz::kMaxNameLetters),
@@ -129,8 +134,14 @@ struct Membership {
   bool member = true;
 };
 
+// A file was taken out of its conversation.
+struct FileDeleted {
+  biz::IMConversationID cid;
+  std::int64_t node = 0;
+};
+
 using Entry = std::variant<Message, Archived, Withdrawal, PeerRead, MentionsRead, ReadElsewhere,
-                           RemindChanged, Membership, TribeHappening>;
+                           RemindChanged, Membership, TribeHappening, FileDeleted>;
 
 // Some of what happened, in the order of the server. Nothing can be told from one batch about
 // another: a server may repeat entries, overlap batches, and send older entries late. The account

@@ -4,9 +4,11 @@
 // its bounds what is too large.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
@@ -14,6 +16,7 @@
 #include "imsdk/biz/bounds.h"
 #include "imsdk/biz/history.h"
 #include "link/check_bounds.h"
+#include "link/file_operations.h"
 #include "link/mention_operations.h"
 #include "link/message.h"
 #include "link/tribe_operations.h"
@@ -29,6 +32,7 @@ struct Delivered {
   Step step = Step::kArchived;
   std::int64_t svrtime = 0;  // 0, and an empty place: not known yet, `Archived` tells
   std::string place{};
+  std::vector<std::int64_t> nodes{};  // the numbers of its files, once they are known
 };
 
 // Hands a message over. One that the server knows by sender and msgid is good again; a server that
@@ -126,8 +130,11 @@ struct SetRoaming {
   static constexpr auto Bounds() { return biz::Bounded(); }
 };
 
-// How many of a file's bytes have crossed. Any thread; must not wait.
+// How many of a file's bytes have crossed, what an earlier attempt brought among them. Any thread;
+// must not wait.
 using Progress = std::function<void(std::uint64_t bytes)>;
+// Set by who asked: the transfer ends soon, as a failure, and the server keeps nothing of it.
+using Cancelled = std::shared_ptr<std::atomic<bool>>;
 
 // Brings a local file's content to the server, in the way the server chooses: whole, in pieces, or
 // going on where an earlier attempt ended. The server may know the content by its digest already.
@@ -136,6 +143,7 @@ struct Upload {
   std::filesystem::path from;
   File file;  // without an address
   Progress progress{};
+  Cancelled cancelled{};
 
   static constexpr auto Bounds() { return biz::Bounded(biz::Inner("file", &Upload::file)); }
 };
@@ -143,13 +151,15 @@ struct Uploaded {
   std::string address;
 };
 
-// Fetches a file's content into a local file that the asker names, which is made or overwritten. A
-// failure may leave a part of it. The digest is the asker's to check.
+// Fetches a file's content into a local file that the asker names. What is there already is the
+// begin of it, and the rest is added; a failure may leave a part. The digest is the asker's to
+// check.
 struct Download {
   using Reply = Nothing;
   File file;
   std::filesystem::path to;
   Progress progress{};
+  Cancelled cancelled{};
 
   static constexpr auto Bounds() { return biz::Bounded(biz::Inner("file", &Download::file)); }
 };
@@ -179,6 +189,7 @@ using Request = std::variant<
     Asked<SetAttention>, Asked<GetAttention>, Asked<CreateTribe>, Asked<JoinTribe>,
     Asked<InviteToTribe>, Asked<SetTribeBlack>, Asked<GetTribeBlack>, Asked<GetVerifyMsgs>,
     Asked<DecideVerify>, Asked<DeleteVerify>, Asked<ReadMentions>, Asked<CountMentionReaders>,
-    Asked<GetMentionReaders>, Asked<GetContext>, Asked<Logout>>;
+    Asked<GetMentionReaders>, Asked<GetContext>, Asked<ListFiles>, Asked<FindFile>,
+    Asked<DeleteFile>, Asked<GetFileLife>, Asked<Logout>>;
 
 }  // namespace imsdk::link

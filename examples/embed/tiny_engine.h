@@ -177,6 +177,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats_; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return {}; }
+  RefPtr<biz::IIMFileTransfer> GetIMFileTransfer() override { return {}; }
 
  private:
   const biz::IMUserID self_;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "imsdk/biz/conversation_id.h"
+#include "imsdk/biz/file_transfer.h"
 #include "imsdk/biz/tribe.h"
 
 namespace imsdk::bridge {
@@ -61,7 +62,31 @@ struct CoreTribe {
   std::vector<CoreTribeUser> userList;
 };
 
-using CoreRecord = std::variant<CoreConversation, CoreLevelChange, CoreRemoval, CoreMember,
-                                CoreMembers, CoreTribe, CoreTribeUser>;
+// Who sent a cloud file, and with which message.
+struct CoreFileOwner {
+  biz::IMUserID from;
+  std::int64_t uuid = 0;  // the message's identifier
+  std::int64_t localTime = 0;
+  std::int64_t srvTime = 0;
+};
+
+struct CoreFileNode {
+  std::int64_t parentId = 0;
+  std::wstring nodeName;
+  std::int64_t nodeSize = 0;
+  biz::IMNodeType nodeType = biz::kNodeFile;
+  CoreFileOwner msgInfo;
+};
+
+// What a file event tells: the conversation that the file is in, its transfer, the file.
+struct CoreFileEvent {
+  CoreConversation fileInfo;
+  biz::FileTransferInfo transferInfo;
+  CoreFileNode fileMeta;
+};
+
+using CoreRecord =
+    std::variant<CoreConversation, CoreLevelChange, CoreRemoval, CoreMember, CoreMembers, CoreTribe,
+                 CoreTribeUser, CoreFileOwner, CoreFileNode, CoreFileEvent>;
 
 }  // namespace imsdk::bridge

@@ -20,6 +20,11 @@ struct EmbeddedServerOptions {
   base::FilePath data;  // the server keeps its own in `server` below it; made when missing
   std::int64_t token_life_ms = 14LL * 24 * 3600 * 1000;
   std::int64_t withdraw_limit_ms = 2LL * 60 * 1000;  // how long a message may be taken back
+  // How long files can be fetched after they were sent, 0: without an end; how large one may be;
+  // how much of one account the server takes altogether.
+  std::int64_t file_life_ms = 365LL * 24 * 3600 * 1000;
+  std::int64_t largest_file = 4LL << 30;  // bytes
+  std::int64_t file_quota = 100LL << 30;  // bytes
   // Is told, UTF-8, what a person should know, as `EngineOptions::report`. Called by
   // `StartEmbeddedServer` alone. While this server runs, logins have `biz::kEngineDamaged` as their
   // subcode then; those of accounts that are lost fail with it.

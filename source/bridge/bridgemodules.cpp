@@ -10,7 +10,7 @@ ModuleTable MakeBridgeModules(const ModuleContext& context) {
       {L"im.tribemgr", MakeBridgeTribeMgr(context)},
       {L"im.bizutil", no_methods()},
       {L"im.contact", no_methods()},
-      {L"im.filetransfer", no_methods()},
+      {L"im.filetransfer", MakeBridgeFileTransfer(context)},
       {L"im.login", MakeBridgeIMLogin(context)},
       {L"im.virtualmsg", MakeBridgeVritualMsg(context)},
       // No call can name these: the path of every call begins with "im.".

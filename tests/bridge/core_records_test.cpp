@@ -37,6 +37,14 @@ TEST(CoreRecords, AreWrittenAndReadByTheirLists) {
        R"({"managerId":"one","tribeName":"Quay","tribeType":1,"subType":3,"business":"b",)"
        R"("extSts":1,"userList":[)" USER "]}"},
       {user, USER},
+      {bridge::CoreFileEvent{{biz::IMConversationID(kTwo)},
+                             {40, biz::kTransferRunning, biz::kTransferDownload, L"files/x/y"},
+                             {3, L"n.txt", 5000000000, biz::kNodeFile, {kOne, 8, 10, 11}}},
+       R"({"fileInfo":{"emCIDType":0,"stUID":)" TWO R"(,"stTID":{"llTribeID":"0"}},)"
+       R"("transferInfo":{"progress":40,"status":2,"type":2,"filePath":"files/x/y"},)"
+       R"("fileMeta":{"parentId":"3","nodeName":"n.txt","nodeSize":"5000000000","nodeType":0,)"
+       R"("msgInfo":{"from":)" ONE R"(,"uuid":"8",)"
+       R"("localTime":"10","srvTime":"11"}}})"},
   };
   const auto write = [&](const bridge::CoreRecord& record) {
     std::string text;

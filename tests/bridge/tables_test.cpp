@@ -136,7 +136,8 @@ const std::set<std::string_view> kNeedNothing = {
     "SetRoamStatus",        "SetNewMsgMaxCache",      "GetAllClass",       "GetTranslateSetting",
     "GetCurrentLoginID",    "ConvertMsgText2Emotion", "DoNetReConnect",    "DoLogout",
     "GetShallowTribeList",  "GetQuittedTribe",        "GetShallowTribeEx", "InitTribe",
-    "GetEnableTribeNum",    "GetTribeVerifyMsgs"};
+    "GetEnableTribeNum",    "GetTribeVerifyMsgs",     "GetCloudFileList",  "SearchCloudFiles",
+    "GetFileExpireTime"};
 
 TEST(Tables, EveryBadRequestIsAnsweredOnce) {
   for (const auto& [path, module] : Tables()) {

@@ -1,4 +1,5 @@
 // Contents of files cross the link in pieces, are kept once, and reach only who may have them.
+#include <atomic>
 #include <fstream>
 #include <iterator>
 
@@ -51,6 +52,7 @@ class ServerFiles : public ServerTest {
 
   std::int32_t Fetch(Device& device, const link::File& file, std::string* content = nullptr) {
     const fs::path to = folder_ / "client" / "fetched";
+    fs::remove(to);
     const auto answer = device.Ask(link::Download{file, to, {}});
     if (content) *content = ContentOf(to);
     return answer.result.code;
@@ -157,25 +159,78 @@ TEST_F(ServerFiles, OnlyWhoIsPartOfTheConversationFetches) {
                   .files.empty());
 }
 
-TEST_F(ServerFiles, AnUploadThatIsCutOffLeavesNoFile) {
+TEST_F(ServerFiles, AnUploadThatIsCutOffGoesOnWhereItEnded) {
+  std::string content(50'000'000, 'x');
+  for (std::size_t i = 0; i < content.size(); i += 97) content[i] = static_cast<char>(i >> 5);
+  auto harbor = Connect(L"harbor");
+  const fs::path from = Write("up", content);
+  const link::File file = FileOf(content);
+  // Cut off after the first piece, and again somewhere behind it.
+  std::uint64_t had = 0;
+  for (const std::uint64_t cut : {1U, 9'000'000U}) {
+    SCOPED_TRACE(cut);
+    const auto begun = std::make_shared<std::promise<void>>();
+    std::atomic<bool> told{false};
+    std::atomic<std::uint64_t> first{0};
+    const auto answer = Await<link::Uploaded>([&](auto done) {
+      harbor->AskOnly(link::Upload{from, file,
+                                   [&](std::uint64_t bytes) {
+                                     if (first == 0) first = bytes;
+                                     if (bytes >= cut && !told.exchange(true)) begun->set_value();
+                                   }},
+                      done);
+      begun->get_future().wait();
+      server_.reset();
+    });
+    EXPECT_EQ(answer.result.code, biz::kEngineNoLink);
+    EXPECT_GT(first.load(), had) << "what was there did not cross again";
+    EXPECT_FALSE(fs::exists(folder_ / "server" / "files" / file.name.substr(0, 2)));
+    had = Kept().at(0).size();
+    EXPECT_GE(had, cut);
+    Start();
+    harbor = Connect(L"harbor");
+  }
+  ASSERT_TRUE(harbor->Ask(link::Upload{from, file, {}}).result.ok());
+  EXPECT_TRUE(Kept() == std::vector<std::string>{content});
+
+  // A part that somebody spoiled is found out, and does not stay.
+  const std::string other = content + "more";
+  std::ofstream(folder_ / "server" / "files" / "coming" / ("1-" + base::MD5String(other)))
+      << "not its begin";
+  const fs::path again = Write("up", other);
+  EXPECT_EQ(harbor->Ask(link::Upload{again, FileOf(other), {}}).result.code, biz::kEngineRefused);
+  EXPECT_TRUE(harbor->Ask(link::Upload{again, FileOf(other), {}}).result.ok());
+}
+
+TEST_F(ServerFiles, ACancelledUploadLeavesNothing) {
   const std::string content(50'000'000, 'x');
   const auto harbor = Connect(L"harbor");
-  const fs::path from = Write("up", content);
-  const auto answer = Await<link::Uploaded>([&](auto done) {
-    const auto begun = std::make_shared<std::promise<void>>();
-    harbor->AskOnly(link::Upload{from, FileOf(content),
-                                 [begun](std::uint64_t bytes) {
-                                   if (bytes <= 256 * 1024) begun->set_value();
-                                 }},
-                    done);
-    begun->get_future().wait();
-    server_.reset();
-  });
-  EXPECT_EQ(answer.result.code, biz::kEngineNoLink);
+  const auto cancelled = std::make_shared<std::atomic<bool>>(false);
+  const auto answer = harbor->Ask(link::Upload{
+      Write("up", content), FileOf(content), [&](std::uint64_t) { *cancelled = true; }, cancelled});
+  EXPECT_EQ(answer.result.code, biz::kEngineRefused);
   EXPECT_TRUE(Kept().empty());
-  std::ofstream(folder_ / "server" / "files" / "coming" / "1") << "left by a crash";
+}
+
+TEST_F(ServerFiles, TooLargeAndTooMuchAreRefusedBeforeTheyCross) {
+  options_.largest_file = 1000;
+  options_.file_quota = 1500;
   Start();
-  EXPECT_TRUE(Kept().empty());
+  const auto harbor = Connect(L"harbor");
+  const struct {
+    std::size_t size;
+    std::int32_t code;
+  } cases[] = {{1001, biz::kEngineTooLarge},
+               {1000, biz::kEngineOk},
+               {501, biz::kEngineTooLarge},
+               {500, biz::kEngineOk},
+               {1000, biz::kEngineOk}};  // it is there already
+  for (const auto& [size, code] : cases) {
+    const std::string content(size, 'y');
+    const auto up = harbor->Ask(link::Upload{Write("up", content), FileOf(content), {}});
+    EXPECT_EQ(up.result.code, code) << size;
+    EXPECT_EQ(up.result.text.empty(), code == 0);
+  }
 }
 
 }  // namespace

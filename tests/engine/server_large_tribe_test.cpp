@@ -39,7 +39,7 @@ class ServerLargeTribe : public ServerTest {
 
   embedded::ServerStore store_{folder_ / "large.db"};
   embedded::Presence presence_{store_};
-  embedded::Desks desks_{store_, presence_, std::chrono::milliseconds(0)};
+  embedded::Desks desks_{store_, presence_, std::chrono::milliseconds(0), {}};
   int steps_ = 0;          // of SQLite's machine
   std::int64_t took_ = 0;  // microseconds
 };

@@ -267,12 +267,12 @@ TEST_F(ServerRights, StoresOfTheVersionBeforeOpen) {
   server_.reset();
   {
     sqlite::Database store(folder_ / "server" / "server.db");
-    for (const char* index : {"messages_at", "mentioned_by", "tribes_by_conversation",
+    for (const char* index : {"uploads_of", "messages_at", "mentioned_by", "tribes_by_conversation",
                               "managers_of", "managed_by", "verify_for", "verify_open"}) {
       store.Execute(("DROP INDEX " + std::string(index)).c_str());
     }
-    for (const char* table : {"mentioned", "mention_reads", "members", "attention", "black",
-                              "visitors", "verify", "verify_deleted"}) {
+    for (const char* table : {"cloud_files", "mentioned", "mention_reads", "members", "attention",
+                              "black", "visitors", "verify", "verify_deleted"}) {
       store.Execute(("DROP TABLE " + std::string(table)).c_str());
     }
     for (const char* column : {"type", "description", "portrait", "bulletin", "ntfimage",
@@ -283,6 +283,7 @@ TEST_F(ServerRights, StoresOfTheVersionBeforeOpen) {
     for (const char* column : {"at_type", "at_readed", "at_unread"}) {
       store.Execute(("ALTER TABLE messages DROP COLUMN " + std::string(column)).c_str());
     }
+    store.Execute("ALTER TABLE uploads DROP COLUMN size");
     store.Execute("ALTER TABLE entries DROP COLUMN detail; PRAGMA user_version=1");
   }
   Start();

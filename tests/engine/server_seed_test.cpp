@@ -22,6 +22,8 @@ class ServerSeed : public ServerTest {
 };
 
 TEST_F(ServerSeed, IsHistoryOfTheRightTimesAndNothingNew) {
+  options_.file_life_ms = 0;
+  Start();
   embedded::Seeding seeding;
   seeding.users = {Person(L"harbor"), Person(L"mariner")};
   seeding.password = L"demo";

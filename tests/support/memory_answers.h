@@ -45,6 +45,16 @@ class MemoryAnswers {
         return done({biz::kEngineRefused, biz::kTribeUnknown, L"there is no such tribe"}, Of{}...);
       }
     }
+    if constexpr (requires { request.nodeName; }) {
+      if (request.id == 0) {
+        return done({biz::kEngineNotFound, 0, L"there is no such file"}, Of{}...);
+      }
+    }
+    if constexpr (requires { request.filePath; }) {
+      if (request.filePath.empty()) {
+        return done({biz::kEngineNotFound, 0, L"there is no such folder"}, Of{}...);
+      }
+    }
     const auto own = results.find(operation);
     done(own == results.end() ? result : own->second, std::get<Of>(answers)...);
   }

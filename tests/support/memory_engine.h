@@ -9,6 +9,7 @@
 #include "imsdk/biz/account.h"
 #include "kexcore/kexcom.h"
 #include "tests/support/memory_answers.h"
+#include "tests/support/memory_files.h"
 #include "tests/support/memory_tribes.h"
 
 namespace imsdk::test {
@@ -234,6 +235,7 @@ class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes; }
+  RefPtr<biz::IIMFileTransfer> GetIMFileTransfer() override { return files; }
   // The conversation with a user or a tribe, made when it is new.
   MemoryConversation& Chat(const biz::IMConversationID& cid) {
     return cid.is_tribe() ? tribe_chats->Chat(cid) : chats->Chat(cid);
@@ -244,6 +246,7 @@ class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
   const RefPtr<MemoryTribeChats> tribe_chats{new MemoryTribeChats};
   const RefPtr<MemoryVirtualChats> virtual_chats{new MemoryVirtualChats};
   const RefPtr<MemoryTribeMgr> tribes{new MemoryTribeMgr};
+  const RefPtr<MemoryFileTransfer> files{new MemoryFileTransfer};
 
  private:
   const biz::IMUserID self_;

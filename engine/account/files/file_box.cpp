@@ -8,6 +8,7 @@
 #include "kexbase/guid.h"
 #include "kexbase/md5.h"
 #include "kexbase/strings.h"
+#include "link/digest.h"
 #include "sqlite/store_record.h"
 
 namespace imsdk::account {
@@ -15,6 +16,7 @@ namespace imsdk::account {
 namespace {
 
 constexpr std::size_t kLongestType = 8;
+constexpr std::size_t kPiece = 256 * 1024;  // bytes
 
 biz::ResultCode Failure(biz::EngineCode code, const wchar_t* text) { return {code, 0, text}; }
 
@@ -77,14 +79,47 @@ biz::ResultCode FileBox::KeepCopy(const base::FilePath& file, KeptFile* kept) co
     return Failure(biz::kEngineNotFound, L"there is no such file");
   }
   const auto size = std::filesystem::file_size(source, failure);
-  if (!failure && size > kMaxFileBytes) {
+  if (!failure && size > kMaxSentFileBytes) {
     return Failure(biz::kEngineTooLarge, L"the file is too large");
   }
-  std::string content(failure ? 0 : static_cast<std::size_t>(size), '\0');
+  return CopyWhole(source, TypeOfName(file), kept);
+}
+
+biz::ResultCode FileBox::CopyWhole(const std::filesystem::path& source, const std::string& named,
+                                   KeptFile* kept) const {
+  const std::filesystem::path aside = root_ / folder_ / ("." + base::GenerateGUID());
+  std::error_code failure;
+  std::filesystem::create_directories(aside.parent_path(), failure);
   std::ifstream in(source, std::ios::binary);
-  in.read(content.data(), static_cast<std::streamsize>(content.size()));
-  if (failure || !in) return Failure(biz::kEngineStorage, L"the file could not be read");
-  return Keep(content, TypeOfName(file), kept);
+  std::ofstream out(aside, std::ios::binary);
+  link::Digest digest;
+  std::string piece(kPiece, '\0');
+  std::string type = named;
+  while (in.read(piece.data(), static_cast<std::streamsize>(kPiece)), in.gcount() > 0) {
+    const std::string_view part(piece.data(), static_cast<std::size_t>(in.gcount()));
+    if (type.empty() && out.tellp() == std::streampos(0)) type = TypeOfContent(part);
+    digest.Add(part);
+    out.write(part.data(), static_cast<std::streamsize>(part.size()));
+  }
+  out.close();
+  const bool read = in.eof() && !in.bad();
+  const std::string md5 = digest.Finish();
+  const std::string path = folder_ + '/' + md5 + (type.empty() ? "" : '.' + type);
+  const auto size = std::filesystem::file_size(aside, failure);
+  const bool there = std::filesystem::file_size(root_ / path, failure) == size && !failure;
+  bool good = read && out && !md5.empty();
+  if (good && !there) {
+    good = sqlite::SyncToDisk(aside);
+    if (good) std::filesystem::rename(aside, root_ / path, failure);
+    good = good && !failure;
+  }
+  if (!good || there) std::filesystem::remove(aside, failure);
+  if (!good) {
+    return Failure(biz::kEngineStorage,
+                   read ? L"the file could not be kept" : L"the file could not be read");
+  }
+  *kept = {base::UTF8ToWide(path), base::UTF8ToWide(md5), base::UTF8ToWide(type)};
+  return {};
 }
 
 std::string TypeOfName(const base::FilePath& name) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -13,8 +14,10 @@
 
 namespace imsdk::account {
 
-// Largest content of a file that is sent, in bytes.
+// Largest content of a file that a call brings along, in bytes, and of one that is named by its
+// path; the server may take less.
 inline constexpr std::size_t kMaxFileBytes = biz::kMaxContentBytes;
+inline constexpr std::uint64_t kMaxSentFileBytes = std::uint64_t{16} << 30;
 
 struct KeptFile {
   std::wstring path;  // relative to the data folder, with "/", so that the folder may move
@@ -41,6 +44,10 @@ class FileBox {
   // Whether a file, given without links and "..", may be sent: of the data folder itself nothing
   // but its `files`, whatever else was allowed.
   bool MaySend(const std::filesystem::path& file) const;
+
+  // In pieces, so that a large file needs no memory.
+  biz::ResultCode CopyWhole(const std::filesystem::path& source, const std::string& named,
+                            KeptFile* kept) const;
 
   const std::filesystem::path root_;
   const std::string folder_;

@@ -175,5 +175,4 @@ void Outbox::Announce(const biz::IMMessage& message, const ComposedBody& body) {
     HandOver(message);
   }
 }
-
 }  // namespace imsdk::account

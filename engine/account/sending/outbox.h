@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "account/files/courier.h"
+#include "account/files/transfers.h"
 #include "account/sending/open_bodies.h"
 #include "account/session/account_state.h"
 #include "imsdk/biz/conversation.h"
@@ -33,8 +34,9 @@ inline constexpr int kMostOpenMessages = 10'000;
 // account stops: the server recognises what it has.
 class Outbox : public std::enable_shared_from_this<Outbox> {
  public:
-  Outbox(std::shared_ptr<AccountState> state, std::shared_ptr<Courier> courier)
-      : state_(std::move(state)), courier_(std::move(courier)) {}
+  Outbox(std::shared_ptr<AccountState> state, std::shared_ptr<Courier> courier,
+         std::shared_ptr<Transfers> transfers)
+      : state_(std::move(state)), courier_(std::move(courier)), transfers_(std::move(transfers)) {}
 
   // Any thread. A refusal is answered at once, everything else when it is in the store.
   void Send(const biz::IMConversationID& cid, const biz::IMSendRequest& request,
@@ -98,6 +100,7 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
     biz::IMMessage message{};
     std::vector<std::string> names{};
     std::vector<link::File> files{};
+    bool aside = false;  // its files are large: others of its conversation do not wait for it
   };
 
   // The one item of a typing state goes to the peer and nowhere else.
@@ -125,6 +128,8 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   void Ready(const biz::IMConversationID& cid);
   void TakeTurns();
   void TakeTurn(const biz::IMConversationID& cid);
+  // Whether so much is to be brought that what is typed meanwhile should go first.
+  bool IsLarge(const Parcel& parcel) const;
   // The message with its text out of the store. Null when it is not there; it has failed then.
   std::shared_ptr<Parcel> Load(const biz::IMConversationID& cid, std::int64_t msgid);
   void StopWork(Open& open);
@@ -144,6 +149,7 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
 
   const std::shared_ptr<AccountState> state_;
   const std::shared_ptr<Courier> courier_;
+  const std::shared_ptr<Transfers> transfers_;
   std::atomic<int> open_count_{0};
   OpenBodies bodies_;
 

@@ -157,6 +157,7 @@ void Outbox::Answered(std::int64_t msgid, const biz::ResultCode& result,
   const auto entry = open_.find(msgid);
   if (entry == open_.end()) return;  // too late, or a second answer
   StopWork(entry->second);
+  transfers_->UploadEnds(msgid, result, how.nodes);
   const biz::IMMessage message = std::move(entry->second.message);
   open_.erase(entry);
   const biz::IMMsgStatus status = result.ok() ? biz::kMsgSent : biz::kMsgFailed;

@@ -1,6 +1,8 @@
 // How messages that are stored get their turn to be handed over.
 #include <algorithm>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "account/files/file_tokens.h"
@@ -14,6 +16,8 @@ namespace {
 // What the server gets to do for one account at once.
 constexpr std::size_t kMostInWork = 64;
 constexpr std::size_t kMostBytesInWork = 4 * 1024 * 1024;
+// Files of a message from which on the next ones do not wait for it.
+constexpr std::uint64_t kLargeBytes = 1024 * 1024;
 
 }  // namespace
 
@@ -58,6 +62,12 @@ void Outbox::TakeTurn(const biz::IMConversationID& cid) {
     bytes_in_work_ += open.in_work;
     if (!parcel->names.empty()) {
       open.stage = Stage::kPreparing;
+      parcel->aside = IsLarge(*parcel);
+      transfers_->UploadBegins(parcel->message, parcel->names);
+      if (parcel->aside) {
+        queue.pop_front();
+        ready_.push_back(cid);
+      }
       return FetchFiles(parcel);
     }
   }
@@ -77,6 +87,17 @@ std::shared_ptr<Outbox::Parcel> Outbox::Load(const biz::IMConversationID& cid, s
   auto parcel = std::make_shared<Parcel>(Parcel{cid, msgid, link_, std::move(found->message)});
   parcel->names = FileNamesIn(parcel->message.msgbody, state_->files_in_tokens);
   return parcel;
+}
+
+bool Outbox::IsLarge(const Parcel& parcel) const {
+  std::uint64_t bytes = 0;
+  for (const std::string& name : parcel.names) {
+    std::error_code missing;
+    const auto size =
+        std::filesystem::file_size(state_->environment->folder.FileOf(state_->self, name), missing);
+    if (!missing) bytes += size;
+  }
+  return bytes > kLargeBytes;
 }
 
 void Outbox::StopWork(Open& open) {
@@ -117,7 +138,9 @@ void Outbox::Provided(const std::shared_ptr<Parcel>& parcel, const biz::ResultCo
 
 void Outbox::Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCode& result) {
   const auto turns = turns_.find(parcel->cid);
-  if (turns == turns_.end() || turns->second.front() != parcel->msgid) return;  // closed
+  if (!parcel->aside && (turns == turns_.end() || turns->second.front() != parcel->msgid)) {
+    return;  // closed
+  }
   const auto entry = open_.find(parcel->msgid);
   if (entry != open_.end() && result.code == biz::kEngineNoLink) {
     // A server that wants nothing now and keeps the link: time runs out for the message.
@@ -127,7 +150,7 @@ void Outbox::Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCo
     WaitForDeadline();
     return TakeTurns();
   }
-  turns->second.pop_front();
+  if (!parcel->aside) turns->second.pop_front();
   if (entry != open_.end()) {
     if (result.ok()) {
       Deliver(*parcel);
@@ -135,7 +158,7 @@ void Outbox::Prepared(const std::shared_ptr<Parcel>& parcel, const biz::ResultCo
       Answered(parcel->msgid, result);
     }
   }
-  Ready(parcel->cid);
+  if (!parcel->aside) Ready(parcel->cid);
 }
 
 void Outbox::Deliver(const Parcel& parcel) {

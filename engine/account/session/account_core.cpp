@@ -65,7 +65,8 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
     : state_(std::make_shared<AccountState>(std::move(environment), user, worker)),
       mailbox_(std::make_shared<Mailbox>(*state_)),
       courier_(std::make_shared<Courier>(state_)),
-      outbox_(std::make_shared<Outbox>(state_, courier_)),
+      transfers_(std::make_shared<Transfers>(state_, courier_)),
+      outbox_(std::make_shared<Outbox>(state_, courier_, transfers_)),
       roamer_(std::make_shared<Roamer>(state_, mailbox_)),
       reporter_(std::make_shared<Reporter>(state_)),
       mentions_(std::make_shared<Mentions>(state_)),
@@ -76,7 +77,10 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
                       base::BindWeak(std::weak_ptr(roamer_), &Roamer::CatchUp),
                       base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Happened),
                       base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Joined),
-                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::TakeRemind)});
+                      base::BindWeak(std::weak_ptr(tribes_), &TribeBook::TakeRemind),
+                      base::BindWeak(std::weak_ptr(transfers_), &Transfers::Came),
+                      base::BindWeak(std::weak_ptr(transfers_), &Transfers::Deleted)});
+  transfers_->Listen();
 }
 
 void AccountCore::Open(biz::IMCallback<> done) {
@@ -95,8 +99,7 @@ biz::ResultCode AccountCore::OpenStore() {
   std::error_code failure;
   const DataFolder& folder = state_->environment->folder;
   std::filesystem::create_directories(folder.AccountFolder(state_->self), failure);
-  // What an earlier session left in the middle.
-  std::filesystem::remove_all(folder.IncomingFolder(state_->self), failure);
+  courier_->DropOldParts();
   return sqlite::Guarded([&] {
     state_->store.database();
     if (const auto loss = state_->store.TakeLoss()) Recover(*loss);
@@ -108,7 +111,8 @@ biz::ResultCode AccountCore::OpenStore() {
     }
     outbox_->Load();
     tribes_->Load();
-    state_->IndexSoon();  // an earlier session may have left some
+    // An earlier session may have left some.
+    if (state_->store.index().IsBehind()) state_->IndexSoon();
   });
 }
 
@@ -182,6 +186,7 @@ void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& 
   mentions_->Connected();
   roamer_->Connected();
   tribes_->Connected();
+  transfers_->Connected();
 }
 
 void AccountCore::BeginAnew(const biz::ResultCode& why) {

@@ -32,7 +32,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
 
   // Any thread.
   AccountParts parts() const {
-    return {state_, outbox_, roamer_, reporter_, mentions_, courier_, tribes_};
+    return {state_, outbox_, roamer_, reporter_, mentions_, courier_, tribes_, transfers_};
   }
   // Opens the store and begins a session; `done` runs on the worker, before any event.
   void Open(biz::IMCallback<> done);
@@ -73,6 +73,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
   const std::shared_ptr<AccountState> state_;
   const std::shared_ptr<Mailbox> mailbox_;
   const std::shared_ptr<Courier> courier_;
+  const std::shared_ptr<Transfers> transfers_;
   const std::shared_ptr<Outbox> outbox_;
   const std::shared_ptr<Roamer> roamer_;
   const std::shared_ptr<Reporter> reporter_;

@@ -1,6 +1,7 @@
 #include "account/session/account_mgr.h"
 
 #include "account/conversations/chat_mgr.h"
+#include "account/files/file_transfer.h"
 #include "account/session/answer_within.h"
 #include "account/tribes/tribe_mgr.h"
 
@@ -18,7 +19,8 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
                                                        state_->tribe_events)),
         virtual_chats_(new ChatMgr<biz::IIMVirtualChatMgr>(
             core_->parts(), {biz::kCIDSystem, biz::kCIDSubscribe}, state_->virtual_events)),
-        tribes_(new TribeMgr(state_, core_->parts().tribes)) {}
+        tribes_(new TribeMgr(state_, core_->parts().tribes)),
+        files_(new FileTransfer(state_, core_->parts().transfers)) {}
 
   const biz::IMUserID& GetSelfID() const override { return state_->self; }
   biz::IMAccountType GetAccountType() const override {
@@ -31,6 +33,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats_; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes_; }
+  RefPtr<biz::IIMFileTransfer> GetIMFileTransfer() override { return files_; }
 
  private:
   const std::shared_ptr<AccountCore> core_;
@@ -39,6 +42,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   const RefPtr<biz::IIMTribeChatMgr> tribe_chats_;
   const RefPtr<biz::IIMVirtualChatMgr> virtual_chats_;
   const RefPtr<biz::IIMTribeMgr> tribes_;
+  const RefPtr<biz::IIMFileTransfer> files_;
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "account/conversations/reporter.h"
 #include "account/conversations/roamer.h"
 #include "account/files/courier.h"
+#include "account/files/transfers.h"
 #include "account/sending/outbox.h"
 #include "account/session/account_state.h"
 #include "account/tribes/tribe_book.h"
@@ -21,6 +22,7 @@ struct AccountParts {
   std::shared_ptr<Mentions> mentions;
   std::shared_ptr<Courier> courier;
   std::shared_ptr<TribeBook> tribes;
+  std::shared_ptr<Transfers> transfers;
 };
 
 }  // namespace imsdk::account

@@ -18,6 +18,7 @@
 #include "account/session/worker_pool.h"
 #include "account/store/message_store.h"
 #include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/file_transfer.h"
 #include "imsdk/biz/tribe_mgr.h"
 #include "link/server_link.h"
 #include "sqlite/group_commit.h"
@@ -71,6 +72,7 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   biz::IMTribeChatEvents tribe_events;
   biz::IMTribeEvents tribe_mgr_events;
   biz::IMVirtualChatEvents virtual_events;
+  biz::IMFileEvents file_events;
 
   // Has what the store's index lacks added when the account is quiet for a moment.
   void IndexSoon();

@@ -83,6 +83,7 @@ void Mailbox::Keep(const link::Batch& batch, const link::Message& from, Happenin
   if (shielded) message.readflag = biz::kMsgRead;
   const auto arrival = state_.store.AddLive(incoming);
   if (!arrival) return KeepNews(from, happenings);
+  if (!from.files.empty() && !from.withdrawn) happenings.push_back(FilesCame{from});
   if (own) {
     happenings.push_back(Sent{std::move(message)});
   } else if (shielded || from.withdrawn) {
@@ -254,6 +255,14 @@ void Mailbox::Raise(const Withdrawn& withdrawn) {
 void Mailbox::Raise(const PeerRead& read) {
   if (read.cid.is_user()) state_.events.on_flag_my_msg_readed(read.cid.user, read.flags);
 }
+
+void Mailbox::Keep(const link::Batch&, const link::FileDeleted& from, Happenings& happenings) {
+  happenings.push_back(from);
+}
+
+void Mailbox::Raise(const FilesCame& came) { hooks_.files_came(came.message); }
+
+void Mailbox::Raise(const link::FileDeleted& deleted) { hooks_.file_deleted(deleted); }
 
 void Mailbox::Raise(const ReadElsewhere& read) { state_.chat.Forget(read.cid, read.messages); }
 

@@ -64,8 +64,13 @@ class Mailbox {
     biz::IMTribeID tribe;
     biz::TribeMsgRemindType type;
   };
-  using Happening = std::variant<New, Sent, Quiet, Archived, Withdrawn, PeerRead, ReadElsewhere,
-                                 Wanting, Tribal, Joined, MentionsRead, Reminded>;
+  // A message with files came, or another device of the account sent one.
+  struct FilesCame {
+    link::Message message;
+  };
+  using Happening =
+      std::variant<FilesCame, link::FileDeleted, New, Sent, Quiet, Archived, Withdrawn, PeerRead,
+                   ReadElsewhere, Wanting, Tribal, Joined, MentionsRead, Reminded>;
   using Happenings = std::vector<Happening>;
 
   // What others do about it.
@@ -75,6 +80,8 @@ class Mailbox {
     std::function<void(const link::TribeHappening&, bool offline)> tribal;
     std::function<void(biz::IMTribeID)> joined;
     std::function<void(biz::IMTribeID, biz::TribeMsgRemindType)> reminded;
+    std::function<void(const link::Message&)> files_came;
+    std::function<void(const link::FileDeleted&)> file_deleted;
   };
 
   explicit Mailbox(AccountState& state) : state_(state) {}
@@ -111,6 +118,7 @@ class Mailbox {
   void Keep(const link::Batch& batch, const link::TribeHappening& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::MentionsRead& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::RemindChanged& from, Happenings& happenings);
+  void Keep(const link::Batch& batch, const link::FileDeleted& from, Happenings& happenings);
   // What a message that the account has already may tell besides.
   void KeepNews(const link::Message& from, Happenings& happenings);
 
@@ -125,6 +133,8 @@ class Mailbox {
   void Raise(const Joined& joined);
   void Raise(const MentionsRead& read);
   void Raise(const Reminded& reminded);
+  void Raise(const FilesCame& came);
+  void Raise(const link::FileDeleted& deleted);
   // `news` are of one type of conversation.
   void RaiseNew(std::vector<New> news, bool offline, bool more);
   void Tell(Happenings happenings, bool offline, bool more);

@@ -6,6 +6,7 @@
 
 #include "imsdk/biz/callback.h"
 #include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/file_transfer.h"
 #include "imsdk/biz/tribe_mgr.h"
 #include "imsdk/biz/user_id.h"
 #include "kexbase/event.h"
@@ -64,6 +65,8 @@ class IIMAccount : public IKexCOMRefCounted {
   virtual RefPtr<IIMVirtualChatMgr> GetIMVirtualChatMgr() = 0;
   // The account's tribes; null in an engine that has none. Counted.
   virtual RefPtr<IIMTribeMgr> GetIMTribeMgr() = 0;
+  // The account's cloud files; null in an engine that has none. Counted.
+  virtual RefPtr<IIMFileTransfer> GetIMFileTransfer() = 0;
 
  protected:
   ~IIMAccount() = default;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bridge/core_records.h"
+#include "source/bridge/jsparams/filerecords.h"
 #include "source/bridge/jsparams/form.h"
 #include "source/bridge/jsparams/tribevalues.h"
 
@@ -90,6 +91,36 @@ struct Record<CoreTribe> {
                 Field("business", &R::business, "The business that it belongs to, or empty."),
                 Field("extSts", &R::extSts, "Further states; 0 for none."),
                 Field("userList", &R::userList, "Its members."));
+};
+
+template <>
+struct Record<CoreFileOwner> {
+  using R = CoreFileOwner;
+  static constexpr auto kFields =
+      FieldList(Field("from", &R::from, "Who sent the file."),
+                Field("uuid", &R::uuid, "The identifier of the message that carried it."),
+                Field("localTime", &R::localTime, "When it was sent, by the sender's clock."),
+                Field("srvTime", &R::srvTime, "When it was sent, by the server's clock."));
+};
+
+template <>
+struct Record<CoreFileNode> {
+  using R = CoreFileNode;
+  static constexpr auto kFields =
+      FieldList(Field("parentId", &R::parentId, "The identifier of its folder."),
+                Field("nodeName", &R::nodeName, "Its name."),
+                Field("nodeSize", &R::nodeSize, "Its size in bytes."),
+                Field("nodeType", &R::nodeType, "What it is.", &kNodeType),
+                Field("msgInfo", &R::msgInfo, "Who sent it with which message."));
+};
+
+template <>
+struct Record<CoreFileEvent> {
+  using R = CoreFileEvent;
+  static constexpr auto kFields =
+      FieldList(Field("fileInfo", &R::fileInfo, "The conversation that the file is in."),
+                Field("transferInfo", &R::transferInfo, "Where its transfer stands."),
+                Field("fileMeta", &R::fileMeta, "The file."));
 };
 
 }  // namespace imsdk::bridge

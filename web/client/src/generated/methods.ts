@@ -4,11 +4,14 @@ import type {
   ChatWindowState,
   DynamicMsgAnswer,
   EmotionText,
+  FileList,
+  FoundFiles,
   IMAtMember,
   IMAtReaders,
   IMAtUnread,
   IMCount,
   IMEnableTribeNum,
+  IMFileExpireTime,
   IMLoginGrant,
   IMMessagePage,
   IMMsgPosition,
@@ -33,6 +36,7 @@ import type {
   ShallowTribe,
   ShallowTribes,
   ShallowTribesEx,
+  TransferAnswer,
   TranslateMsg,
   TranslateSetting,
   TribeBaseInfo,
@@ -45,14 +49,19 @@ import type {
 } from "./records.ts";
 import type {
   BroadcastMsgRequest,
+  CloudFileMetaRequest,
   DynamicMsgRequest,
   EditPicRequest,
   EmotionTextRequest,
+  FileListRequest,
+  FileRecordRequest,
+  FileSearchRequest,
   ForwardMsgRequest,
   IMAtContextRequest,
   IMAtMemberRequest,
   IMConversations,
   IMDeleteRequest,
+  IMFolderRequest,
   IMMaxCacheRequest,
   IMMsgRequest,
   IMMsgsRequest,
@@ -117,7 +126,58 @@ export const routingPaths = {
 export interface Methods {
   "im.bizutil": Empty;
   "im.contact": Empty;
-  "im.filetransfer": Empty;
+  "im.filetransfer": {
+    /** Where a file's transfer stands. */
+    GetFileTransferInfo: {
+      request: CloudFileMetaRequest;
+      answer: ResultCode & TransferAnswer;
+    };
+    /** Brings a file to this machine; how it goes on comes as onUpdateTransferInfo. */
+    DownloadCloudFile: {
+      request: FileRecordRequest;
+      answer: ResultCode;
+    };
+    /** Ends a download and drops what had come. */
+    CancelDownloadCloudFile: {
+      request: CloudFileMetaRequest;
+      answer: ResultCode;
+    };
+    /** Ends an upload. */
+    CancelUploadFile: {
+      request: CloudFileMetaRequest;
+      answer: ResultCode;
+    };
+    /** Takes a file out of its conversation; its sender and a tribe's managers only. */
+    DeleteCloudFile: {
+      request: FileRecordRequest;
+      answer: ResultCode;
+    };
+    /** Whether a path is one whose folder may be shown. */
+    OpenFolder: {
+      request: IMFolderRequest;
+      answer: ResultCode;
+    };
+    /** Brings a file to this machine and answers with its path then. */
+    PreviewCloudFile: {
+      request: FileRecordRequest;
+      answer: ResultCode & TransferAnswer;
+    };
+    /** A page of files, of one conversation or, without an owner, of all. */
+    GetCloudFileList: {
+      request: FileListRequest;
+      answer: ResultCode & FileList;
+    };
+    /** A page of the files that have such names. */
+    SearchCloudFiles: {
+      request: FileSearchRequest;
+      answer: ResultCode & FoundFiles;
+    };
+    /** How long the server keeps files. */
+    GetFileExpireTime: {
+      request: Empty;
+      answer: ResultCode & IMFileExpireTime;
+    };
+  };
   "im.login": {
     /** The account that this page works for. */
     GetCurrentLoginID: {

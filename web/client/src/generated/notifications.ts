@@ -1,6 +1,7 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
   Empty,
+  CloudFileUpdate,
   EnableNumChange,
   IMReadFlags,
   IMTribeRequest,
@@ -11,6 +12,7 @@ import type {
   PeerInputNotify,
   ResultCode,
   SendMsgStatusNotify,
+  TransferUpdate,
   TranslateMsg,
   TranslateSetting,
   TribeActor,
@@ -32,6 +34,10 @@ import type {
  * send one name, the path tells which payload it is.
  */
 export interface Notifications {
+  /** A file came into a conversation, changed or was deleted. */
+  onUpdateCloudFileMeta: [payload: CloudFileUpdate, path: "im.filetransfer"];
+  /** A file's transfer went on or ended. */
+  onUpdateTransferInfo: [payload: TransferUpdate, path: "im.filetransfer"];
   /** The account is logged in. */
   onIMLoginOK: [payload: IMUserRequest, path: "im.login"];
   /** A login failed. */

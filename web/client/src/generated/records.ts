@@ -1,10 +1,15 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
+  FileOwnerType,
   IMCIDType,
+  IMFileSearchMethod,
   IMMsgStatus,
   IMMsgType,
+  IMNodeType,
   IMReadFlag,
   IMRoaming,
+  IMTransferStatus,
+  IMTransferType,
   IMTribeType,
   InputStatus,
   TribeAtMsgType,
@@ -27,6 +32,41 @@ export interface ChatWindowState {
   activated: number;
   /** Whose window it is; missing: the account of the page. */
   account?: IMUserID;
+}
+
+export interface CloudFileMeta {
+  /** The file's identifier. */
+  id: string;
+  /** The identifier of its folder; one for a conversation. */
+  parentId: string;
+  /** Its name, fit for every disk. */
+  nodeName: string;
+  /** Its size in bytes; -1 when it was deleted. */
+  nodeSize: string;
+  /** What it is. */
+  nodeType: IMNodeType;
+  /** The digest of its content. */
+  md5: string;
+  /** The message that carried it. */
+  msginfo: CloudFileMsg;
+}
+
+export interface CloudFileMsg {
+  /** The message's identifier. */
+  msgid: string;
+  /** When it was sent, by the sender's clock. */
+  localtime: string;
+  /** When it was sent, by the server's clock. */
+  svrtime: string;
+  /** Who sent it. */
+  from: IMUserID;
+}
+
+export interface CloudFileUpdate {
+  /** The file and whose it is. */
+  fileInfo: FileRecord;
+  /** Where its transfer stands. */
+  transferInfo: FileTransferInfo;
 }
 
 export interface CoreTribeID {
@@ -67,6 +107,46 @@ export interface EnableNumChange {
   tribeid: string;
   /** onTribeClose: Nobody. */
   recipient?: IMUserID;
+}
+
+export interface FileList {
+  /** Where the next page begins; empty when there is none. */
+  nextkey: string;
+  /** The files, newest first. */
+  filesList: FileRecord[];
+}
+
+export interface FileRecord {
+  /** Whose the file is. */
+  type: FileOwnerType;
+  /** Of a one-to-one conversation: The application that the user belongs to. */
+  appkey?: string;
+  /** Of a one-to-one conversation: The user's name there. */
+  nick?: string;
+  /** Of a tribe: The tribe. */
+  tribeid?: string;
+  /** The file. */
+  fileMeta: CloudFileMeta;
+}
+
+export interface FileTransferInfo {
+  /** How far it has come, in percent. */
+  progress: number;
+  /** Where it stands. */
+  status: IMTransferStatus;
+  /** Which way the file goes. */
+  type: IMTransferType;
+  /** Where the file is in the data folder; empty while it is not here whole. */
+  filePath: string;
+}
+
+export interface FoundFiles {
+  /** Where the next page begins; empty when there is none. */
+  nextkey: string;
+  /** The files, newest first. */
+  filesList: FileRecord[];
+  /** What was looked at. */
+  searchMethod: IMFileSearchMethod;
 }
 
 export interface IMAtMember {
@@ -116,6 +196,11 @@ export interface IMEnableTribeNum {
   total: number;
   /** How many of them are not closed. */
   enable: number;
+}
+
+export interface IMFileExpireTime {
+  /** Milliseconds for which a file is kept; 0 for no end. */
+  expireTime: string;
 }
 
 export interface IMFlagMsgReaded {
@@ -447,6 +532,26 @@ export interface ShallowTribes {
 export interface ShallowTribesEx {
   /** Those of the tribes that are the account's. */
   tribelist: TribeNtfImages[];
+}
+
+export interface TransferAnswer {
+  /** Where the file's transfer stands. */
+  transferInfo: FileTransferInfo;
+}
+
+export interface TransferUpdate {
+  /** Whose the file is. */
+  type: FileOwnerType;
+  /** Of a one-to-one conversation: The application that the user belongs to. */
+  appkey?: string;
+  /** Of a one-to-one conversation: The user's name there. */
+  nick?: string;
+  /** Of a tribe: The tribe. */
+  tribeid?: string;
+  /** The file's identifier. */
+  id: string;
+  /** Where its transfer stands. */
+  transferInfo: FileTransferInfo;
 }
 
 export interface TranslateMsg {

@@ -1,12 +1,16 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
+  CloudFileMeta,
+  CloudFileMsg,
   IMConversationID,
   IMTribeRequest,
   IMUserID,
   TribemsgIMConversationID,
 } from "./records.ts";
 import type {
+  FileOwnerType,
   IMMsgType,
+  IMNodeType,
   IMRoaming,
   TribeAtMsgType,
   TribeAtRelation,
@@ -33,6 +37,23 @@ export interface BroadcastMsgRequest {
   msgbody?: BodyItem[];
 }
 
+export interface CloudFileMetaRequest {
+  /** The file's identifier. */
+  id?: string;
+  /** The identifier of its folder; one for a conversation. */
+  parentId?: string;
+  /** Its name, fit for every disk. */
+  nodeName?: string;
+  /** Its size in bytes; -1 when it was deleted. */
+  nodeSize?: string;
+  /** What it is. */
+  nodeType?: IMNodeType;
+  /** The digest of its content. */
+  md5?: string;
+  /** The message that carried it. */
+  msginfo?: CloudFileMsg;
+}
+
 export interface DynamicMsgRequest {
   /** The business that the content belongs to. */
   bizType?: string;
@@ -56,6 +77,51 @@ export interface EmotionTextRequest {
   value?: string;
   /** Extra JSON text, carried as it stands. */
   jvale?: string;
+}
+
+export interface FileListRequest {
+  /** At most this many files. */
+  count?: number;
+  /** Where the page begins; empty for the first one. */
+  nextkey?: string;
+  /** Whose the file is. */
+  type?: FileOwnerType;
+  /** Of a one-to-one conversation: The application that the user belongs to. */
+  appkey?: string;
+  /** Of a one-to-one conversation: The user's name there. */
+  nick?: string;
+  /** Of a tribe: The tribe. */
+  tribeid?: string;
+}
+
+export interface FileRecordRequest {
+  /** Whose the file is. */
+  type?: FileOwnerType;
+  /** Of a one-to-one conversation: The application that the user belongs to. */
+  appkey?: string;
+  /** Of a one-to-one conversation: The user's name there. */
+  nick?: string;
+  /** Of a tribe: The tribe. */
+  tribeid?: string;
+  /** The file. */
+  fileMeta?: CloudFileMeta;
+}
+
+export interface FileSearchRequest {
+  /** At most this many files. */
+  count?: number;
+  /** Letters of the file's name, in any case. */
+  searchKey?: string;
+  /** Where the page begins; empty for the first one. */
+  nextkey?: string;
+  /** Whose the file is. */
+  type?: FileOwnerType;
+  /** Of a one-to-one conversation: The application that the user belongs to. */
+  appkey?: string;
+  /** Of a one-to-one conversation: The user's name there. */
+  nick?: string;
+  /** Of a tribe: The tribe. */
+  tribeid?: string;
 }
 
 export interface ForwardMsgRequest {
@@ -99,6 +165,11 @@ export interface IMDeleteRequest {
   msgids?: string[];
   /** 1: all messages of the conversation. */
   all?: number;
+}
+
+export interface IMFolderRequest {
+  /** A file or folder below `files` in the data folder. */
+  filePath?: string;
 }
 
 export interface IMMaxCacheRequest {

@@ -46,11 +46,25 @@ export const EngineCode = {
 } as const;
 export type EngineCode = (typeof EngineCode)[keyof typeof EngineCode];
 
+export const FileOwnerType = {
+  /** A one-to-one conversation, named by the user it is held with. */
+  kFileOwnerUser: 0,
+  /** A tribe. */
+  kFileOwnerTribe: 3,
+} as const;
+export type FileOwnerType = (typeof FileOwnerType)[keyof typeof FileOwnerType];
+
 export const IMCIDType = {
   /** A tribe. */
   kCIDTribe: 3,
 } as const;
 export type IMCIDType = (typeof IMCIDType)[keyof typeof IMCIDType];
+
+export const IMFileSearchMethod = {
+  /** The names of the files. */
+  kSearchFileNames: 0,
+} as const;
+export type IMFileSearchMethod = (typeof IMFileSearchMethod)[keyof typeof IMFileSearchMethod];
 
 export const IMMsgStatus = {
   /** On its way. */
@@ -84,6 +98,14 @@ export const IMMsgType = {
 } as const;
 export type IMMsgType = (typeof IMMsgType)[keyof typeof IMMsgType];
 
+export const IMNodeType = {
+  /** A file. */
+  kNodeFile: 0,
+  /** A folder. */
+  kNodeFolder: 1,
+} as const;
+export type IMNodeType = (typeof IMNodeType)[keyof typeof IMNodeType];
+
 export const IMReadFlag = {
   /** Not read yet. */
   kMsgUnread: 0,
@@ -99,6 +121,32 @@ export const IMRoaming = {
   kRoamingOn: 1,
 } as const;
 export type IMRoaming = (typeof IMRoaming)[keyof typeof IMRoaming];
+
+export const IMTransferStatus = {
+  /** Nothing moves. */
+  kTransferIdle: 0,
+  /** It waits for its turn or for the link. */
+  kTransferWaiting: 1,
+  /** It is under way. */
+  kTransferRunning: 2,
+  /** The whole file is here. */
+  kTransferDone: 3,
+  /** It failed; another try goes on where it ended. */
+  kTransferFailed: 4,
+  /** It was cancelled. */
+  kTransferCancelled: 5,
+} as const;
+export type IMTransferStatus = (typeof IMTransferStatus)[keyof typeof IMTransferStatus];
+
+export const IMTransferType = {
+  /** The file has not moved. */
+  kTransferNone: 0,
+  /** To the server. */
+  kTransferUpload: 1,
+  /** To this machine. */
+  kTransferDownload: 2,
+} as const;
+export type IMTransferType = (typeof IMTransferType)[keyof typeof IMTransferType];
 
 export const IMTribeType = {
   /** A tribe. */
