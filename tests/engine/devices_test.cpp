@@ -122,7 +122,9 @@ TEST_P(DevicesTest, WhatOneReadsIsReadOnAll) {
   ASSERT_TRUE(send_two());
   faulty->Shut(true);
   faulty->EndAll(biz::kEngineNoLink);
-  Eventually([&] { return !second.accounts()->GetAccount(kHarbor)->IsOnline(); }, "offline");
+  Eventually(
+      [&] { return second.accounts()->GetAccount(kHarbor)->GetState() != biz::kAccountOnline; },
+      "offline");
   read(theirs);
   EXPECT_EQ(Unread(ours), 2);
   faulty->Shut(false);

@@ -18,6 +18,7 @@
 #include "account/session/worker_pool.h"
 #include "account/store/message_store.h"
 #include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/contact.h"
 #include "imsdk/biz/file_transfer.h"
 #include "imsdk/biz/tribe_mgr.h"
 #include "link/server_link.h"
@@ -73,6 +74,7 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   biz::IMTribeEvents tribe_mgr_events;
   biz::IMVirtualChatEvents virtual_events;
   biz::IMFileEvents file_events;
+  biz::IMContactEvents contact_events;
 
   // Has what the store's index lacks added when the account is quiet for a moment.
   void IndexSoon();
