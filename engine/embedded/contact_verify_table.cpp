@@ -24,10 +24,10 @@ std::optional<StoredContactVerify> ReadVerify(sqlite::Statement row) {
   "SELECT v.id, v.type, v.msgtime, v.words, v.gid, a.appkey, a.nick, "                       \
   "coalesce(nullif(p.display, ''), a.nick), coalesce(p.portrait, '') FROM contact_verify v " \
   "JOIN accounts a ON a.id=v.sender LEFT JOIN profiles p ON p.account=v.sender "
-#define PAGE_QUERY(order)                                                  \
-  MESSAGE_QUERY                                                            \
-      "WHERE v.audience=?1 AND v.deleted=0 AND v.id>=?2 AND v.id<=?3 AND " \
-      "v.msgtime>=?4 AND v.msgtime<=?5 ORDER BY v.id" order " LIMIT ?6"
+#define PAGE_QUERY(order)                                              \
+  MESSAGE_QUERY                                                        \
+  "WHERE v.audience=?1 AND v.deleted=0 AND v.id>=?2 AND v.id<=?3 AND " \
+  "v.msgtime>=?4 AND v.msgtime<=?5 ORDER BY v.id" order " LIMIT ?6"
 
 biz::IMContactVerifyMsg ReadMessage(const sqlite::Statement& row) {
   biz::IMContactVerifyMsg msg;
