@@ -77,6 +77,7 @@ class Ear : public link::SessionListener {
   }
   void OnTyping(const biz::IMConversationID&, std::int32_t) override {}
   void OnTribePresence(const link::TribePresence&) override {}
+  void OnContactPresence(const link::ContactPresence&) override {}
   void OnEnded(const biz::ResultCode&) override {}
 
   std::shared_ptr<link::Session> session;

@@ -45,7 +45,7 @@ class Host::Impl final : public Backend {
     if (!StartMessaging(options.demo, error)) return false;
     library_ = BridgeLibrary::Load(options.library, error);
     if (!library_) return false;
-    tribes_.emplace(*library_);
+    calls_.emplace(*library_);
     token_ = RunToken::Open(folder_->path() / "run-token", options.token,
                             base::Time::Now().ToMilliseconds());
     if (!token_) {
@@ -60,7 +60,7 @@ class Host::Impl final : public Backend {
     server.data = folder_->path();
     server_ = Server::Start(
         server,
-        {*this, *token_, client_->windows(), log_->Logger(), client_->translation(), &*tribes_},
+        {*this, *token_, client_->windows(), log_->Logger(), client_->translation(), &*calls_},
         error);
     if (!server_) return false;
     if (!token_->Save()) {
@@ -150,7 +150,7 @@ class Host::Impl final : public Backend {
   std::unique_ptr<EmbeddedServer> messaging_;
   std::unique_ptr<Engine> engine_;
   std::unique_ptr<BridgeLibrary> library_;
-  std::optional<TribeCalls> tribes_;
+  std::optional<HostCalls> calls_;
 };
 
 std::unique_ptr<Host> Host::Start(const HostOptions& options, std::string* error) {

@@ -100,6 +100,12 @@ Past MakePast(const account::DataFolder& folder) {
   seeding.users = {User(L"harbor"), User(L"lighthouse"), User(L"mariner"), User(L"navigator")};
   seeding.password = L"demo";
   const auto& users = seeding.users;
+  seeding.profiles = {{users[0], {L"Harbor Office", {}}},
+                      {users[1], {L"Lighthouse Keeper", {}}},
+                      {users[2], {L"Mariner Max", {}}}};
+  seeding.contacts = {{users[0], L"Crew", {users[1], users[2]}}, {users[0], {}, {users[3]}},
+                      {users[1], L"Ashore", {users[0]}},         {users[1], L"Afloat", {users[2]}},
+                      {users[2], {}, {users[0], users[1]}},      {users[3], {}, {users[0]}}};
   seeding.tribes = {{kTribe, TribeName(), users[0], {users[1], users[2]}}};
   // The server takes them in the order of time.
   const auto script = Script();

@@ -3,6 +3,8 @@
 
 #include <chrono>
 
+#include "embedded/contact_desk.h"
+#include "embedded/contact_request_desk.h"
 #include "embedded/entry_desk.h"
 #include "embedded/file_desk.h"
 #include "embedded/history_desk.h"
@@ -13,7 +15,15 @@
 
 namespace imsdk::embedded {
 
-struct Desks : PostDesk, HistoryDesk, FileDesk, TribeDesk, MemberDesk, MentionDesk, EntryDesk {
+struct Desks : PostDesk,
+               HistoryDesk,
+               FileDesk,
+               TribeDesk,
+               MemberDesk,
+               MentionDesk,
+               EntryDesk,
+               ContactDesk,
+               ContactRequestDesk {
   Desks(ServerStore& store, Presence& presence, std::chrono::milliseconds withdraw_limit,
         const FileLimits& files)
       : PostDesk(store, withdraw_limit),
@@ -22,8 +32,12 @@ struct Desks : PostDesk, HistoryDesk, FileDesk, TribeDesk, MemberDesk, MentionDe
         TribeDesk(store),
         MemberDesk(store, presence),
         MentionDesk(store),
-        EntryDesk(store, static_cast<PostDesk&>(*this)) {}
+        EntryDesk(store, static_cast<PostDesk&>(*this)),
+        ContactDesk(store, presence),
+        ContactRequestDesk(store) {}
 
+  using ContactDesk::Answer;
+  using ContactRequestDesk::Answer;
   using EntryDesk::Answer;
   using FileDesk::Answer;
   using HistoryDesk::Answer;

@@ -104,6 +104,14 @@ void Feeds::Close(std::int64_t session) {
   for (const auto& answer : client.waiting) answer();
 }
 
+template <class Do>
+void Feeds::ForEachOf(std::int64_t account, const Do& act) {
+  for (auto entry = by_account_.lower_bound({account, 0});
+       entry != by_account_.end() && entry->first == account; ++entry) {
+    act(clients_.at(entry->second));
+  }
+}
+
 void Feeds::End(std::int64_t session, const biz::ResultCode& why) {
   const auto client = clients_.find(session);
   if (client == clients_.end()) return;
@@ -131,10 +139,14 @@ void Feeds::Tell(std::int64_t session, const link::TribePresence& presence) {
   if (const auto listener = client->second.listener.lock()) listener->OnTribePresence(presence);
 }
 
+void Feeds::Tell(std::int64_t account, const link::ContactPresence& presence) {
+  ForEachOf(account, [&](const Client& client) {
+    if (const auto listener = client.listener.lock()) listener->OnContactPresence(presence);
+  });
+}
+
 void Feeds::NoteStay(const StayChange& change) {
-  for (auto entry = by_account_.lower_bound({change.account, 0});
-       entry != by_account_.end() && entry->first == change.account; ++entry) {
-    Client& client = clients_.at(entry->second);
+  ForEachOf(change.account, [&](Client& client) {
     for (const Stream::Kind kind : kTribeKinds) {
       const Stream stream{kind, change.conversation};
       if (change.member) {
@@ -143,7 +155,7 @@ void Feeds::NoteStay(const StayChange& change) {
         StopWatching(client, stream, change.position);
       }
     }
-  }
+  });
 }
 
 void Feeds::NoteNews(const News& news) {
@@ -161,12 +173,11 @@ void Feeds::NoteNews(const News& news) {
 }
 
 void Feeds::Signal(const Typing& typing, std::int64_t except) {
-  for (auto entry = by_account_.lower_bound({typing.account, 0});
-       entry != by_account_.end() && entry->first == typing.account; ++entry) {
-    if (entry->second == except) continue;
-    const auto listener = clients_.at(entry->second).listener.lock();
+  ForEachOf(typing.account, [&](const Client& client) {
+    if (client.session == except) return;
+    const auto listener = client.listener.lock();
     if (listener) listener->OnTyping(typing.cid, typing.status);
-  }
+  });
 }
 
 void Feeds::Push() {

@@ -47,6 +47,8 @@ class Feeds {
   void Signal(const Typing& typing, std::int64_t except);
   // Tells one session who is online in a tribe.
   void Tell(std::int64_t session, const link::TribePresence& presence);
+  // Tells the account's sessions who of its contacts came or went.
+  void Tell(std::int64_t account, const link::ContactPresence& presence);
   // Sends what was noted.
   void Push();
   // Calls `answer` when the session was sent all that is noted now.
@@ -86,6 +88,9 @@ class Feeds {
   };
   struct Filling;
 
+  // Calls `act` with each session of the account.
+  template <class Do>
+  void ForEachOf(std::int64_t account, const Do& act);
   void See(Client& client, const View& view, Position after);
   void Watching(Client& client, const Stream& stream, const Watch& watch);
   void StopWatching(Client& client, const Stream& stream, Position until);

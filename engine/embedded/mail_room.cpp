@@ -56,6 +56,9 @@ MailRoom::MailRoom(ServerStore& store, Desks& desks, Presence& presence,
        },
        [this](std::int64_t session, const link::TribePresence& told) {
          feeds_.Tell(session, told);
+       },
+       [this](std::int64_t account, const link::ContactPresence& told) {
+         feeds_.Tell(account, told);
        }});
 }
 
@@ -63,6 +66,7 @@ void MailRoom::Note(std::int64_t session, const Caller& caller, const Effects& e
   feeds_.Note(effects);
   if (effects.typing) feeds_.Signal(*effects.typing, session);
   for (const StayChange& change : effects.stays) presence_.NoteStay(change);
+  for (const Glance& glance : effects.glances) presence_.NoteGlance(glance);
   // The session may have ended while the store was busy.
   if (effects.watch && sessions_.contains(session)) {
     presence_.Change(session, caller.account, *effects.watch);

@@ -65,9 +65,10 @@ class MailRoom : public std::enable_shared_from_this<MailRoom> {
           if (!stored.ok()) *outcome = Answered(stored);
           const Effects& effects = outcome->effects;
           auto answer = [outcome, done] { done(outcome->result, outcome->reply); };
-          // Who has changed a tribe hears of that first, and is answered when it is known.
-          const bool waits =
-              effects.after_news || (link::kOfTribes<Request> && !effects.news.empty());
+          // Who has changed a tribe or a list hears of that first, and is answered when it is
+          // known.
+          constexpr bool kTold = link::kOfTribes<Request> || link::kOfContacts<Request>;
+          const bool waits = effects.after_news || (kTold && !effects.news.empty());
           if (!waits) answer();
           Note(session, caller, effects);
           if (waits) feeds_.AfterNews(session, answer);

@@ -37,8 +37,11 @@ enum class EntryKind : std::int32_t {
   kTribeEnabled = 11,
   kTribeVisitorsCleared = 12,
   // In an account's stream.
-  kMentionsRead = 13,   // `numbers` are the sender, then identifier and counts of each message
-  kRemindChanged = 14,  // `numbers` is the type
+  kMentionsRead = 13,    // `numbers` are the sender, then identifier and counts of each message
+  kRemindChanged = 14,   // `numbers` is the type
+  kContactChanged = 15,  // `numbers` is the contact's account
+  kContactGroupsChanged = 16,  // nothing
+  kContactVerifyTold = 17,     // `numbers` is the message's identifier
   // In a tribe's stream, or in that of both users.
   kFileDeleted = 40,  // `numbers` is the node
 };

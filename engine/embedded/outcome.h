@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "embedded/streams.h"
+#include "imsdk/biz/contact.h"
 #include "imsdk/biz/conversation_id.h"
 #include "imsdk/biz/tribe.h"
 #include "imsdk/biz/user_id.h"
@@ -48,10 +49,19 @@ struct WatchChange {
   bool on = true;
 };
 
+// How an account may see another one. May have changed.
+struct Glance {
+  std::int64_t viewer = 0;
+  std::int64_t account = 0;
+
+  friend auto operator<=>(const Glance&, const Glance&) = default;
+};
+
 // What sessions are to be told once the work is on the disk.
 struct Effects {
   std::vector<StayChange> stays;
   std::vector<News> news;
+  std::vector<Glance> glances;
   std::optional<Typing> typing;
   std::optional<WatchChange> watch;
   std::int64_t upto = 0;  // the newest position when the work was done
@@ -62,6 +72,7 @@ struct Effects {
   void Add(Effects&& more) {
     stays.insert(stays.end(), more.stays.begin(), more.stays.end());
     news.insert(news.end(), more.news.begin(), more.news.end());
+    glances.insert(glances.end(), more.glances.begin(), more.glances.end());
   }
 };
 
@@ -85,6 +96,9 @@ inline biz::ResultCode UnknownUser() {
 }
 inline biz::ResultCode ServerStops() { return Failure(biz::kEngineNoLink, L"the server stops"); }
 inline biz::ResultCode Refusal(biz::TribeRefusal why, std::wstring text) {
+  return {biz::kEngineRefused, why, std::move(text)};
+}
+inline biz::ResultCode Refusal(biz::IMContactRefusal why, std::wstring text) {
   return {biz::kEngineRefused, why, std::move(text)};
 }
 inline biz::ResultCode NotAMember() {

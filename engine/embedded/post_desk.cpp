@@ -76,6 +76,9 @@ Outcome<link::Delivered> PostDesk::Answer(const Caller& caller, const link::Deli
   if (!found.result.ok()) return found.result;
   if (message.cid.is_virtual()) return UnknownUser();
   if (found.closed) return TribeIsClosed();
+  if (found.peer != 0 && store_.contacts().IsBlack(found.peer, caller.account)) {
+    return Refusal(biz::kContactBlackListed, L"the user takes no messages of this account");
+  }
   if (found.conversation == 0) {
     found.conversation = store_.conversations().MakePair(caller.account, found.peer);
   }
@@ -160,6 +163,8 @@ Outcome<link::Nothing> PostDesk::Answer(const Caller& caller, const link::SendTy
   const Found found = FindConversation(store_, caller, request.cid);
   if (!found.result.ok()) return found.result;
   Outcome<link::Nothing> outcome;
+  // Nobody hears from whom he has put on his black list.
+  if (store_.contacts().IsBlack(found.peer, caller.account)) return outcome;
   outcome.effects.typing = {found.peer, biz::IMConversationID(caller.user), request.status};
   return outcome;
 }

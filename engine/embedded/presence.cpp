@@ -23,7 +23,29 @@ std::int32_t Presence::CountIn(std::int64_t conversation) {
 }
 
 void Presence::Opened(std::int64_t account) {
-  if (++sessions_[account] == 1) SetEverywhere(account, true);
+  if (++sessions_[account] > 1) return;
+  SetEverywhere(account, true);
+  Turn(account);
+}
+
+void Presence::Turn(std::int64_t account) {
+  // Also of somebody who came and went: a list that was fetched meanwhile says otherwise.
+  turned_.insert(account);
+  TellSoon();
+}
+
+void Presence::NoteGlance(const Glance& glance) {
+  if (!sessions_.contains(glance.viewer)) return;
+  glances_.insert(glance);
+  TellSoon();
+}
+
+biz::IMContactStatus Presence::Seen(const Glance& glance) {
+  const bool seen =
+      IsOnline(glance.account) && (glance.viewer == glance.account ||
+                                   (store_.contacts().Find(glance.viewer, glance.account) &&
+                                    !store_.contacts().IsBlack(glance.account, glance.viewer)));
+  return seen ? biz::kContactOnline : biz::kContactOffline;
 }
 
 void Presence::Closed(std::int64_t session, std::int64_t account) {
@@ -36,6 +58,7 @@ void Presence::Closed(std::int64_t session, std::int64_t account) {
   if (count == sessions_.end() || --count->second > 0) return;
   sessions_.erase(count);
   SetEverywhere(account, false);
+  Turn(account);
 }
 
 void Presence::SetEverywhere(std::int64_t account, bool online) {
@@ -60,6 +83,10 @@ void Presence::Set(Tribe& tribe, std::int64_t account, bool online) {
 
 void Presence::Untold(Tribe& tribe) {
   tribe.untold = true;
+  TellSoon();
+}
+
+void Presence::TellSoon() {
   if (!std::exchange(scheduled_, true)) ways_.schedule();
 }
 
@@ -102,6 +129,28 @@ void Presence::NoteStay(const StayChange& change) {
 
 void Presence::Tell() {
   scheduled_ = false;
+  TellTribes();
+  TellContacts();
+}
+
+void Presence::TellContacts() {
+  std::map<std::int64_t, link::ContactPresence> told;
+  // A status that could not be read is asked for with the next list.
+  sqlite::Guarded([&] {
+    for (const std::int64_t account : std::exchange(turned_, {})) {
+      for (const std::int64_t owner : store_.contacts().OwnersOf(account)) {
+        if (sessions_.contains(owner)) glances_.insert({owner, account});
+      }
+    }
+    for (const Glance& glance : std::exchange(glances_, {})) {
+      told[glance.viewer].changed.emplace_back(store_.accounts().User(glance.account),
+                                               Seen(glance));
+    }
+  });
+  for (const auto& [account, presence] : told) ways_.tell_contacts(account, presence);
+}
+
+void Presence::TellTribes() {
   for (auto& [conversation, tribe] : watched_) {
     if (!std::exchange(tribe.untold, false)) continue;
     link::TribePresence presence{tribe.id, static_cast<std::int32_t>(tribe.online.size()), {}};

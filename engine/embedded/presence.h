@@ -1,4 +1,5 @@
-// Which accounts are online, and who is told of it in tribes.
+// Which accounts are online, and who is told of it: the members of tribes, and whose contacts they
+// are.
 #pragma once
 
 #include <cstddef>
@@ -7,10 +8,11 @@
 #include <map>
 #include <set>
 #include <utility>
+#include <vector>
 
 #include "embedded/outcome.h"
 #include "embedded/server_store.h"
-#include "link/tribe.h"
+#include "link/message.h"
 
 namespace imsdk::embedded {
 
@@ -28,10 +30,14 @@ class Presence {
   struct Ways {
     std::function<void()> schedule;
     std::function<void(std::int64_t session, const link::TribePresence&)> tell;
+    std::function<void(std::int64_t account, const link::ContactPresence&)> tell_contacts;
   };
   void Use(Ways ways) { ways_ = std::move(ways); }
 
   bool IsOnline(std::int64_t account) const { return sessions_.contains(account); }
+  // What the viewer sees: his contacts, as long as they have not put him on their black lists. May
+  // throw `sqlite::Error`.
+  biz::IMContactStatus Seen(const Glance& glance);
   // How many members are online. Walks the accounts that are, when nobody watches the tribe. May
   // throw `sqlite::Error`.
   std::int32_t CountIn(std::int64_t conversation);
@@ -41,6 +47,7 @@ class Presence {
   void Closed(std::int64_t session, std::int64_t account);
   void Change(std::int64_t session, std::int64_t account, const WatchChange& change);
   void NoteStay(const StayChange& change);
+  void NoteGlance(const Glance& glance);
   void Tell();
 
  private:
@@ -58,11 +65,17 @@ class Presence {
   void SetEverywhere(std::int64_t account, bool online);
   void StopWatching(std::int64_t session, std::int64_t conversation);
   void Untold(Tribe& tribe);
+  void Turn(std::int64_t account);
+  void TellSoon();
+  void TellTribes();
+  void TellContacts();
 
   ServerStore& store_;
   Ways ways_;
   std::map<std::int64_t, int> sessions_;   // how many each account has
   std::map<std::int64_t, Tribe> watched_;  // by conversation
+  std::set<std::int64_t> turned_;          // accounts that came or went
+  std::set<Glance> glances_;               // to be told as they are
   bool scheduled_ = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "embedded/contact_desk.h"
 #include "embedded/file_room.h"
 
 namespace imsdk::embedded {
@@ -10,8 +11,26 @@ namespace {
 
 std::int64_t Known(ServerStore& store, const biz::IMUserID& user) {
   const auto account = store.accounts().Find(user);
-  if (!account) throw sqlite::Error("a message of the past names an unknown account");
+  if (!account) throw sqlite::Error("the past names an unknown account");
   return account->id;
+}
+
+void WriteContacts(ServerStore& store, const Seeding& seeding) {
+  for (const PastProfile& past : seeding.profiles) {
+    store.contacts().SetProfile({Known(store, past.user),
+                                 {.userid = past.user,
+                                  .display = past.profile.display,
+                                  .portrait = past.profile.portrait}});
+  }
+  Effects unheard;
+  for (const PastContacts& past : seeding.contacts) {
+    const std::int64_t owner = Known(store, past.owner);
+    std::int64_t gid = biz::kRootGroup;
+    if (!past.group.empty()) gid = store.contacts().AddGroup(owner, {.name = past.group});
+    for (const biz::IMUserID& contact : past.contacts) {
+      PutContact(store, unheard, {owner, Known(store, contact), gid});
+    }
+  }
 }
 
 }  // namespace
@@ -22,6 +41,7 @@ std::vector<link::Message> WritePast(ServerStore& store, TribeDesk& tribes, cons
   for (std::size_t i = 0; i < seeding.users.size(); ++i) {
     store.accounts().Add(seeding.users[i], password_hashes[i]);
   }
+  WriteContacts(store, seeding);
   for (const NewTribe& tribe : seeding.tribes) {
     if (!tribes.Answer({}, tribe).result.ok()) throw sqlite::Error("a tribe cannot be made");
   }

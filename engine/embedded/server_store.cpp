@@ -25,6 +25,31 @@ constexpr const char* kCloudFileStep = R"sql(
     (SELECT size FROM message_files h WHERE h.address=uploads.address LIMIT 1), 0);
 )sql";
 
+// Users' names and portraits, lists of contacts, and requests. `folded` is nick and name in small
+// letters.
+constexpr const char* kContactStep = R"sql(
+  CREATE TABLE profiles(
+    account INTEGER PRIMARY KEY, display TEXT NOT NULL, portrait TEXT NOT NULL,
+    folded TEXT NOT NULL);
+  CREATE TABLE contacts(
+    owner INTEGER NOT NULL, contact INTEGER NOT NULL, gid INTEGER NOT NULL,
+    asterisk INTEGER NOT NULL, PRIMARY KEY(owner, contact)) WITHOUT ROWID;
+  CREATE INDEX contacts_of ON contacts(contact);
+  CREATE TABLE contact_groups(
+    gid INTEGER PRIMARY KEY AUTOINCREMENT, owner INTEGER NOT NULL, parent INTEGER NOT NULL,
+    name TEXT NOT NULL);
+  CREATE INDEX contact_groups_of ON contact_groups(owner);
+  CREATE TABLE black_users(
+    owner INTEGER NOT NULL, account INTEGER NOT NULL, addtime INTEGER NOT NULL,
+    PRIMARY KEY(owner, account)) WITHOUT ROWID;
+  CREATE TABLE contact_verify(
+    id INTEGER PRIMARY KEY AUTOINCREMENT, audience INTEGER NOT NULL, sender INTEGER NOT NULL,
+    type INTEGER NOT NULL, msgtime INTEGER NOT NULL, words TEXT NOT NULL, gid INTEGER NOT NULL,
+    deleted INTEGER NOT NULL DEFAULT 0);
+  CREATE INDEX contact_verify_for ON contact_verify(audience, id);
+  CREATE INDEX contact_verify_open ON contact_verify(sender, audience) WHERE type IN (1,6,7);
+)sql";
+
 constexpr const char* kSchema[] = {R"sql(
   -- `kind` is that of a conversation with the account: 0 for a user, others are virtual.
   CREATE TABLE accounts(
@@ -159,7 +184,7 @@ constexpr const char* kSchema[] = {R"sql(
   CREATE TABLE mention_reads(
     message INTEGER NOT NULL, account INTEGER NOT NULL, PRIMARY KEY(message, account)) WITHOUT ROWID;
 )sql",
-                                   kCloudFileStep};
+                                   kCloudFileStep, kContactStep};
 
 void Prepare(sqlite::Database& database) {
   // What is taken back leaves no copy in a page that is free.
@@ -188,7 +213,8 @@ void ServerStore::KeepNumbers() {
         SELECT sender AS id FROM messages UNION SELECT first FROM conversations
         UNION SELECT second FROM conversations UNION SELECT account FROM stays
         UNION SELECT owner FROM tribes UNION SELECT account FROM devices
-        UNION SELECT account FROM members)
+        UNION SELECT account FROM members UNION SELECT owner FROM contacts
+        UNION SELECT contact FROM contacts UNION SELECT account FROM black_users)
       WHERE id>0;
     INSERT OR IGNORE INTO conversations(id, first, second, tribe)
       SELECT id, -id, -id, 0 FROM (

@@ -6,6 +6,8 @@
 #include <string>
 
 #include "embedded/account_table.h"
+#include "embedded/contact_table.h"
+#include "embedded/contact_verify_table.h"
 #include "embedded/conversation_table.h"
 #include "embedded/file_table.h"
 #include "embedded/mail_table.h"
@@ -42,6 +44,8 @@ class ServerStore {
   MemberTable& members() { return members_; }
   VerifyTable& verify() { return verify_; }
   MentionTable& mentions() { return mentions_; }
+  ContactTable& contacts() { return contacts_; }
+  ContactVerifyTable& contact_verify() { return contact_verify_; }
 
   // The server's time: it never goes back, also over restarts.
   std::int64_t Now();
@@ -62,6 +66,8 @@ class ServerStore {
   MemberTable members_{database_};
   VerifyTable verify_{database_};
   MentionTable mentions_{database_};
+  ContactTable contacts_{database_};
+  ContactVerifyTable contact_verify_{database_};
   std::int64_t last_time_;
 };
 

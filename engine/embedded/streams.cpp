@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "embedded/contact_entries.h"
 #include "embedded/mail_table.h"
 #include "embedded/message_row.h"
 #include "embedded/tribe_changes.h"
@@ -54,6 +55,12 @@ link::Entry ReadEntry(sqlite::Database& database, const sqlite::Statement& row,
     case EntryKind::kFileDeleted:
       numbers.resize(1);
       return link::FileDeleted{ReadCid(row, viewer), numbers[0]};
+    case EntryKind::kContactChanged:
+    case EntryKind::kContactGroupsChanged:
+    case EntryKind::kContactVerifyTold:
+      numbers.resize(1);
+      return ReadContactEntry(database, static_cast<EntryKind>(row.Int32(kMessageColumns)), viewer,
+                              numbers[0]);
     case EntryKind::kMembership:
       numbers.resize(1);
       return link::Membership{ReadCid(row, viewer).tribe, numbers[0] != 0};

@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
 #include "imsdk/biz/bounds.h"
+#include "imsdk/biz/contact.h"
 #include "imsdk/biz/conversation_id.h"
 #include "imsdk/biz/history.h"
 #include "imsdk/biz/mentions.h"
@@ -140,8 +142,29 @@ struct FileDeleted {
   std::int64_t node = 0;
 };
 
+// A contact of the account, as it is now; its status does not count. The account itself, when its
+// own name or portrait is another one.
+struct ContactChanged {
+  biz::IMListedContact contact;
+  bool removed = false;
+};
+// All groups of the account's list.
+struct ContactGroupsChanged {
+  std::vector<biz::IMContactGroup> groups;
+};
+// A verification message came, or what it says is another thing now.
+struct ContactVerifyTold {
+  biz::IMContactVerifyMsg msg;
+};
+
+// Who of the account's contacts came or went. Not kept.
+struct ContactPresence {
+  std::vector<std::pair<biz::IMUserID, biz::IMContactStatus>> changed;
+};
+
 using Entry = std::variant<Message, Archived, Withdrawal, PeerRead, MentionsRead, ReadElsewhere,
-                           RemindChanged, Membership, TribeHappening, FileDeleted>;
+                           RemindChanged, Membership, TribeHappening, FileDeleted, ContactChanged,
+                           ContactGroupsChanged, ContactVerifyTold>;
 
 // Some of what happened, in the order of the server. Nothing can be told from one batch about
 // another: a server may repeat entries, overlap batches, and send older entries late. The account

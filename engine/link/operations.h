@@ -1,6 +1,6 @@
 // What an account can ask its server for: one type per operation, which names the type of its
-// reply and says how much its fields may hold. A new operation is its type here, in
-// tribe_operations.h or in mention_operations.h and its place in `Request`; both sides refuse by
+// reply and says how much its fields may hold. A new operation is its type here or in
+// one of the files *_operations.h and its place in `Request`; both sides refuse by
 // its bounds what is too large.
 #pragma once
 
@@ -16,6 +16,7 @@
 #include "imsdk/biz/bounds.h"
 #include "imsdk/biz/history.h"
 #include "link/check_bounds.h"
+#include "link/contact_operations.h"
 #include "link/file_operations.h"
 #include "link/mention_operations.h"
 #include "link/message.h"
@@ -190,6 +191,9 @@ using Request = std::variant<
     Asked<InviteToTribe>, Asked<SetTribeBlack>, Asked<GetTribeBlack>, Asked<GetVerifyMsgs>,
     Asked<DecideVerify>, Asked<DeleteVerify>, Asked<ReadMentions>, Asked<CountMentionReaders>,
     Asked<GetMentionReaders>, Asked<GetContext>, Asked<ListFiles>, Asked<FindFile>,
-    Asked<DeleteFile>, Asked<GetFileLife>, Asked<Logout>>;
+    Asked<DeleteFile>, Asked<GetFileLife>, Asked<GetContacts>, Asked<FindUsers>, Asked<SearchUsers>,
+    Asked<SetProfile>, Asked<AskContact>, Asked<DecideContact>, Asked<GetContactVerify>,
+    Asked<DeleteContactVerify>, Asked<RemoveContact>, Asked<MoveContact>, Asked<SetAsterisk>,
+    Asked<SetContactGroup>, Asked<SetBlack>, Asked<GetBlack>, Asked<Logout>>;
 
 }  // namespace imsdk::link

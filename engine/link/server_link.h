@@ -33,6 +33,7 @@ struct Capabilities {
   bool receipts = true;            // `ReportRead`
   bool typing = true;              // `SendTyping`
   bool tribes = true;              // what concerns tribes besides their messages
+  bool contacts = true;            // users' names and presence, contacts and requests
   bool mentions = true;            // messages that mention, and who has read that
   bool join_approval = true;       // tribes that ask an administrator before somebody joins
   bool resumable_transfer = true;  // a transfer goes on where it ended
@@ -50,6 +51,8 @@ class SessionListener {
   virtual void OnTyping(const biz::IMConversationID& cid, std::int32_t status) = 0;
   // Who is online in a tribe that the session watches, gathered. Not kept.
   virtual void OnTribePresence(const TribePresence& presence) = 0;
+  // Who of the account's contacts came or went, gathered. Not kept.
+  virtual void OnContactPresence(const ContactPresence& presence) = 0;
   // The session is over: `kEngineNoLink` when the link broke, another code when the server ended
   // it. The last call.
   virtual void OnEnded(const biz::ResultCode& why) = 0;

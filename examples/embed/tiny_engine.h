@@ -172,12 +172,13 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
 
   const biz::IMUserID& GetSelfID() const override { return self_; }
   biz::IMAccountType GetAccountType() const override { return biz::kMainAccount; }
-  bool IsOnline() const override { return true; }
+  biz::IMAccountState GetState() const override { return biz::kAccountOnline; }
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats_; }
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats_; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return {}; }
   RefPtr<biz::IIMFileTransfer> GetIMFileTransfer() override { return {}; }
+  RefPtr<biz::IIMContactMgr> GetIMContactMgr() override { return {}; }
 
  private:
   const biz::IMUserID self_;

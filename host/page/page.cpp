@@ -18,7 +18,6 @@ constexpr std::wstring_view kChatWindowState = L"chatWindowState";
 constexpr std::wstring_view kTranslateSetting = L"translateSetting";
 
 // Calls that the host itself serves.
-constexpr std::wstring_view kTribes = L"bridgehost.tribes.invoke";
 
 }  // namespace
 
@@ -59,25 +58,25 @@ void Page::OnFrame(std::string utf8) {
     if (!calls_.Has(seq)) DeliverAnswer(browser_id_, seq, true, {});
     return;
   }
-  const bool own = services_.tribes && call->method == kTribes && !seq.empty();
-  if (own) return ServeTribes(seq, *call);
+  const bool own = services_.calls && HostCalls::Has(call->method) && !seq.empty();
+  if (own) return Serve(seq, *call);
   bridge_->JsInvoke(*call);
 }
 
-void Page::ServeTribes(const std::wstring& seq, const bridge::SdkParam& call) {
+void Page::Serve(const std::wstring& seq, const bridge::SdkParam& call) {
   const std::wstring name = TextOf(call, 1);
-  const auto deliver = [self = RefPtr<Page>(this), seq, name](TribeCalls::Answer answer) {
+  const auto deliver = [self = RefPtr<Page>(this), seq, name](HostCalls::Answer answer) {
     if (answer.failed) {
-      WriteTrace(*self->services_.log, ns_log::kError, {"Page::ServeTribes", kSource},
+      WriteTrace(*self->services_.log, ns_log::kError, {"Page::Serve", kSource},
                  L"call of the host failed!!!", "_brief_,browserId,strSeqID,method,answer",
                  {self->browser_id_utf8_, base::WideToUTF8(seq), base::WideToUTF8(name),
                   base::WideToUTF8(answer.payload)});
     }
     self->DeliverAnswer(self->browser_id_, seq, answer.failed, answer.payload);
   };
-  services_.tribes->Serve(
-      services_.windows->AccountOf(browser_id_), name, base::WideToUTF8(TextOf(call, 2)),
-      [runner = runner_, deliver](TribeCalls::Answer answer) {
+  services_.calls->Serve(
+      services_.windows->AccountOf(browser_id_), call.method, name,
+      base::WideToUTF8(TextOf(call, 2)), [runner = runner_, deliver](HostCalls::Answer answer) {
         runner->PostTask(FROM_HERE, [deliver, answer = std::move(answer)] { deliver(answer); });
       });
 }

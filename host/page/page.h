@@ -8,8 +8,8 @@
 
 #include "bridge/page_handler.h"
 #include "client/chat_windows.h"
+#include "client/host_calls.h"
 #include "client/translation.h"
-#include "client/tribe_calls.h"
 #include "kexcore/logger.h"
 #include "page/backend.h"
 #include "page/open_calls.h"
@@ -24,7 +24,7 @@ struct PageServices {
   RefPtr<ns_log::ILogger> log;
   RefPtr<ChatWindows> windows;
   RefPtr<Translation> translation;  // may be null
-  const TribeCalls* tribes;         // may be null
+  const HostCalls* calls;           // may be null
   std::size_t costliest_frame;      // bytes that carrying out one frame may take
 };
 
@@ -63,7 +63,7 @@ class Page final : public bridge::IPageHandler {
   ~Page() = default;
 
   // Serves a call that is the host's own, not the bridge's; answered on the view's thread.
-  void ServeTribes(const std::wstring& seq, const bridge::SdkParam& call);
+  void Serve(const std::wstring& seq, const bridge::SdkParam& call);
   // Keeps an event that is meant for the host. False when it is one for the page; `*problem` tells
   // when its JSON was not of the agreed form.
   bool KeepHostEvent(const std::wstring& event, const std::wstring& json, bool* problem);

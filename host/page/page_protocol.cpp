@@ -2,6 +2,7 @@
 
 #include "kexbase/json_reader.h"
 #include "kexbase/json_writer.h"
+#include "page/host_methods.h"
 
 namespace imsdk::host {
 namespace {
@@ -42,104 +43,6 @@ constexpr std::string_view kSchemas = R"({
     },
     "required": ["userId"]
   }
-})";
-
-// What `TribeCalls` serves. A tribe or user is one of the messaging core's records.
-constexpr std::string_view kTribeCalls = R"({
-  "x-host-methods": [
-    {
-      "name": "bridgehost.tribes.CreateTribe",
-      "description": "Makes a tribe or a multi-chat that the account owns.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "tribeName": {"type": "string", "description": "Its name."},
-        "tribeType": {"$ref": "#/components/schemas/IMTribeType",
-          "description": "What kind of tribe it is."},
-        "subType": {"type": "integer", "description": "Its class, see `GetAllClass`."},
-        "userList": {"type": "array", "items": {"$ref": "#/components/schemas/CoreTribeUser"},
-          "description": "Who is a member from the beginning, besides the account."},
-        "password": {"type": "string",
-          "description": "What to join by; without it everybody may join."}
-      }}}],
-      "result": {"name": "answer", "schema": {"allOf": [
-        {"$ref": "#/components/schemas/ResultCode"},
-        {"type": "object", "properties": {
-          "tribeid": {"type": "string", "pattern": "^-?[0-9]+$", "description": "The new tribe."}
-        }, "required": ["tribeid"]}
-      ]}}
-    },
-    {
-      "name": "bridgehost.tribes.JoinTribe",
-      "description": "Joins a tribe, or asks its managers for it.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "stTribeID": {"$ref": "#/components/schemas/CoreTribeID", "description": "The tribe."},
-        "password": {"type": "string", "description": "What to join by, if it asks for one."},
-        "authinfo": {"type": "string", "description": "Words for who decides."}
-      }}}],
-      "result": {"name": "answer", "schema": {"allOf": [
-        {"$ref": "#/components/schemas/ResultCode"},
-        {"type": "object", "properties": {
-          "waiting": {"type": "integer", "enum": [0, 1],
-            "description": "1: a manager has to allow it first."}
-        }, "required": ["waiting"]}
-      ]}}
-    },
-    {
-      "name": "bridgehost.tribes.InviteToTribe",
-      "description": "Makes users members of a multi-chat, or asks them to join a tribe.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "stUIDs": {"type": "array", "items": {"$ref": "#/components/schemas/CoreUserID"},
-          "description": "The users."},
-        "stTribeID": {"$ref": "#/components/schemas/CoreTribeID", "description": "The tribe."},
-        "authinfo": {"type": "string", "description": "Words for those who are asked."}
-      }}}],
-      "result": {"name": "answer", "schema": {"$ref": "#/components/schemas/ResultCode"}}
-    },
-    {
-      "name": "bridgehost.tribes.QuitTribe",
-      "description": "Leaves a tribe; not the owner.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "stTribeID": {"$ref": "#/components/schemas/CoreTribeID", "description": "The tribe."}
-      }}}],
-      "result": {"name": "answer", "schema": {"$ref": "#/components/schemas/ResultCode"}}
-    },
-    {
-      "name": "bridgehost.tribes.TransferTribe",
-      "description": "Hands a tribe over to a member; the owner only.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "stUID": {"$ref": "#/components/schemas/CoreUserID", "description": "The next owner."},
-        "stTribeID": {"$ref": "#/components/schemas/CoreTribeID", "description": "The tribe."}
-      }}}],
-      "result": {"name": "answer", "schema": {"$ref": "#/components/schemas/ResultCode"}}
-    },
-    {
-      "name": "bridgehost.tribes.EnableTribe",
-      "description": "Opens a closed tribe again; the owner only.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "stTribeID": {"$ref": "#/components/schemas/CoreTribeID", "description": "The tribe."}
-      }}}],
-      "result": {"name": "answer", "schema": {"$ref": "#/components/schemas/ResultCode"}}
-    },
-    {
-      "name": "bridgehost.tribes.SetTribe",
-      "description": "Changes what has no method: bulletin, portrait and images; managers only.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "stTribeID": {"$ref": "#/components/schemas/CoreTribeID", "description": "The tribe."},
-        "key": {"$ref": "#/components/schemas/TribeModifyKey", "description": "What to change."},
-        "value": {"type": "string", "description": "The new value."}
-      }}}],
-      "result": {"name": "answer", "schema": {"$ref": "#/components/schemas/ResultCode"}}
-    },
-    {
-      "name": "bridgehost.tribes.SetAttention",
-      "description": "Pays attention to a member, or does not any more.",
-      "params": [{"name": "request", "schema": {"type": "object", "properties": {
-        "stUID": {"$ref": "#/components/schemas/CoreUserID", "description": "The member."},
-        "stTribeID": {"$ref": "#/components/schemas/CoreTribeID", "description": "The tribe."},
-        "on": {"type": "integer", "enum": [0, 1], "description": "1, also when missing: attention."}
-      }}}],
-      "result": {"name": "answer", "schema": {"$ref": "#/components/schemas/ResultCode"}}
-    }
-  ]
 })";
 
 constexpr std::string_view kMembers = R"({
@@ -228,7 +131,7 @@ std::string WithPageProtocol(std::string_view document) {
   if (!schemas || !schemas->is_dict()) return {};
   Add(kSchemas, schemas);
   Add(kMembers, &*described);
-  Add(kTribeCalls, &*described);
+  described->GetIfDict()->Set("x-host-methods", HostMethods());
   std::string text;
   base::JSONWriter::WriteWithOptions(*described, base::JSONWriter::OPTIONS_PRETTY_PRINT, &text);
   return text;

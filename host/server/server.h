@@ -9,8 +9,8 @@
 #include <string>
 
 #include "client/chat_windows.h"
+#include "client/host_calls.h"
 #include "client/translation.h"
-#include "client/tribe_calls.h"
 #include "kexcore/logger.h"
 #include "page/backend.h"
 #include "server/run_token.h"
@@ -36,8 +36,8 @@ struct ServerParts {
   const RunToken& token;
   RefPtr<ChatWindows> windows;
   RefPtr<ns_log::ILogger> log;
-  RefPtr<Translation> translation{};   // may be null
-  const TribeCalls* tribes = nullptr;  // may be null
+  RefPtr<Translation> translation{};  // may be null
+  const HostCalls* calls = nullptr;   // may be null
 };
 
 // Listens on the loopback address. Each WebSocket is one view: it has a bridge of its own and a

@@ -59,7 +59,7 @@ void View::OnAccepted(boost::system::error_code failure) {
   if (failure) return End(failure.message());
   page_ =
       RefPtr<Page>(new Page({server_.parts.log, server_.parts.windows, server_.parts.translation,
-                             server_.parts.tribes, server_.options.costliest_frame},
+                             server_.parts.calls, server_.options.costliest_frame},
                             memory_, [this](std::string frame) { Send(std::move(frame)); }));
   try {
     if (!page_->Open(server_.parts.backend, runner_, account_)) return Cut("no bridge");

@@ -9,7 +9,7 @@ ModuleTable MakeBridgeModules(const ModuleContext& context) {
       {L"im.tribemsg", MakeBridgeTribeMsg(context)},
       {L"im.tribemgr", MakeBridgeTribeMgr(context)},
       {L"im.bizutil", no_methods()},
-      {L"im.contact", no_methods()},
+      {L"im.contact", MakeBridgeContact(context)},
       {L"im.filetransfer", MakeBridgeFileTransfer(context)},
       {L"im.login", MakeBridgeIMLogin(context)},
       {L"im.virtualmsg", MakeBridgeVritualMsg(context)},

@@ -15,6 +15,7 @@ using ModuleTable = std::map<std::wstring, std::shared_ptr<CBridgeBase>>;
 ModuleTable MakeBridgeModules(const ModuleContext& context);
 
 // The modules, each in its own file.
+std::shared_ptr<CBridgeBase> MakeBridgeContact(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeFileTransfer(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeIMLogin(const ModuleContext& context);
 std::shared_ptr<CBridgeBase> MakeBridgeSingleMsg(const ModuleContext& context);

@@ -32,11 +32,26 @@ void TryBounds(const char* what, const std::function<biz::ResultCode(const Reque
   }
 }
 
+// Takes what it is told, and does nothing about it.
 class Nobody final : public link::SessionListener {
-  void OnBatch(link::Batch) override {}
+ public:
+  void Use(const std::shared_ptr<link::Session>& session) {
+    const std::lock_guard hold(lock_);
+    session_ = session;
+  }
+
+ private:
+  void OnBatch(link::Batch batch) override {
+    const std::lock_guard hold(lock_);
+    if (const auto session = session_.lock()) session->Acknowledge(batch.position);
+  }
   void OnTribePresence(const link::TribePresence&) override {}
+  void OnContactPresence(const link::ContactPresence&) override {}
   void OnTyping(const biz::IMConversationID&, std::int32_t) override {}
   void OnEnded(const biz::ResultCode&) override {}
+
+  std::mutex lock_;
+  std::weak_ptr<link::Session> session_;
 };
 
 class BoundsTest : public ServerTest {
@@ -55,11 +70,13 @@ class BoundsTest : public ServerTest {
       link->Login({kHarbor, link::Password{L"pass"}},
                   [done](const auto&, const link::Grant& given) { done(given); });
     });
-    return Wait<link::Connected>([&](auto done) {
-             link->Connect({kHarbor, grant.token, "desk", {}, listener_},
-                           [done](const auto&, const auto& connected) { done(connected); });
-           })
-        .session;
+    const auto session =
+        Wait<link::Connected>([&](auto done) {
+          link->Connect({kHarbor, grant.token, "desk", {}, listener_},
+                        [done](const auto&, const auto& connected) { done(connected); });
+        }).session;
+    listener_->Use(session);
+    return session;
   }
 
   std::shared_ptr<Nobody> listener_;

@@ -203,6 +203,60 @@ TEST_P(CloudFilesTest, ATextOvertakesALargeFile) {
   EXPECT_EQ(told->metas[0].second.nodeName, L"large.bin");
 }
 
+// Nor is it by the copy that is made of the file first, which a logout ends and leaves nothing of.
+TEST_P(CloudFilesTest, ALargeFileIsCopiedAside) {
+  biz::IMSendRequest large;
+  biz::IMBodyItem item;
+  item.type = biz::kMsgFile;
+  const std::string content = Large(150'000'000, 5);
+  item.filepath = Make("large.bin", content);
+  large.body = std::make_shared<const std::vector<biz::IMBodyItem>>(1, item);
+  const auto chat = Chat(kHarbor, kMariner);
+  struct Answers {
+    std::mutex lock;
+    std::vector<std::int32_t> codes;
+  };
+  const auto answers = std::make_shared<Answers>();
+  const auto answered = [answers](const biz::ResultCode& result) {
+    const std::lock_guard hold(answers->lock);
+    answers->codes.push_back(result.code);
+  };
+  const auto count = [answers] {
+    const std::lock_guard hold(answers->lock);
+    return answers->codes.size();
+  };
+  Witness mariner(kMariner);
+  // The same body twice is copied once.
+  for (int i = 0; i < 2; ++i) chat->SendMsg(large, answered);
+  EXPECT_EQ(Send(kHarbor, kMariner, L"quick"), 0);
+  EXPECT_EQ(count(), 0U) << "the text was stored before the file was copied";
+  ASSERT_TRUE(mariner.AwaitReceived(3));
+  EXPECT_EQ(mariner.received[0].msgbody, L"quick");
+  EXPECT_EQ(count(), 2U);
+  const auto files = List().second.filesList;
+  ASSERT_EQ(files.size(), 2U);
+  EXPECT_EQ(files[0].md5, files[1].md5);
+  EXPECT_EQ(files[0].nodeSize, 150'000'000);
+
+  const auto held = [&] {
+    std::size_t files_here = 0;
+    const account::DataFolder folder(folder_.path());
+    for ([[maybe_unused]] const auto& one :
+         fs::directory_iterator(folder.FileOf(kHarbor, "x").parent_path())) {
+      ++files_here;
+    }
+    return files_here;
+  };
+  const std::size_t before = held();
+  item.filepath = Make("other.bin", content + "!");
+  large.body = std::make_shared<const std::vector<biz::IMBodyItem>>(1, item);
+  chat->SendMsg(large, answered);
+  ASSERT_TRUE(Done([&](auto done) { Accounts()->Logout({kHarbor}, done); }).ok());
+  Eventually([&] { return count() == 3; }, "the message is answered");
+  EXPECT_EQ(answers->codes[2], biz::kEngineNotLoggedIn);
+  Eventually([&] { return held() == before; }, "nothing is left of the copy");
+}
+
 TEST_P(CloudFilesTest, ACancelledUploadIsAMessageThatFailed) {
   const auto told = Listen(kHarbor);
   Witness harbor(kHarbor);

@@ -21,7 +21,7 @@ struct Habits {
   bool late_times = false;        // time and place come later than the outcome
   bool forgets_messages = false;  // a message that comes twice is delivered twice
   bool shows_past = false;        // who joins a tribe sees what was before
-  link::Capabilities capabilities{.mentions = false};
+  link::Capabilities capabilities{.contacts = false, .mentions = false};
 };
 
 class FarSession;

@@ -84,7 +84,8 @@ TEST_P(FaultsTest, EachOperationIsAnsweredOnce) {
       // A break ends them all: one at a time.
       run(operation);
       Eventually([&] { return answers.back()->count > 0; }, operation.what);
-      Eventually([&] { return Accounts()->GetAccount(kHarbor)->IsOnline(); }, "the link is back");
+      Eventually([&] { return Accounts()->GetAccount(kHarbor)->GetState() == biz::kAccountOnline; },
+                 "the link is back");
     }
     if (fault.logout) Logout(kHarbor);
     for (std::size_t i = 0; i < answers.size(); ++i) {

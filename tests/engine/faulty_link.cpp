@@ -21,6 +21,9 @@ class FaultyLink::Ear : public link::SessionListener {
   void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override {
     if (const auto account = account_.lock()) account->OnTyping(cid, status);
   }
+  void OnContactPresence(const link::ContactPresence& presence) override {
+    if (const auto account = account_.lock()) account->OnContactPresence(presence);
+  }
   void OnTribePresence(const link::TribePresence& presence) override {
     if (const auto account = account_.lock()) account->OnTribePresence(presence);
   }

@@ -113,14 +113,14 @@ TEST_P(LinkTest, WithoutALinkThingsFailUntilItIsBack) {
   EXPECT_TRUE(reconnect().ok());
   link_->Shut(true);
   EXPECT_EQ(reconnect().code, biz::kEngineNoLink);
-  EXPECT_FALSE(Accounts()->GetAccount(kHarbor)->IsOnline());
+  EXPECT_NE(Accounts()->GetAccount(kHarbor)->GetState(), biz::kAccountOnline);
   Send(kHarbor, kMariner, L"text");
   ASSERT_TRUE(harbor.AwaitStatuses(1));
   EXPECT_EQ(harbor.statuses[0].code, biz::kEngineNoLink);
 
   link_->Shut(false);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (!Accounts()->GetAccount(kHarbor)->IsOnline()) {
+  while (Accounts()->GetAccount(kHarbor)->GetState() != biz::kAccountOnline) {
     ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the link is renewed by itself";
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }

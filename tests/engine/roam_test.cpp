@@ -216,7 +216,8 @@ TEST_P(RoamTest, AFailureInTheMiddleLeavesWhatIsRight) {
   link_->FailNext(Operation::kGetHistory, Fault::kBreak, 1);
   EXPECT_EQ(Roam({.autoroam = true}, biz::kEngineNoLink).roamedcount, 200);
   EXPECT_EQ(Ids(Page(chat_, {.count = 1000}).second), Range(251, kCount));
-  Eventually([&] { return Accounts()->GetAccount(kHarbor)->IsOnline(); }, "online again");
+  Eventually([&] { return Accounts()->GetAccount(kHarbor)->GetState() == biz::kAccountOnline; },
+             "online again");
   // A page that needs what cannot be had gets what is here.
   link_->FailNext(Operation::kGetHistory, Fault::kDropAnswer);
   auto [result, page] = Page(

@@ -63,6 +63,12 @@ void Device::OnTribePresence(const link::TribePresence& presence) {
   told_.notify_all();
 }
 
+void Device::OnContactPresence(const link::ContactPresence& presence) {
+  std::lock_guard hold(lock_);
+  for (const auto& [user, status] : presence.changed) contact_statuses[user].push_back(status);
+  told_.notify_all();
+}
+
 void Device::OnEnded(const biz::ResultCode& why) {
   std::lock_guard hold(lock_);
   ends.push_back(why);

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -84,6 +85,7 @@ class Device : public link::SessionListener, public std::enable_shared_from_this
   std::string start;                 // the position of the other one
   std::vector<std::pair<biz::IMConversationID, std::int32_t>> typing;
   std::vector<link::TribePresence> presences;
+  std::map<biz::IMUserID, std::vector<biz::IMContactStatus>> contact_statuses;
   std::vector<biz::ResultCode> ends;
 
  private:
@@ -91,6 +93,7 @@ class Device : public link::SessionListener, public std::enable_shared_from_this
   void OnBatch(link::Batch batch) override;
   void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override;
   void OnTribePresence(const link::TribePresence& presence) override;
+  void OnContactPresence(const link::ContactPresence& presence) override;
   void OnEnded(const biz::ResultCode& why) override;
 
   const bool acknowledges_;

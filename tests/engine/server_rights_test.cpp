@@ -267,12 +267,15 @@ TEST_F(ServerRights, StoresOfTheVersionBeforeOpen) {
   server_.reset();
   {
     sqlite::Database store(folder_ / "server" / "server.db");
-    for (const char* index : {"uploads_of", "messages_at", "mentioned_by", "tribes_by_conversation",
-                              "managers_of", "managed_by", "verify_for", "verify_open"}) {
+    for (const char* index :
+         {"uploads_of", "messages_at", "mentioned_by", "tribes_by_conversation", "managers_of",
+          "managed_by", "verify_for", "verify_open", "contacts_of", "contact_groups_of",
+          "contact_verify_for", "contact_verify_open"}) {
       store.Execute(("DROP INDEX " + std::string(index)).c_str());
     }
     for (const char* table : {"cloud_files", "mentioned", "mention_reads", "members", "attention",
-                              "black", "visitors", "verify", "verify_deleted"}) {
+                              "black", "visitors", "verify", "verify_deleted", "profiles",
+                              "contacts", "contact_groups", "black_users", "contact_verify"}) {
       store.Execute(("DROP TABLE " + std::string(table)).c_str());
     }
     for (const char* column : {"type", "description", "portrait", "bulletin", "ntfimage",

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "imsdk/biz/callback.h"
+#include "imsdk/biz/contact.h"
 #include "imsdk/biz/tribe.h"
 
 namespace imsdk::test {
@@ -48,6 +49,12 @@ class MemoryAnswers {
     if constexpr (requires { request.nodeName; }) {
       if (request.id == 0) {
         return done({biz::kEngineNotFound, 0, L"there is no such file"}, Of{}...);
+      }
+    }
+    if constexpr (requires { request.gidinpeergroup; }) {
+      if (request.fromid.empty()) {
+        return done({biz::kEngineRefused, biz::kContactNoSuchRequest, L"there is no such request"},
+                    Of{}...);
       }
     }
     if constexpr (requires { request.filePath; }) {

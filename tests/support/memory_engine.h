@@ -9,6 +9,7 @@
 #include "imsdk/biz/account.h"
 #include "kexcore/kexcom.h"
 #include "tests/support/memory_answers.h"
+#include "tests/support/memory_contacts.h"
 #include "tests/support/memory_files.h"
 #include "tests/support/memory_tribes.h"
 
@@ -230,23 +231,26 @@ class MemoryAccount final : public RefPtrCounted<biz::IIMAccount> {
   explicit MemoryAccount(biz::IMUserID self) : self_(std::move(self)) {}
   const biz::IMUserID& GetSelfID() const override { return self_; }
   biz::IMAccountType GetAccountType() const override { return type; }
-  bool IsOnline() const override { return true; }
+  biz::IMAccountState GetState() const override { return state; }
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats; }
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes; }
   RefPtr<biz::IIMFileTransfer> GetIMFileTransfer() override { return files; }
+  RefPtr<biz::IIMContactMgr> GetIMContactMgr() override { return contacts; }
   // The conversation with a user or a tribe, made when it is new.
   MemoryConversation& Chat(const biz::IMConversationID& cid) {
     return cid.is_tribe() ? tribe_chats->Chat(cid) : chats->Chat(cid);
   }
 
   biz::IMAccountType type = biz::kMainAccount;
+  biz::IMAccountState state = biz::kAccountOnline;
   const RefPtr<MemoryChats> chats{new MemoryChats};
   const RefPtr<MemoryTribeChats> tribe_chats{new MemoryTribeChats};
   const RefPtr<MemoryVirtualChats> virtual_chats{new MemoryVirtualChats};
   const RefPtr<MemoryTribeMgr> tribes{new MemoryTribeMgr};
   const RefPtr<MemoryFileTransfer> files{new MemoryFileTransfer};
+  const RefPtr<MemoryContacts> contacts{new MemoryContacts};
 
  private:
   const biz::IMUserID self_;

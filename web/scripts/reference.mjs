@@ -113,7 +113,7 @@ export function reference(description, examples) {
   for (const event of description["x-page-events"]) text += noticePart(event, schemas);
   text += "\n## What bridgehost serves itself\n\n";
   text +=
-    "Called like a module's methods, with `bridgehost.tribes.invoke` as the frame's `method`.\n\n";
+    "Called like a module's methods, with `bridgehost.tribes.invoke` or `bridgehost.contacts.invoke` as the frame's `method`.\n\n";
   for (const method of description["x-host-methods"])
     text += methodPart(method, schemas, examples.methods?.[method.name]);
   text += "\n## Frames of the script channel\n\nEach is the JSON text of an object.\n\n";

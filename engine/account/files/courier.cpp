@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "account/files/large_file.h"
 #include "account/session/line.h"
 #include "kexbase/callback.h"
 #include "link/digest.h"
@@ -37,16 +38,25 @@ biz::ResultCode Stopped() {
   return {biz::kEngineRefused, kCancelled, L"the transfer was cancelled"};
 }
 
-// Whether the file has the content that its name promises.
-bool IsWhole(const std::filesystem::path& file, const std::string& name) {
+// What came, read from one end to the other: `kEngineOk` when it has the content that its name
+// promises and is on the disk.
+biz::ResultCode Check(const std::filesystem::path& file, const std::string& name,
+                      const GivesUp& gives_up) {
   std::ifstream in(file, std::ios::binary);
-  if (!in) return false;
   link::Digest digest;
   std::string piece(kPiece, '\0');
   while (in.read(piece.data(), static_cast<std::streamsize>(kPiece)), in.gcount() > 0) {
     digest.Add(std::string_view(piece.data(), static_cast<std::size_t>(in.gcount())));
+    if (gives_up()) return NotLoggedIn();
   }
-  return !in.bad() && name.starts_with(digest.Finish());
+  const std::string md5 = digest.Finish();
+  if (in.bad() || md5.empty() || !name.starts_with(md5)) {
+    std::error_code failure;
+    std::filesystem::remove(file, failure);
+    return {biz::kEngineStorage, 0, L"the file that came is another one"};
+  }
+  if (sqlite::SyncToDisk(file)) return {};
+  return {biz::kEngineStorage, 0, L"the file could not be kept"};
 }
 
 }  // namespace
@@ -192,19 +202,33 @@ void Courier::Download(const std::string& name, biz::IMCallback<> done) {
 
 void Courier::Arrived(const link::File& file, const biz::ResultCode& result,
                       const biz::IMCallback<>& done) {
+  const Way way{file.name, false};
+  const auto cancelled = SwitchOf(way);
+  if (!result.ok()) return Settled(file, result, done);
+  const auto path = PartOf(file.name);
+  if (file.size < kLargeFileBytes) {
+    return Settled(file, Check(path, file.name, [] { return false; }), done);
+  }
+  const auto settled =
+      base::BindWeak(weak_from_this(), [file, done](Courier& here, const biz::ResultCode& outcome) {
+        here.Settled(file, outcome, done);
+      });
+  const auto gives_up = [cancelled, ending = state_->Ending()] { return *cancelled || ending(); };
+  state_->aside->PostTask(FROM_HERE,
+                          [runner = state_->runner, path, name = file.name, gives_up, settled] {
+                            const biz::ResultCode outcome = Check(path, name, gives_up);
+                            runner->PostTask(FROM_HERE, [settled, outcome] { settled(outcome); });
+                          });
+}
+
+void Courier::Settled(const link::File& file, const biz::ResultCode& result,
+                      const biz::IMCallback<>& done) {
   const auto aside = PartOf(file.name);
   const auto way = ways_.extract(Way{file.name, false});
   const bool cancelled = !way.empty() && *way.mapped();
   wanted_.erase(file.name);
   biz::ResultCode outcome = cancelled && !result.ok() ? Stopped() : result;
   std::error_code failed;
-  if (outcome.ok() && !IsWhole(aside, file.name)) {
-    outcome = {biz::kEngineStorage, 0, L"the file that came is another one"};
-    std::filesystem::remove(aside, failed);
-  }
-  if (outcome.ok() && !sqlite::SyncToDisk(aside)) {
-    outcome = {biz::kEngineStorage, 0, L"the file could not be kept"};
-  }
   if (outcome.ok()) {
     std::filesystem::rename(aside, PathOf(file.name), failed);
     if (failed) outcome = {biz::kEngineStorage, 0, L"the file could not be kept"};

@@ -49,7 +49,10 @@ class Courier : public std::enable_shared_from_this<Courier> {
  private:
   void Upload(const std::string& name, biz::IMCallback<link::File> done);
   void Download(const std::string& name, biz::IMCallback<> done);
+  // The content has crossed, or has not: a good one is checked, a large one aside.
   void Arrived(const link::File& file, const biz::ResultCode& result,
+               const biz::IMCallback<>& done);
+  void Settled(const link::File& file, const biz::ResultCode& result,
                const biz::IMCallback<>& done);
   std::filesystem::path PathOf(const std::string& name) const;
   // Whether the file is here and not cut short, as far as its size tells.

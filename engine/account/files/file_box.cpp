@@ -71,22 +71,35 @@ bool FileBox::MaySend(const std::filesystem::path& file) const {
                      [&](const std::filesystem::path& folder) { return IsInside(file, folder); });
 }
 
-biz::ResultCode FileBox::KeepCopy(const base::FilePath& file, KeptFile* kept) const {
+std::filesystem::path FileBox::ToSend(const base::FilePath& file) const {
   std::error_code failure;
   // An absolute path replaces the root.
   const std::filesystem::path source = std::filesystem::canonical(root_ / ToPath(file), failure);
-  if (failure || !MaySend(source) || !std::filesystem::is_regular_file(source, failure)) {
-    return Failure(biz::kEngineNotFound, L"there is no such file");
-  }
+  const bool may = !failure && MaySend(source) && std::filesystem::is_regular_file(source, failure);
+  return may ? source : std::filesystem::path();
+}
+
+std::uint64_t FileBox::SizeToSend(const base::FilePath& file) const {
+  std::error_code failure;
+  const std::filesystem::path source = ToSend(file);
+  const auto size = source.empty() ? 0 : std::filesystem::file_size(source, failure);
+  return failure ? 0 : size;
+}
+
+biz::ResultCode FileBox::KeepCopy(const base::FilePath& file, KeptFile* kept,
+                                  const GivesUp& gives_up) const {
+  const std::filesystem::path source = ToSend(file);
+  if (source.empty()) return Failure(biz::kEngineNotFound, L"there is no such file");
+  std::error_code failure;
   const auto size = std::filesystem::file_size(source, failure);
   if (!failure && size > kMaxSentFileBytes) {
     return Failure(biz::kEngineTooLarge, L"the file is too large");
   }
-  return CopyWhole(source, TypeOfName(file), kept);
+  return CopyWhole(source, TypeOfName(file), kept, gives_up);
 }
 
 biz::ResultCode FileBox::CopyWhole(const std::filesystem::path& source, const std::string& named,
-                                   KeptFile* kept) const {
+                                   KeptFile* kept, const GivesUp& gives_up) const {
   const std::filesystem::path aside = root_ / folder_ / ("." + base::GenerateGUID());
   std::error_code failure;
   std::filesystem::create_directories(aside.parent_path(), failure);
@@ -100,9 +113,10 @@ biz::ResultCode FileBox::CopyWhole(const std::filesystem::path& source, const st
     if (type.empty() && out.tellp() == std::streampos(0)) type = TypeOfContent(part);
     digest.Add(part);
     out.write(part.data(), static_cast<std::streamsize>(part.size()));
+    if (!out || (gives_up && gives_up())) break;
   }
   out.close();
-  const bool read = in.eof() && !in.bad();
+  const bool read = (in.eof() && !in.bad()) || !out;
   const std::string md5 = digest.Finish();
   const std::string path = folder_ + '/' + md5 + (type.empty() ? "" : '.' + type);
   const auto size = std::filesystem::file_size(aside, failure);

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "account/files/large_file.h"
 #include "imsdk/biz/user_id.h"
 #include "kexbase/file_path.h"
 
@@ -38,16 +39,22 @@ class FileBox {
   biz::ResultCode Keep(std::string_view content, std::string type, KeptFile* kept) const;
   // Keeps a copy of a local file. A relative path starts at the data folder. Pages name these
   // files, so one that may not be sent is answered as one that is not there.
-  biz::ResultCode KeepCopy(const base::FilePath& file, KeptFile* kept) const;
+  // A copy that was given up leaves nothing.
+  biz::ResultCode KeepCopy(const base::FilePath& file, KeptFile* kept,
+                           const GivesUp& gives_up = {}) const;
+  // The size of a file that may be sent; 0 for any other.
+  std::uint64_t SizeToSend(const base::FilePath& file) const;
 
  private:
   // Whether a file, given without links and "..", may be sent: of the data folder itself nothing
   // but its `files`, whatever else was allowed.
   bool MaySend(const std::filesystem::path& file) const;
+  // The file that a page names, without links and ".."; empty when it may not be sent.
+  std::filesystem::path ToSend(const base::FilePath& file) const;
 
   // In pieces, so that a large file needs no memory.
   biz::ResultCode CopyWhole(const std::filesystem::path& source, const std::string& named,
-                            KeptFile* kept) const;
+                            KeptFile* kept, const GivesUp& gives_up) const;
 
   const std::filesystem::path root_;
   const std::string folder_;

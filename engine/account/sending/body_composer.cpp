@@ -18,10 +18,11 @@ bool HasFile(const biz::IMBodyItem& item) {
 
 // The token of an item with a file. When the file cannot be kept, the token names the item's own
 // path and `*result` tells why.
-std::wstring KeepFile(const biz::IMBodyItem& item, const FileBox& files, biz::ResultCode* result) {
+std::wstring KeepFile(const biz::IMBodyItem& item, const FileBox& files, const GivesUp& gives_up,
+                      biz::ResultCode* result) {
   KeptFile kept;
   const biz::ResultCode outcome =
-      item.filecontent.empty() ? files.KeepCopy(item.filepath, &kept)
+      item.filecontent.empty() ? files.KeepCopy(item.filepath, &kept, gives_up)
                                : files.Keep(item.filecontent, TypeOfName(item.filepath), &kept);
   if (!outcome.ok()) {
     kept.path = item.filepath.value();
@@ -66,7 +67,15 @@ std::optional<biz::InputStatus> InputStatusOf(const std::vector<biz::IMBodyItem>
   return std::nullopt;
 }
 
-ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBox& files) {
+bool NamesLargeFile(const std::vector<biz::IMBodyItem>& items, const FileBox& files) {
+  return std::any_of(items.begin(), items.end(), [&](const biz::IMBodyItem& item) {
+    return HasFile(item) && item.filecontent.empty() &&
+           files.SizeToSend(item.filepath) >= kLargeFileBytes;
+  });
+}
+
+ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBox& files,
+                         const GivesUp& gives_up) {
   ComposedBody composed;
   if (items.size() == 1) composed.msgtype = items.front().type;
   int with_extra = 0;
@@ -75,7 +84,7 @@ ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBo
     if (!item.jvale.empty() && ++with_extra == 1) composed.others = item.jvale;
     if (item.type == biz::kMsgShake) continue;
     if (HasFile(item)) {
-      body.AddToken(KeepFile(item, files, &composed.result));
+      body.AddToken(KeepFile(item, files, gives_up, &composed.result));
     } else {
       body.AddBody(item.value);
     }

@@ -31,6 +31,9 @@ struct ComposedBody {
 
 // Keeps the items' files and puts the body together. An item with a file or content becomes a
 // token, a window shake nothing; the value of any other item is a body itself, and put in as that.
-ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBox& files);
+ComposedBody ComposeBody(const std::vector<biz::IMBodyItem>& items, const FileBox& files,
+                         const GivesUp& gives_up = {});
+// Whether it takes long: an item names a large file.
+bool NamesLargeFile(const std::vector<biz::IMBodyItem>& items, const FileBox& files);
 
 }  // namespace imsdk::account

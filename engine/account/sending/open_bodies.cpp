@@ -37,10 +37,21 @@ std::shared_ptr<const ComposedBody> OpenBodies::Compose(const biz::IMBody& body,
     if (known != open_.end() && known->second.composed) return known->second.composed;
   }
   auto composed = std::make_shared<const ComposedBody>(ComposeBody(body ? *body : kNothing, files));
+  SetComposed(body, composed);
+  return composed;
+}
+
+void OpenBodies::SetComposed(const biz::IMBody& body,
+                             std::shared_ptr<const ComposedBody> composed) {
   base::AutoLock hold(lock_);
   const auto known = open_.find(body);
-  if (known != open_.end()) known->second.composed = composed;
-  return composed;
+  if (known != open_.end()) known->second.composed = std::move(composed);
+}
+
+bool OpenBodies::IsComposed(const biz::IMBody& body) {
+  base::AutoLock hold(lock_);
+  const auto known = open_.find(body);
+  return known != open_.end() && known->second.composed;
 }
 
 }  // namespace imsdk::account

@@ -24,6 +24,9 @@ class OpenBodies {
   void Release(const biz::IMBody& body);
   // Put together at the first call for a body that is held. On the account's worker only.
   std::shared_ptr<const ComposedBody> Compose(const biz::IMBody& body, const FileBox& files);
+  // The same for one that was put together elsewhere; and whether one was.
+  void SetComposed(const biz::IMBody& body, std::shared_ptr<const ComposedBody> composed);
+  bool IsComposed(const biz::IMBody& body);
 
  private:
   struct Entry {

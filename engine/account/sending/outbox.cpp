@@ -90,7 +90,7 @@ bool Outbox::PrepareSome() {
       queue_.pop_front();
     }
     ++messages;
-    bytes += Prepare(std::move(next));
+    if (!WaitsForCopy(next)) bytes += Prepare(std::move(next));
   }
   state_->commit.Flush();
   return more;
@@ -98,6 +98,44 @@ bool Outbox::PrepareSome() {
 
 void Outbox::Finish() {
   while (PrepareSome()) {
+  }
+  RefuseCopying();
+}
+
+bool Outbox::WaitsForCopy(Waiting& waiting) {
+  const biz::IMBody body = waiting.request.body;
+  if (const auto copying = copying_.find(body); copying != copying_.end()) {
+    copying->second.push_back(std::move(waiting));
+    return true;
+  }
+  if (!body || bodies_.IsComposed(body) || !NamesLargeFile(*body, state_->files)) return false;
+  copying_[body].push_back(std::move(waiting));
+  const auto copied = base::BindWeak(weak_from_this(), &Outbox::Copied);
+  state_->aside->PostTask(FROM_HERE, [runner = state_->runner, files = state_->files,
+                                      ending = state_->Ending(), body, copied] {
+    auto composed = std::make_shared<const ComposedBody>(ComposeBody(*body, files, ending));
+    runner->PostTask(FROM_HERE, [copied, body, composed] { copied(body, composed); });
+  });
+  return true;
+}
+
+void Outbox::Copied(const biz::IMBody& body, const std::shared_ptr<const ComposedBody>& composed) {
+  // A copy that the end of the account broke off is none; `Finish` refuses its messages.
+  if (state_->closed && !composed->result.ok()) return;
+  auto copied = copying_.extract(body);
+  if (copied.empty()) return;
+  bodies_.SetComposed(body, composed);
+  for (Waiting& waiting : copied.mapped()) Prepare(std::move(waiting));
+  state_->commit.Flush();
+}
+
+void Outbox::RefuseCopying() {
+  for (auto& [body, waiting] : std::exchange(copying_, {})) {
+    for (const Waiting& one : waiting) {
+      bodies_.Release(body);
+      --open_count_;
+      one.done(NotLoggedIn());
+    }
   }
 }
 

@@ -46,7 +46,8 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   biz::ResultCode Resend(const biz::IMConversationID& cid, const biz::IMResendRequest& request);
 
   // Logs the account out as far as the callers can tell: what they send from now on is refused, and
-  // everything taken before is queued on the worker. False when it was logged out already.
+  // everything taken before is queued on the worker, but for messages whose large file is still
+  // being copied: `Finish` refuses these. False when it was logged out already.
   bool StopTaking();
 
   // The rest on the account's worker.
@@ -117,6 +118,11 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   void PrepareInTurns();
   // Returns the bytes of its text.
   std::size_t Prepare(Waiting waiting);
+  // Whether the message waits for its large file, which is copied aside: what is written behind it
+  // goes first.
+  bool WaitsForCopy(Waiting& waiting);
+  void Copied(const biz::IMBody& body, const std::shared_ptr<const ComposedBody>& composed);
+  void RefuseCopying();
   // The stored message `msgid` as a body to send.
   ComposedBody Forwarded(std::int64_t msgid);
   void Announce(const biz::IMMessage& message, const ComposedBody& body);
@@ -158,6 +164,7 @@ class Outbox : public std::enable_shared_from_this<Outbox> {
   base::Lock queue_lock_;
   std::deque<Waiting> queue_;
   bool preparing_ = false;
+  std::map<biz::IMBody, std::deque<Waiting>> copying_;  // on the worker
   base::Lock failed_lock_;
   std::unordered_map<std::int64_t, biz::IMConversationID> failed_;  // may be sent again
 

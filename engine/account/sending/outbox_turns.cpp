@@ -16,8 +16,6 @@ namespace {
 // What the server gets to do for one account at once.
 constexpr std::size_t kMostInWork = 64;
 constexpr std::size_t kMostBytesInWork = 4 * 1024 * 1024;
-// Files of a message from which on the next ones do not wait for it.
-constexpr std::uint64_t kLargeBytes = 1024 * 1024;
 
 }  // namespace
 
@@ -97,7 +95,7 @@ bool Outbox::IsLarge(const Parcel& parcel) const {
         std::filesystem::file_size(state_->environment->folder.FileOf(state_->self, name), missing);
     if (!missing) bytes += size;
   }
-  return bytes > kLargeBytes;
+  return bytes >= kLargeFileBytes;
 }
 
 void Outbox::StopWork(Open& open) {

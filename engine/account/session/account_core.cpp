@@ -27,34 +27,31 @@ class AccountCore::Listener : public link::SessionListener {
 
   void OnBatch(link::Batch batch) override {
     auto shared = std::make_shared<const link::Batch>(std::move(batch));
-    runner_->PostTask(FROM_HERE,
-                      base::BindWeak(core_, [attempt = attempt_, shared](AccountCore& core) {
-                        core.Receive(attempt, shared);
-                      }));
+    Pass([shared](AccountCore& core, std::uint64_t attempt) { core.Receive(attempt, shared); });
   }
-
   void OnTyping(const biz::IMConversationID& cid, std::int32_t status) override {
-    runner_->PostTask(FROM_HERE,
-                      base::BindWeak(core_, [attempt = attempt_, cid, status](AccountCore& core) {
-                        core.Hear(attempt, cid, status);
-                      }));
+    Pass([cid, status](AccountCore& core, std::uint64_t attempt) {
+      core.Hear(attempt, cid, status);
+    });
   }
-
   void OnTribePresence(const link::TribePresence& presence) override {
-    runner_->PostTask(FROM_HERE,
-                      base::BindWeak(core_, [attempt = attempt_, presence](AccountCore& core) {
-                        core.Hear(attempt, presence);
-                      }));
+    Pass([presence](AccountCore& core, std::uint64_t attempt) { core.Hear(attempt, presence); });
   }
-
+  void OnContactPresence(const link::ContactPresence& presence) override {
+    Pass([presence](AccountCore& core, std::uint64_t attempt) { core.Hear(attempt, presence); });
+  }
   void OnEnded(const biz::ResultCode& why) override {
-    runner_->PostTask(FROM_HERE,
-                      base::BindWeak(core_, [attempt = attempt_, why](AccountCore& core) {
-                        core.SessionEnded(attempt, why);
-                      }));
+    Pass([why](AccountCore& core, std::uint64_t attempt) { core.SessionEnded(attempt, why); });
   }
 
  private:
+  template <class Work>
+  void Pass(Work work) {
+    runner_->PostTask(FROM_HERE,
+                      base::BindWeak(core_, [attempt = attempt_, work = std::move(work)](
+                                                AccountCore& core) { work(core, attempt); }));
+  }
+
   const std::weak_ptr<AccountCore> core_;
   const std::shared_ptr<base::TaskRunner> runner_;
   const std::uint64_t attempt_;
@@ -71,6 +68,7 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
       reporter_(std::make_shared<Reporter>(state_)),
       mentions_(std::make_shared<Mentions>(state_)),
       tribes_(std::make_shared<TribeBook>(state_, mailbox_)),
+      contacts_(std::make_shared<ContactBook>(state_)),
       hooks_(std::move(hooks)),
       token_(std::move(token)) {
   mailbox_->SetHooks({base::BindWeak(std::weak_ptr(outbox_), &Outbox::Archived),
@@ -79,7 +77,8 @@ AccountCore::AccountCore(std::shared_ptr<const Environment> environment, const b
                       base::BindWeak(std::weak_ptr(tribes_), &TribeBook::Joined),
                       base::BindWeak(std::weak_ptr(tribes_), &TribeBook::TakeRemind),
                       base::BindWeak(std::weak_ptr(transfers_), &Transfers::Came),
-                      base::BindWeak(std::weak_ptr(transfers_), &Transfers::Deleted)});
+                      base::BindWeak(std::weak_ptr(transfers_), &Transfers::Deleted),
+                      base::BindWeak(std::weak_ptr(contacts_), &ContactBook::Happened)});
   transfers_->Listen();
 }
 
@@ -187,6 +186,7 @@ void AccountCore::ConnectAnswered(std::uint64_t attempt, const biz::ResultCode& 
   roamer_->Connected();
   tribes_->Connected();
   transfers_->Connected();
+  contacts_->Connected();
 }
 
 void AccountCore::BeginAnew(const biz::ResultCode& why) {
@@ -236,6 +236,7 @@ void AccountCore::DropSession() {
   state_->online = false;
   state_->line->Drop({biz::kEngineNoLink, 0, L"the link was lost"});
   outbox_->Disconnected();
+  contacts_->Disconnected();
   listener_.reset();
   session_.reset();
 }
@@ -284,6 +285,10 @@ void AccountCore::Hear(std::uint64_t attempt, const biz::IMConversationID& cid,
 
 void AccountCore::Hear(std::uint64_t attempt, const link::TribePresence& presence) {
   if (attempt == attempt_) tribes_->Present(presence);
+}
+
+void AccountCore::Hear(std::uint64_t attempt, const link::ContactPresence& presence) {
+  if (attempt == attempt_) contacts_->Present(presence);
 }
 
 void AccountCore::SessionEnded(std::uint64_t attempt, const biz::ResultCode& why) {

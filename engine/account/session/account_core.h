@@ -32,7 +32,8 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
 
   // Any thread.
   AccountParts parts() const {
-    return {state_, outbox_, roamer_, reporter_, mentions_, courier_, tribes_, transfers_};
+    return {state_,   outbox_, roamer_,    reporter_, mentions_,
+            courier_, tribes_, transfers_, contacts_};
   }
   // Opens the store and begins a session; `done` runs on the worker, before any event.
   void Open(biz::IMCallback<> done);
@@ -66,6 +67,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
   void Receive(std::uint64_t attempt, const std::shared_ptr<const link::Batch>& batch);
   void Hear(std::uint64_t attempt, const biz::IMConversationID& cid, std::int32_t status);
   void Hear(std::uint64_t attempt, const link::TribePresence& presence);
+  void Hear(std::uint64_t attempt, const link::ContactPresence& presence);
   void SessionEnded(std::uint64_t attempt, const biz::ResultCode& why);
   void End(biz::IMCallback<> done);
   void Tell(const biz::ResultCode& outcome);
@@ -79,6 +81,7 @@ class AccountCore : public std::enable_shared_from_this<AccountCore> {
   const std::shared_ptr<Reporter> reporter_;
   const std::shared_ptr<Mentions> mentions_;
   const std::shared_ptr<TribeBook> tribes_;
+  const std::shared_ptr<ContactBook> contacts_;
   const AccountHooks hooks_;
 
   // On the worker only.

@@ -1,5 +1,6 @@
 #include "account/session/account_mgr.h"
 
+#include "account/contacts/contact_mgr.h"
 #include "account/conversations/chat_mgr.h"
 #include "account/files/file_transfer.h"
 #include "account/session/answer_within.h"
@@ -20,7 +21,8 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
         virtual_chats_(new ChatMgr<biz::IIMVirtualChatMgr>(
             core_->parts(), {biz::kCIDSystem, biz::kCIDSubscribe}, state_->virtual_events)),
         tribes_(new TribeMgr(state_, core_->parts().tribes)),
-        files_(new FileTransfer(state_, core_->parts().transfers)) {}
+        files_(new FileTransfer(state_, core_->parts().transfers)),
+        contacts_(new ContactMgr(state_, core_->parts().contacts)) {}
 
   const biz::IMUserID& GetSelfID() const override { return state_->self; }
   biz::IMAccountType GetAccountType() const override {
@@ -28,12 +30,16 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
     const bool sub = state_->self.nick.find(L':', 1) != std::wstring::npos;
     return sub ? biz::kSubAccount : biz::kMainAccount;
   }
-  bool IsOnline() const override { return state_->online; }
+  biz::IMAccountState GetState() const override {
+    if (state_->online) return biz::kAccountOnline;
+    return state_->closed ? biz::kAccountOffline : biz::kAccountConnecting;
+  }
   RefPtr<biz::IIMSingleChatMgr> GetIMSingleChatMgr() override { return chats_; }
   RefPtr<biz::IIMTribeChatMgr> GetIMTribeChatMgr() override { return tribe_chats_; }
   RefPtr<biz::IIMVirtualChatMgr> GetIMVirtualChatMgr() override { return virtual_chats_; }
   RefPtr<biz::IIMTribeMgr> GetIMTribeMgr() override { return tribes_; }
   RefPtr<biz::IIMFileTransfer> GetIMFileTransfer() override { return files_; }
+  RefPtr<biz::IIMContactMgr> GetIMContactMgr() override { return contacts_; }
 
  private:
   const std::shared_ptr<AccountCore> core_;
@@ -43,6 +49,7 @@ class Account final : public RefPtrCounted<biz::IIMAccount> {
   const RefPtr<biz::IIMVirtualChatMgr> virtual_chats_;
   const RefPtr<biz::IIMTribeMgr> tribes_;
   const RefPtr<biz::IIMFileTransfer> files_;
+  const RefPtr<biz::IIMContactMgr> contacts_;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "account/contacts/contact_book.h"
 #include "account/conversations/mentions.h"
 #include "account/conversations/reporter.h"
 #include "account/conversations/roamer.h"
@@ -23,6 +24,7 @@ struct AccountParts {
   std::shared_ptr<Courier> courier;
   std::shared_ptr<TribeBook> tribes;
   std::shared_ptr<Transfers> transfers;
+  std::shared_ptr<ContactBook> contacts;
 };
 
 }  // namespace imsdk::account

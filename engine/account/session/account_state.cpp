@@ -24,6 +24,7 @@ AccountState::AccountState(std::shared_ptr<const Environment> env, const biz::IM
       self(user),
       runner(worker.runner),
       patience(worker.patience),
+      aside(worker.aside),
       store({environment->folder.MessageStore(user), environment->folder.MessageStoreRecord(user)},
             user, worker.stores),
       commit([this]() -> sqlite::Database& { return store.database(); },

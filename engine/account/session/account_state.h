@@ -18,6 +18,7 @@
 #include "account/session/worker_pool.h"
 #include "account/store/message_store.h"
 #include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/contact.h"
 #include "imsdk/biz/file_transfer.h"
 #include "imsdk/biz/tribe_mgr.h"
 #include "link/server_link.h"
@@ -57,9 +58,11 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   const std::shared_ptr<const Environment> environment;
   const biz::IMUserID self;
   const std::shared_ptr<base::TaskRunner> runner;
-  std::atomic<bool> closed{false};  // logged out: operations fail from now on
+  const std::shared_ptr<std::atomic<bool>> closing = std::make_shared<std::atomic<bool>>(false);
+  std::atomic<bool>& closed = *closing;  // logged out: operations fail from now on
   std::atomic<bool> online{false};
   const std::shared_ptr<const Patience> patience;
+  const std::shared_ptr<base::TaskRunner> aside;  // see `Worker`
   const std::shared_ptr<Admission> admission = std::make_shared<Admission>();
   bool ended = false;  // on the worker: the store is closed for good
   MessageStore store;
@@ -73,6 +76,12 @@ struct AccountState : std::enable_shared_from_this<AccountState> {
   biz::IMTribeEvents tribe_mgr_events;
   biz::IMVirtualChatEvents virtual_events;
   biz::IMFileEvents file_events;
+  biz::IMContactEvents contact_events;
+
+  // For what takes long, on any thread, also when this is gone: ends it when the account ends.
+  GivesUp Ending() const {
+    return [closing = closing, patience = patience] { return *closing || patience->over(); };
+  }
 
   // Has what the store's index lacks added when the account is quiet for a moment.
   void IndexSoon();

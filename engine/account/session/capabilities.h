@@ -49,6 +49,8 @@ biz::ResultCode Missing(const link::Capabilities& server) {
     return unless(server.roaming_switch, L"the server's history cannot be switched");
   } else if constexpr (kOfMentions<Operation>) {
     return unless(server.mentions, L"the server keeps no mentions");
+  } else if constexpr (link::kOfContacts<Operation>) {
+    return unless(server.contacts, L"the server keeps no contacts");
   } else if constexpr (link::kOfTribes<Operation>) {
     return unless(server.tribes, L"the server does not manage tribes");
   } else {

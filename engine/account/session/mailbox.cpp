@@ -264,6 +264,8 @@ void Mailbox::Raise(const FilesCame& came) { hooks_.files_came(came.message); }
 
 void Mailbox::Raise(const link::FileDeleted& deleted) { hooks_.file_deleted(deleted); }
 
+void Mailbox::Raise(const Contact& contact) { hooks_.contact(contact.what, contact.offline); }
+
 void Mailbox::Raise(const ReadElsewhere& read) { state_.chat.Forget(read.cid, read.messages); }
 
 }  // namespace imsdk::account

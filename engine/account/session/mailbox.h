@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "account/contacts/contact_book.h"
 #include "account/session/account_state.h"
 #include "link/operations.h"
 
@@ -68,9 +69,14 @@ class Mailbox {
   struct FilesCame {
     link::Message message;
   };
+  // Something about the account's contacts.
+  struct Contact {
+    ContactBook::Told what;
+    bool offline = false;
+  };
   using Happening =
-      std::variant<FilesCame, link::FileDeleted, New, Sent, Quiet, Archived, Withdrawn, PeerRead,
-                   ReadElsewhere, Wanting, Tribal, Joined, MentionsRead, Reminded>;
+      std::variant<Contact, FilesCame, link::FileDeleted, New, Sent, Quiet, Archived, Withdrawn,
+                   PeerRead, ReadElsewhere, Wanting, Tribal, Joined, MentionsRead, Reminded>;
   using Happenings = std::vector<Happening>;
 
   // What others do about it.
@@ -82,6 +88,7 @@ class Mailbox {
     std::function<void(biz::IMTribeID, biz::TribeMsgRemindType)> reminded;
     std::function<void(const link::Message&)> files_came;
     std::function<void(const link::FileDeleted&)> file_deleted;
+    std::function<void(const ContactBook::Told&, bool offline)> contact;
   };
 
   explicit Mailbox(AccountState& state) : state_(state) {}
@@ -119,6 +126,12 @@ class Mailbox {
   void Keep(const link::Batch& batch, const link::MentionsRead& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::RemindChanged& from, Happenings& happenings);
   void Keep(const link::Batch& batch, const link::FileDeleted& from, Happenings& happenings);
+  // What is told of contacts is kept by nobody: the list is fetched with each connect.
+  template <class Of>
+  requires std::is_constructible_v<ContactBook::Told, Of>
+  void Keep(const link::Batch& batch, const Of& from, Happenings& happenings) {
+    happenings.push_back(Contact{from, batch.offline});
+  }
   // What a message that the account has already may tell besides.
   void KeepNews(const link::Message& from, Happenings& happenings);
 
@@ -135,6 +148,7 @@ class Mailbox {
   void Raise(const Reminded& reminded);
   void Raise(const FilesCame& came);
   void Raise(const link::FileDeleted& deleted);
+  void Raise(const Contact& contact);
   // `news` are of one type of conversation.
   void RaiseNew(std::vector<New> news, bool offline, bool more);
   void Tell(Happenings happenings, bool offline, bool more);

@@ -11,6 +11,7 @@
 #include "account/store/open_stores.h"
 #include "imsdk/biz/user_id.h"
 #include "kexbase/lock.h"
+#include "kexbase/thread.h"
 
 namespace imsdk::account {
 
@@ -33,6 +34,8 @@ struct Worker {
   std::shared_ptr<base::TaskRunner> runner;
   std::shared_ptr<OpenStores> stores;
   std::shared_ptr<const Patience> patience;
+  // For what goes over a large file from one end to the other and touches nothing of the account.
+  std::shared_ptr<base::TaskRunner> aside;
 };
 
 class WorkerPool {
@@ -44,7 +47,7 @@ class WorkerPool {
   void Hurry();
   // Runs what was posted before the call and ends the threads. With `Hurry` before it, two seconds
   // at most.
-  void Stop() { turns_.Stop(); }
+  void Stop();
 
   // The worker of this account, the same sequence as long as somebody holds it. Any thread.
   Worker For(const biz::IMUserID& user);
@@ -54,6 +57,7 @@ class WorkerPool {
  private:
   Worker Make();
 
+  base::Thread aside_{"ImLargeFiles"};  // of all accounts, one file after another
   Turns turns_;
   const std::shared_ptr<OpenList> open_ = std::make_shared<OpenList>();
   const std::shared_ptr<Patience> patience_ = std::make_shared<Patience>();

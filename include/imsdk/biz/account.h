@@ -6,6 +6,7 @@
 
 #include "imsdk/biz/callback.h"
 #include "imsdk/biz/chat_mgr.h"
+#include "imsdk/biz/contact.h"
 #include "imsdk/biz/file_transfer.h"
 #include "imsdk/biz/tribe_mgr.h"
 #include "imsdk/biz/user_id.h"
@@ -51,14 +52,20 @@ enum IMAccountType : std::int32_t {
       2,  // its nick is a main account's nick, ":" and a name: it tells others apart by it
 };
 
+// How an account stands with its server. The numbers are on pages.
+enum IMAccountState : std::int32_t {
+  kAccountOffline = 0,     // not logged in any more
+  kAccountConnecting = 1,  // the link was lost and is being renewed
+  kAccountOnline = 2,
+};
+
 // One account that is logged in. Any thread. It may be kept after logout; its operations then
 // fail with `kEngineNotLoggedIn`.
 class IIMAccount : public IKexCOMRefCounted {
  public:
   virtual const IMUserID& GetSelfID() const = 0;
   virtual IMAccountType GetAccountType() const = 0;
-  // Whether the account has a link to its server now.
-  virtual bool IsOnline() const = 0;
+  virtual IMAccountState GetState() const = 0;
   // The account's conversations by kind. Never null; counted.
   virtual RefPtr<IIMSingleChatMgr> GetIMSingleChatMgr() = 0;
   virtual RefPtr<IIMTribeChatMgr> GetIMTribeChatMgr() = 0;
@@ -67,6 +74,8 @@ class IIMAccount : public IKexCOMRefCounted {
   virtual RefPtr<IIMTribeMgr> GetIMTribeMgr() = 0;
   // The account's cloud files; null in an engine that has none. Counted.
   virtual RefPtr<IIMFileTransfer> GetIMFileTransfer() = 0;
+  // The account's contacts; null in an engine that has none. Counted.
+  virtual RefPtr<IIMContactMgr> GetIMContactMgr() = 0;
 
  protected:
   ~IIMAccount() = default;

@@ -16,6 +16,8 @@
 //
 // A record may also say:
 //   `static constexpr auto kItems = &R::items;`  its JSON is the bare list of these items
+//   `static constexpr auto kText = &R::text;`    its JSON is this text; in a list it keeps its
+//                                                place, and is empty where there is no text
 //   `static constexpr bool kUnderResult = true;` as an answer it stands under "result"
 //   `static void Complete(R*)`                   what the reader does last
 //
@@ -42,6 +44,12 @@
 #include "source/bridge/jsparams/values.h"
 
 namespace imsdk::bridge {
+
+// A 64-bit number that tells whether there was one. Only read.
+struct GivenNumber {
+  std::int64_t value = 0;
+  bool given = false;
+};
 
 // A 64-bit number that JSON has as an integer, against the rule. Only written.
 struct WholeNumber {
@@ -104,6 +112,10 @@ concept HasFormRecord = requires {
 template <class R>
 concept IsBareList = requires {
   Record<R>::kItems;
+};
+template <class R>
+concept IsBareText = requires {
+  Record<R>::kText;
 };
 
 // The description of `R` under `Form`.

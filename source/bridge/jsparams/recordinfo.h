@@ -77,7 +77,7 @@ inline constexpr auto kFieldInfos = std::apply(
 
 template <class Form, class T>
 constexpr TypeInfo MakeTypeInfo() {
-  if constexpr (std::is_same_v<T, std::wstring>) {
+  if constexpr (std::is_same_v<T, std::wstring> || IsBareText<T>) {
     return {JsonKind::kText};
   } else if constexpr (std::is_same_v<T, base::FilePath>) {
     return {JsonKind::kFile};
@@ -89,7 +89,7 @@ constexpr TypeInfo MakeTypeInfo() {
     return {JsonKind::kWhole};
   } else if constexpr (std::is_same_v<T, bool>) {
     return {JsonKind::kFlag};
-  } else if constexpr (std::is_same_v<T, std::int64_t>) {
+  } else if constexpr (std::is_same_v<T, std::int64_t> || std::is_same_v<T, GivenNumber>) {
     return {JsonKind::kDecimal};
   } else if constexpr (kIsVector<T>) {
     return {JsonKind::kList, {}, &TypeInfoOf<Form, typename T::value_type>::kInfo};

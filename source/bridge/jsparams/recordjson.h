@@ -22,7 +22,7 @@ std::optional<T> IntegerOf(const base::Value& json) {
 // a list without elements may mean all there are.
 template <class T>
 bool HasJsonTypeOf(const base::Value& json) {
-  if constexpr (std::is_same_v<T, std::int64_t>) {
+  if constexpr (std::is_same_v<T, std::int64_t> || IsBareText<T>) {
     return true;
   } else if constexpr (std::is_same_v<T, std::wstring> || std::is_same_v<T, base::FilePath>) {
     return json.is_string();
@@ -75,8 +75,13 @@ void ReadValue(const base::Value& json, T* out) {
     if (const auto value = IntegerOf<std::int32_t>(json)) *out = *value != 0;
   } else if constexpr (std::is_same_v<T, std::int64_t>) {
     if (const std::string* text = json.GetIfString()) base::StringToInt64(*text, out);
+  } else if constexpr (std::is_same_v<T, GivenNumber>) {
+    const std::string* text = json.GetIfString();
+    out->given = text && base::StringToInt64(*text, &out->value);
   } else if constexpr (kIsVector<T> || kIsMap<T>) {
     if (const base::ListValue* list = json.GetIfList()) ReadItems<Form>(*list, out);
+  } else if constexpr (IsBareText<T>) {
+    ReadValue<Form>(json, &(out->*Record<T>::kText));
   } else {
     using Description = RecordIn<T, Form>;
     if constexpr (IsBareList<T>) {

@@ -1,6 +1,7 @@
 // Made from the tables of the library by ./dev generate; not edited by hand.
 import type {
   Empty,
+  AsteriskUser,
   ChatWindowState,
   DynamicMsgAnswer,
   EmotionText,
@@ -9,7 +10,11 @@ import type {
   IMAtMember,
   IMAtReaders,
   IMAtUnread,
+  IMContact,
+  IMContactGroupInfo,
+  IMContactVerifyMsg,
   IMCount,
+  IMDisplayName,
   IMEnableTribeNum,
   IMFileExpireTime,
   IMLoginGrant,
@@ -46,10 +51,12 @@ import type {
   TribemsgIMUnreads,
   TribemsgSearchAnswer,
   TribemsgSearchCidAnswer,
+  UserNick,
 } from "./records.ts";
 import type {
   BroadcastMsgRequest,
   CloudFileMetaRequest,
+  ContactName,
   DynamicMsgRequest,
   EditPicRequest,
   EmotionTextRequest,
@@ -57,8 +64,11 @@ import type {
   FileRecordRequest,
   FileSearchRequest,
   ForwardMsgRequest,
+  GroupName,
   IMAtContextRequest,
   IMAtMemberRequest,
+  IMContactAction,
+  IMContactVerifyPage,
   IMConversations,
   IMDeleteRequest,
   IMFolderRequest,
@@ -86,6 +96,7 @@ import type {
   IMTribeUser,
   IMTribeVerifyAction,
   IMTribeVerifyPage,
+  IMUsers,
   IMWithdrawRequest,
   InConversation,
   SearchCidRequest,
@@ -125,7 +136,73 @@ export const routingPaths = {
 /** Every method: by routing path, then by name. */
 export interface Methods {
   "im.bizutil": Empty;
-  "im.contact": Empty;
+  "im.contact": {
+    /** What the account may see of users: name, portrait, whether they are there. */
+    GetContactBaseInfo: {
+      request: ContactName[];
+      answer: { code: number; subcode: number; result: IMContact[] };
+    };
+    /** The contacts that bear a mark. */
+    GetAsteriskUserList: {
+      request: Empty;
+      answer: { code: number; subcode: number; result: AsteriskUser[] };
+    };
+    /** A group's sub-groups and members. */
+    GetGroupInfo: {
+      request: GroupName;
+      answer: ResultCode & IMContactGroupInfo;
+    };
+    /** Lets who asks have the account as a contact. */
+    AgreeAddContact: {
+      request: IMContactAction;
+      answer: ResultCode;
+    };
+    /** The same, and makes who asks a contact in turn. */
+    AgreeAndAddContact: {
+      request: IMContactAction;
+      answer: ResultCode;
+    };
+    /** Refuses a request. */
+    RefuseAddContact: {
+      request: IMContactAction;
+      answer: ResultCode;
+    };
+    /** Refuses, and puts who asks on the black list; also somebody who did not ask. */
+    AddToBlack: {
+      request: IMContactAction;
+      answer: ResultCode;
+    };
+    /** Puts a request aside and reports it to the server's administration. */
+    ReportAddContact: {
+      request: IMContactAction;
+      answer: ResultCode;
+    };
+    /** Puts a request aside; who asks hears nothing. */
+    IgnoreAddContact: {
+      request: IMContactAction;
+      answer: ResultCode;
+    };
+    /** Takes verification messages off the account's own list. */
+    DeleteContactVerifyMsgs: {
+      request: IMContactAction[];
+      answer: ResultCode;
+    };
+    /** A page of requests and answers, oldest first. */
+    GetContactVerifyMsgs: {
+      request: IMContactVerifyPage;
+      answer: { code: number; subcode: number; result: IMContactVerifyMsg[] };
+    };
+    /** The names to show for users. */
+    GetContactDisplayName: {
+      request: IMUsers;
+      answer: { code: number; subcode: number; result: IMDisplayName[] };
+    };
+    /** The names to show for users named by long identifiers, in their order. */
+    GetUserDisplayNick: {
+      request: string[];
+      answer: { code: number; subcode: number; result: UserNick[] };
+    };
+  };
   "im.filetransfer": {
     /** Where a file's transfer stands. */
     GetFileTransferInfo: {

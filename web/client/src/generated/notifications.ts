@@ -2,7 +2,10 @@
 import type {
   Empty,
   CloudFileUpdate,
+  ContactChange,
+  ContactStatuses,
   EnableNumChange,
+  IMContactVerifyMsg,
   IMReadFlags,
   IMTribeRequest,
   IMUserID,
@@ -34,6 +37,14 @@ import type {
  * send one name, the path tells which payload it is.
  */
 export interface Notifications {
+  /** Somebody is a contact now, is another one than before, or is none. */
+  onContactChanged: [payload: ContactChange, path: "im.contact"];
+  /** The groups of the list changed. */
+  onContactGroupsChanged: [payload: Empty, path: "im.contact"];
+  /** Contacts came or went; gathered. */
+  onContactStatus: [payload: ContactStatuses, path: "im.contact"];
+  /** A request to become a contact came, or was decided on. */
+  onContactVerifyMsg: [payload: IMContactVerifyMsg, path: "im.contact"];
   /** A file came into a conversation, changed or was deleted. */
   onUpdateCloudFileMeta: [payload: CloudFileUpdate, path: "im.filetransfer"];
   /** A file's transfer went on or ended. */

@@ -2,6 +2,8 @@
 import type {
   FileOwnerType,
   IMCIDType,
+  IMContactStatus,
+  IMContactVerifyType,
   IMFileSearchMethod,
   IMMsgStatus,
   IMMsgType,
@@ -22,6 +24,17 @@ import type {
 
 /** No keys. */
 export type Empty = Record<never, never>;
+
+export interface AsteriskUser {
+  /** The application that the user belongs to. */
+  appkey: string;
+  /** The user's name there. */
+  nick: string;
+  /** The name to show. */
+  display: string;
+  /** The path of a picture; may be empty. */
+  portrait: string;
+}
 
 export interface ChatWindowState {
   /** The conversation. */
@@ -67,6 +80,18 @@ export interface CloudFileUpdate {
   fileInfo: FileRecord;
   /** Where its transfer stands. */
   transferInfo: FileTransferInfo;
+}
+
+export interface ContactChange {
+  /** The contact in its place. */
+  contact: IMListedContact;
+  /** 1 when it is in the list no more. */
+  removed: number;
+}
+
+export interface ContactStatuses {
+  /** Those who came or went. */
+  list: IMContact[];
 }
 
 export interface CoreTribeID {
@@ -179,6 +204,54 @@ export interface IMAtUnread {
   counts: IMAtReadCounts[];
 }
 
+export interface IMContact {
+  /** The application that the user belongs to. */
+  appkey: string;
+  /** The user's name there. */
+  nick: string;
+  /** Whether the user is there. */
+  status: IMContactStatus;
+  /** The name to show. */
+  display: string;
+  /** The path of a picture, as tokens write it; may be empty. */
+  portrait: string;
+  /** How many of the user's messages are unread. */
+  unreadnum: number;
+}
+
+export interface IMContactGroup {
+  /** The group's identifier. */
+  groupid: string;
+  /** The group that it is part of; 0 for none. */
+  parentid: string;
+  /** Its name. */
+  name: string;
+}
+
+export interface IMContactGroupInfo {
+  /** Its sub-groups. */
+  subgroups: IMContactGroup[];
+  /** Its members, without those of sub-groups. */
+  uids: IMUserID[];
+}
+
+export interface IMContactVerifyMsg {
+  /** Who asks; of an answer, who decided. */
+  fromid: IMContact;
+  /** That user's name. */
+  fromname: string;
+  /** When it came, milliseconds since 1970. */
+  msgtime: string;
+  /** The message's identifier. */
+  msgid: string;
+  /** The words that came with it. */
+  authinfo: string;
+  /** The group in the list of who asks. */
+  gidinpeergroup: string;
+  /** What it is, or what became of it. */
+  type: IMContactVerifyType;
+}
+
 export interface IMConversationID {
   /** The application that the user belongs to. */
   appkey: string;
@@ -189,6 +262,15 @@ export interface IMConversationID {
 export interface IMCount {
   /** The number of messages. */
   count: number;
+}
+
+export interface IMDisplayName {
+  /** The application that the user belongs to. */
+  appkey: string;
+  /** The user's name there. */
+  nick: string;
+  /** The name to show. */
+  display: string;
 }
 
 export interface IMEnableTribeNum {
@@ -212,6 +294,15 @@ export interface IMFlagMsgReaded {
   msgtime: string;
   /** Whether the peer has read it. */
   readflag: IMReadFlag;
+}
+
+export interface IMListedContact {
+  /** The contact. */
+  userid: IMContact;
+  /** The group that it is in; 0 for none. */
+  groupid: string;
+  /** 1 when the account has marked it. */
+  asterisk: number;
 }
 
 export interface IMLoginGrant {
@@ -841,6 +932,15 @@ export interface TribemsgWithdrawNotify {
   result: string;
   /** The messages taken back. */
   withdraws: TribemsgIMMsgWithdraw[];
+}
+
+export interface UserNick {
+  /** The long identifier, as it was asked for. */
+  uid: string;
+  /** The name to show; empty when there is none. */
+  snick: string;
+  /** 1 when there is such a user. */
+  is_valid: number;
 }
 
 export interface WithdrawNotify {

@@ -54,6 +54,11 @@ export interface CloudFileMetaRequest {
   msginfo?: CloudFileMsg;
 }
 
+export interface ContactName {
+  /** The contact. */
+  userid?: IMUserID;
+}
+
 export interface DynamicMsgRequest {
   /** The business that the content belongs to. */
   bizType?: string;
@@ -135,6 +140,11 @@ export interface ForwardMsgRequest {
   msgid?: string;
 }
 
+export interface GroupName {
+  /** The group's identifier; 0 for the contacts without one. */
+  groupid?: string;
+}
+
 export interface IMAtContextRequest {
   /** The tribe. */
   tribeid?: string;
@@ -151,6 +161,32 @@ export interface IMAtMemberRequest {
   tribeid?: string;
   /** The member to mention; empty for all members. */
   userid?: IMUserID;
+}
+
+export interface IMContactAction {
+  /** Who asks. */
+  fromid?: IMUserID;
+  /** As in the request. */
+  gidinpeergroup?: string;
+  /** Words for who asks. */
+  authinfo?: string;
+  /** The request; without it, the newest undecided one of that user. */
+  msgid?: string;
+}
+
+export interface IMContactVerifyPage {
+  /** From this time on, milliseconds since 1970. */
+  btime?: string;
+  /** Up to this time; 0 for no end. */
+  etime?: string;
+  /** Where the page starts; 0 at the newest end. */
+  msgid?: string;
+  /** At most this many; 20 when it is 0, never more than 200. */
+  count?: number;
+  /** 1: from `msgid` to older ones, 0: to newer ones. */
+  gohistory?: number;
+  /** 1: without the message `msgid` itself. */
+  ignoreboundary?: number;
 }
 
 export interface IMConversations {
@@ -396,6 +432,11 @@ export interface IMTribeVerifyPage {
   gohistory?: number;
   /** Not 0: a page may be larger than usual. */
   ignoreboundary?: number;
+}
+
+export interface IMUsers {
+  /** The users. */
+  userids?: IMUserID[];
 }
 
 export interface IMWithdrawRequest {

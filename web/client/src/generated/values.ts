@@ -60,6 +60,32 @@ export const IMCIDType = {
 } as const;
 export type IMCIDType = (typeof IMCIDType)[keyof typeof IMCIDType];
 
+export const IMContactStatus = {
+  /** Not there, or not to be seen by the account. */
+  kContactOffline: 0,
+  /** The user is there. */
+  kContactOnline: 1,
+} as const;
+export type IMContactStatus = (typeof IMContactStatus)[keyof typeof IMContactStatus];
+
+export const IMContactVerifyType = {
+  /** A request that waits for a decision. */
+  kContactAsked: 1,
+  /** The request was agreed to. */
+  kContactAgreed: 2,
+  /** The same, and who asked is a contact in turn. */
+  kContactAgreedAndAdded: 3,
+  /** The request was refused. */
+  kContactRefused: 4,
+  /** Refused, and who asked is on the black list. */
+  kContactBlacked: 5,
+  /** Put aside; it may still be decided on. */
+  kContactIgnored: 6,
+  /** Reported and put aside; it may still be decided on. */
+  kContactReported: 7,
+} as const;
+export type IMContactVerifyType = (typeof IMContactVerifyType)[keyof typeof IMContactVerifyType];
+
 export const IMFileSearchMethod = {
   /** The names of the files. */
   kSearchFileNames: 0,
