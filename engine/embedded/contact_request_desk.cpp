@@ -12,6 +12,13 @@ biz::ResultCode NoSuchRequest() {
   return Refusal(biz::kContactNoSuchRequest, L"there is no such request for this account");
 }
 
+// What whoever asked hears of a decision: not that it is on the black list.
+biz::IMContactVerifyType AnswerTo(biz::IMContactVerifyType decision) {
+  if (decision == biz::kContactAgreed) return biz::kContactAnsweredYes;
+  return decision == biz::kContactAgreedAndAdded ? biz::kContactAnsweredAndAdded
+                                                 : biz::kContactAnsweredNo;
+}
+
 bool IsDecision(biz::IMContactVerifyType type) {
   return type >= biz::kContactAgreed && type <= biz::kContactReported;
 }
@@ -106,14 +113,12 @@ Outcome<link::Nothing> ContactRequestDesk::Answer(const Caller& caller,
   store_.contact_verify().Change(*verify);
   TellVerify(store_.mail(), outcome.effects, caller.account, verify->id);
   if (verify->is_open()) return outcome;
-  // Who asked hears what became of it, but not that it is on the black list.
-  StoredContactVerify told{
-      .audience = verify->sender,
-      .sender = caller.account,
-      .type = verify->type == biz::kContactBlacked ? biz::kContactRefused : verify->type,
-      .msgtime = store_.Now(),
-      .words = request.action.authinfo,
-      .gid = verify->gid};
+  StoredContactVerify told{.audience = verify->sender,
+                           .sender = caller.account,
+                           .type = AnswerTo(verify->type),
+                           .msgtime = store_.Now(),
+                           .words = request.action.authinfo,
+                           .gid = verify->gid};
   told.id = store_.contact_verify().Add(told);
   TellVerify(store_.mail(), outcome.effects, told.audience, told.id);
   return outcome;

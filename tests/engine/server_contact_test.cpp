@@ -50,10 +50,10 @@ TEST_F(ServerContact, EveryDecisionIsSeenFromBothSides) {
     bool final = true;
   };
   const Case cases[] = {
-      {biz::kContactAgreed, biz::kContactAgreed, {L"mariner"}, {}},
-      {biz::kContactAgreedAndAdded, biz::kContactAgreedAndAdded, {L"mariner"}, {L"harbor"}},
-      {biz::kContactRefused, biz::kContactRefused, {}, {}},
-      {biz::kContactBlacked, biz::kContactRefused, {}, {}},
+      {biz::kContactAgreed, biz::kContactAnsweredYes, {L"mariner"}, {}},
+      {biz::kContactAgreedAndAdded, biz::kContactAnsweredAndAdded, {L"mariner"}, {L"harbor"}},
+      {biz::kContactRefused, biz::kContactAnsweredNo, {}, {}},
+      {biz::kContactBlacked, biz::kContactAnsweredNo, {}, {}},
       {biz::kContactIgnored, 0, {}, {}, false},
       {biz::kContactReported, 0, {}, {}, false},
   };

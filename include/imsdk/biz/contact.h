@@ -22,16 +22,20 @@ enum IMContactStatus : std::int32_t {
   kContactOnline = 1,
 };
 
-// What kind of verification message it is. The first one waits for a decision; so does what was
-// only put aside.
+// What kind of verification message it is: a request, which waits for a decision as long as it was
+// only put aside, and what the account decided; or the answer to a request of the account's own.
 enum IMContactVerifyType : std::int32_t {
-  kContactAsked = 1,           // `fromid` wants to have the account as a contact
-  kContactAgreed = 2,          // also for the one who asked
-  kContactAgreedAndAdded = 3,  // also for the one who asked: it went both ways
-  kContactRefused = 4,         // also for the one who asked
-  kContactBlacked = 5,         // refused; whoever asked may not ask or write any more
-  kContactIgnored = 6,         // put aside; whoever asked hears nothing
-  kContactReported = 7,        // put aside, and kept for the server's administration
+  kContactAsked = 1,  // `fromid` wants to have the account as a contact
+  kContactAgreed = 2,
+  kContactAgreedAndAdded = 3,  // it went both ways
+  kContactRefused = 4,
+  kContactBlacked = 5,   // refused; whoever asked may not ask or write any more
+  kContactIgnored = 6,   // put aside; whoever asked hears nothing
+  kContactReported = 7,  // put aside, and kept for the server's administration
+
+  kContactAnsweredYes = 8,       // `fromid` is a contact now
+  kContactAnsweredAndAdded = 9,  // the same, in both directions
+  kContactAnsweredNo = 10,
 };
 
 // What a refusal of the server (`kEngineRefused`) means, as its sub-code.

@@ -15,12 +15,15 @@ inline constexpr Values kContactStatus{
 };
 inline constexpr Values kContactVerifyType{
     Value<biz::kContactAsked>("A request that waits for a decision."),
-    Value<biz::kContactAgreed>("The request was agreed to."),
+    Value<biz::kContactAgreed>("The account agreed."),
     Value<biz::kContactAgreedAndAdded>("The same, and who asked is a contact in turn."),
-    Value<biz::kContactRefused>("The request was refused."),
+    Value<biz::kContactRefused>("The account refused."),
     Value<biz::kContactBlacked>("Refused, and who asked is on the black list."),
     Value<biz::kContactIgnored>("Put aside; it may still be decided on."),
     Value<biz::kContactReported>("Reported and put aside; it may still be decided on."),
+    Value<biz::kContactAnsweredYes>("An answer: the user is a contact now."),
+    Value<biz::kContactAnsweredAndAdded>("An answer: both are contacts of each other now."),
+    Value<biz::kContactAnsweredNo>("An answer: the request was refused."),
 };
 
 // The base information of a contact. Reads the same keys that it writes.

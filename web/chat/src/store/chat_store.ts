@@ -5,6 +5,7 @@ import { Arrivals } from "./arrivals.ts";
 import { Attachments, type LocalFile } from "./attachments.ts";
 import { AutoReplies } from "./auto_replies.ts";
 import { ChatWindow } from "./chat_window.ts";
+import { Contacts } from "./contacts/contacts.ts";
 import { ConversationSearch } from "./conversation_search.ts";
 import { Conversations } from "./conversations.ts";
 import { Deliveries } from "./deliveries.ts";
@@ -38,6 +39,9 @@ export interface Target {
   keywords: readonly string[];
 }
 
+/** A list of the left column. */
+export type Section = "chats" | "contacts" | "tribes";
+
 /** The chat's whole state, and everything a person can do; views read signals and call methods. */
 export class ChatStore<F extends LocalFile = LocalFile> {
   readonly connection = signal<{ state: ConnectionState; reason: string }>({
@@ -54,7 +58,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly announcement = signal("");
   readonly dialog = signal<Dialog | undefined>(undefined);
   /** What the left column lists. */
-  readonly section = signal<"chats" | "tribes">("chats");
+  readonly section = signal<Section>("chats");
 
   readonly session: Session;
   readonly faces: Faces;
@@ -80,6 +84,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
   readonly emotions: Emotions;
   readonly window: ChatWindow;
   readonly tribes: Tribes;
+  readonly contacts: Contacts;
 
   readonly #client: BridgeClient;
   readonly #shown: Shown;
@@ -94,6 +99,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
     this.session = new Session(client, storage, () => this.#entered());
     this.faces = new Faces(client);
     this.tribes = new Tribes(client, this.toasts, () => this.closeConversation());
+    this.contacts = new Contacts(client, this.toasts);
     this.names = new Names(client, this.tribes.list);
     this.#tabs = new Tabs(tabs, (news) => this.#heard(news));
     this.conversations = new Conversations(client, this.faces, (cid) => this.#inUse(cid));
@@ -248,6 +254,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
         this.attachments.clear();
         this.deliveries.clear();
         this.tribes.clear();
+        this.contacts.clear();
       });
       // It stays kept until it is shown again.
       this.#shown.keep(account, before);
@@ -264,6 +271,7 @@ export class ChatStore<F extends LocalFile = LocalFile> {
       this.outbox.held().forEach((cid) => this.conversations.ensure(cid));
       if (before && !this.active.value && !this.tribes.open.value) this.#showAgain(before);
     });
+    void this.contacts.enter();
     void this.translations.load();
     void this.deliveries.catchUp();
     this.window.tellAgain();

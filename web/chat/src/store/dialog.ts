@@ -1,3 +1,4 @@
+import type { ContactDialog } from "./contacts/dialogs.ts";
 import type { ChatMessage, Peer } from "./peers.ts";
 import type { TribeDialog } from "./tribes/dialogs.ts";
 
@@ -6,4 +7,5 @@ export type Dialog =
   | { kind: "forward"; messages: readonly ChatMessage[] }
   | { kind: "delete"; cid: Peer; msgids: readonly string[] | "all" }
   | { kind: "broadcast" | "search" | "settings" }
+  | ContactDialog
   | TribeDialog;

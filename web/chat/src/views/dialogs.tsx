@@ -2,6 +2,7 @@ import type { JSX } from "preact";
 import { useState } from "preact/hooks";
 import { samePeer, type Peer, type ChatMessage, isTribe } from "../store/peers.ts";
 import { lineOf } from "../text/line.ts";
+import { ContactDialogs } from "./contacts/contact_dialogs.tsx";
 import { useStore } from "./context.ts";
 import { Dialog } from "./dialog.tsx";
 import { Actions } from "./dialog_actions.tsx";
@@ -28,6 +29,12 @@ export function Dialogs(): JSX.Element | null {
       return <SettingsDialog close={close} />;
     case "search":
       return <SearchDialog close={close} />;
+    case "contact-add":
+    case "contact-requests":
+    case "contact-move":
+    case "contact-remove":
+    case "contact-block":
+      return <ContactDialogs dialog={dialog} close={close} />;
     default:
       return <TribeDialogs dialog={dialog} close={close} />;
   }

@@ -1,7 +1,9 @@
 import type { ComponentProps, JSX } from "preact";
 import { useState } from "preact/hooks";
+import type { Section } from "../store/chat_store.ts";
 import { appkey } from "../store/users.ts";
 import { Avatar } from "./avatar.tsx";
+import { ContactSidebar } from "./contacts/contact_sidebar.tsx";
 import { useStore } from "./context.ts";
 import { ConversationList } from "./conversation_list.tsx";
 import { Icon } from "./icons.tsx";
@@ -33,49 +35,61 @@ export function Sidebar(): JSX.Element {
         <Tool icon="leave" label="Sign out" run={() => void session.signOut()} />
       </header>
       <Sections />
-      {section.value === "chats" ? (
+      {section.value === "chats" && (
         <>
           <NewChat />
           <ConversationList />
         </>
-      ) : (
-        <TribeSidebar />
       )}
+      {section.value === "contacts" && <ContactSidebar />}
+      {section.value === "tribes" && <TribeSidebar />}
     </aside>
   );
 }
 
-/** Chats or tribes. Arrow keys change. */
+const sections: readonly { name: Section; label: string; counts: string }[] = [
+  { name: "chats", label: "Chats", counts: "unread" },
+  { name: "contacts", label: "Contacts", counts: "waiting" },
+  { name: "tribes", label: "Tribes", counts: "waiting" },
+];
+
+/** What the column lists. Arrow keys change. */
 function Sections(): JSX.Element {
-  const { section, conversations, tribes } = useStore();
-  const counts = { chats: conversations.totalUnread.value, tribes: tribes.requests.waiting.value };
-  const tab = (name: "chats" | "tribes", label: string, what: string) => (
-    <button
-      type="button"
-      role="tab"
-      class="section"
-      aria-selected={section.value === name}
-      tabIndex={section.value === name ? 0 : -1}
-      onClick={() => void (section.value = name)}
-    >
-      {label}
-      {counts[name] > 0 && (
-        <span class="badge" aria-label={`${counts[name]} ${what}`}>
-          {counts[name] > 99 ? "99+" : counts[name]}
-        </span>
-      )}
-    </button>
-  );
+  const { section, conversations, contacts, tribes } = useStore();
+  const counts: Record<Section, number> = {
+    chats: conversations.totalUnread.value,
+    contacts: contacts.requests.waiting.value,
+    tribes: tribes.requests.waiting.value,
+  };
   const onKeyDown = (event: KeyboardEvent) => {
-    if (event.key !== "ArrowLeft" && event.key !== "ArrowRight") return;
-    section.value = section.value === "chats" ? "tribes" : "chats";
-    const other = (event.target as HTMLElement).parentElement!.querySelectorAll("button");
-    other[section.value === "chats" ? 0 : 1]!.focus();
+    const step = { ArrowLeft: -1, ArrowRight: 1 }[event.key];
+    if (!step) return;
+    const at = sections.findIndex(({ name }) => name === section.value);
+    const next = (at + step + sections.length) % sections.length;
+    section.value = sections[next]!.name;
+    const tabs = (event.target as HTMLElement).parentElement!.querySelectorAll("button");
+    tabs[next]!.focus();
   };
   return (
     <div class="sections" role="tablist" aria-label="What to show" onKeyDown={onKeyDown}>
-      {tab("chats", "Chats", "unread")}
-      {tab("tribes", "Tribes", "waiting")}
+      {sections.map(({ name, label, counts: what }) => (
+        <button
+          key={name}
+          type="button"
+          role="tab"
+          class="section"
+          aria-selected={section.value === name}
+          tabIndex={section.value === name ? 0 : -1}
+          onClick={() => void (section.value = name)}
+        >
+          {label}
+          {counts[name] > 0 && (
+            <span class="badge" aria-label={`${counts[name]} ${what}`}>
+              {counts[name] > 99 ? "99+" : counts[name]}
+            </span>
+          )}
+        </button>
+      ))}
     </div>
   );
 }

@@ -71,11 +71,11 @@ export type IMContactStatus = (typeof IMContactStatus)[keyof typeof IMContactSta
 export const IMContactVerifyType = {
   /** A request that waits for a decision. */
   kContactAsked: 1,
-  /** The request was agreed to. */
+  /** The account agreed. */
   kContactAgreed: 2,
   /** The same, and who asked is a contact in turn. */
   kContactAgreedAndAdded: 3,
-  /** The request was refused. */
+  /** The account refused. */
   kContactRefused: 4,
   /** Refused, and who asked is on the black list. */
   kContactBlacked: 5,
@@ -83,6 +83,12 @@ export const IMContactVerifyType = {
   kContactIgnored: 6,
   /** Reported and put aside; it may still be decided on. */
   kContactReported: 7,
+  /** An answer: the user is a contact now. */
+  kContactAnsweredYes: 8,
+  /** An answer: both are contacts of each other now. */
+  kContactAnsweredAndAdded: 9,
+  /** An answer: the request was refused. */
+  kContactAnsweredNo: 10,
 } as const;
 export type IMContactVerifyType = (typeof IMContactVerifyType)[keyof typeof IMContactVerifyType];
 
